@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "zentavo/foundation/Result.h"
+#include "zentavo/foundation/Value.h"
+
+namespace zentavo {
+
+/// JSON text (RFC 8259) to values and back. All functions may be called on any thread.
+namespace json {
+
+/// What is accepted from outside. Text beyond a limit is refused as an error, never cut.
+struct Limits {
+    std::size_t maximumBytes = 16U << 20U;
+    /// Levels of lists and maps inside each other; the same bound holds for writing.
+    std::size_t maximumDepth = 256;
+};
+
+/// Reads one JSON value of any kind. Of members with one name the last wins. Refused: invalid UTF-8, numbers that no
+/// double can hold (1e400), anything after the value, and text beyond `limits`. Integers within the signed 64-bit
+/// range stay integers, all other numbers become doubles.
+ZENTAVO_EXPORT Result<Value> read(std::string_view text, const Limits& limits = {});
+
+/// As `read`, for where only an object will do.
+ZENTAVO_EXPORT Result<Map> readMap(std::string_view text, const Limits& limits = {});
+
+/// Writes compact JSON: no spaces, "/" not escaped, doubles in the shortest form that reads back the same, text as
+/// UTF-8 with only what must be escaped escaped. Refused: non-finite numbers, invalid UTF-8, nesting beyond
+/// `Limits::maximumDepth`.
+ZENTAVO_EXPORT Result<std::string> write(const Value& value);
+ZENTAVO_EXPORT Result<std::string> write(const Map& map);
+
+} // namespace json
+} // namespace zentavo

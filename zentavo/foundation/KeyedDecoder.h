@@ -1,0 +1,108 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zentavo/foundation/Result.h"
+#include "zentavo/foundation/Value.h"
+
+namespace zentavo {
+
+/// Reads typed fields out of a JSON object, strictly and in the order in which they are asked for. The first field that
+/// is missing or of the wrong kind is remembered with its path ("data.options.right: expected text, found a number");
+/// later reads then yield defaults, so a record's decode function can read all its fields in a row and ask once:
+///
+///     DeliveryResponse r;
+///     r.count = decoder.integer("count");
+///     r.title = decoder.optionalString("title");
+///     if (auto failure = decoder.failure()) return *failure;
+///
+/// Optional reads accept an absent member and null; a present member of the wrong kind fails them as well.
+/// The decoder refers to the map that it was made with, and a nested decoder to its parent: keep them alive.
+class ZENTAVO_EXPORT KeyedDecoder {
+public:
+    explicit KeyedDecoder(const Map& map) noexcept : map_(&map) {}
+
+    std::string string(std::string_view key);
+    std::int64_t integer(std::string_view key);
+    double number(std::string_view key);
+    bool boolean(std::string_view key);
+    /// A copy of the member as it is.
+    Value value(std::string_view key);
+    Map map(std::string_view key);
+    List list(std::string_view key);
+
+    std::optional<std::string> optionalString(std::string_view key);
+    std::optional<std::int64_t> optionalInteger(std::string_view key);
+    std::optional<double> optionalNumber(std::string_view key);
+    std::optional<bool> optionalBoolean(std::string_view key);
+    std::optional<Value> optionalValue(std::string_view key);
+    std::optional<Map> optionalMap(std::string_view key);
+    std::optional<List> optionalList(std::string_view key);
+
+    /// `decode(KeyedDecoder&)` is called with the object under `key` and returns the record.
+    template <class Decode>
+    auto nested(std::string_view key, Decode decode) -> decltype(decode(std::declval<KeyedDecoder&>())) {
+        KeyedDecoder child = enter(key);
+        return decode(child);
+    }
+    /// As `nested`, for a member that may be absent or null.
+    template <class Decode>
+    auto optionalNested(std::string_view key, Decode decode)
+        -> std::optional<decltype(decode(std::declval<KeyedDecoder&>()))> {
+        if (!present(key)) {
+            return std::nullopt;
+        }
+        KeyedDecoder child = enter(key);
+        return decode(child);
+    }
+    /// The objects of the list under `key`, each through `decode`.
+    template <class Decode>
+    auto nestedList(std::string_view key, Decode decode)
+        -> std::vector<decltype(decode(std::declval<KeyedDecoder&>()))> {
+        std::vector<decltype(decode(std::declval<KeyedDecoder&>()))> records;
+        if (const List* items = elements(key)) {
+            records.reserve(items->size());
+            for (std::size_t i = 0; i < items->size() && !failed(); ++i) {
+                KeyedDecoder child = enter(key, (*items)[i], i);
+                records.push_back(decode(child));
+            }
+        }
+        return records;
+    }
+
+    /// True when the member is there and not null.
+    bool present(std::string_view key) const noexcept;
+    /// The map being read.
+    const Map& source() const noexcept { return *map_; }
+
+    bool failed() const noexcept { return root().failure_.has_value(); }
+    /// The first failure of this decoder and all nested ones.
+    std::optional<Error> failure() const { return root().failure_; }
+    /// Marks the record as bad for a reason of the caller's own; the first failure stays.
+    void fail(std::string_view key, std::string_view reason);
+
+private:
+    KeyedDecoder(const Map& map, KeyedDecoder& parent, std::string step) noexcept
+        : map_(&map), parent_(&parent), step_(std::move(step)) {}
+
+    KeyedDecoder enter(std::string_view key);
+    KeyedDecoder enter(std::string_view key, const Value& element, std::size_t position);
+    const List* elements(std::string_view key);
+    const Value* required(std::string_view key);
+    void mismatch(std::string_view key, std::string_view expected, const Value& found);
+    const KeyedDecoder& root() const noexcept { return parent_ != nullptr ? parent_->root() : *this; }
+    KeyedDecoder& root() noexcept { return parent_ != nullptr ? parent_->root() : *this; }
+    std::string path(std::string_view key) const;
+
+    const Map* map_;
+    KeyedDecoder* parent_ = nullptr;
+    /// How this decoder was reached from its parent: "data", "items[3]".
+    std::string step_;
+    std::optional<Error> failure_;
+};
+
+} // namespace zentavo

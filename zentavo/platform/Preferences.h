@@ -1,0 +1,68 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "zentavo/foundation/Export.h"
+#include "zentavo/foundation/Value.h"
+
+namespace zentavo::platform {
+
+/// One preference suite: a small persistent map from key to value (text, number, boolean, list, map), shared by every
+/// process that opens the suite under the same name.
+///
+/// Threads: all members may be called on any thread at once.
+/// Order: a read that starts after a write returned, in this process or another, sees that write.
+/// Lifetime: a value that `set` has accepted survives the process being killed right after `set` returned; surviving a
+/// power cut is promised only after `synchronise`.
+/// Failure: when the medium refuses a write (read-only, full), the value is kept in memory for this process, the
+/// system log is told once, and the write is tried again at the next write or `synchronise`. No member throws.
+/// Cost: reads come from memory unless another process has written meanwhile. Writes do not wait for the medium
+/// (no fsync on the calling thread).
+class ZENTAVO_EXPORT Preferences {
+public:
+    virtual ~Preferences() = default;
+
+    /// What is stored under `key`; none when nothing is. A stored null counts as nothing.
+    virtual std::optional<Value> object(std::string_view key) const = 0;
+
+    /// Stores `value`; null removes the key. A value that JSON cannot say (non-finite, invalid UTF-8, nested too deep)
+    /// is refused with a line in the system log, and what was stored stays.
+    virtual void set(std::string_view key, Value value) = 0;
+
+    virtual void remove(std::string_view key) = 0;
+
+    /// Replaces what is under `key` by what `change` makes of it (none removes), as one step that no other thread or
+    /// process comes between. `change` may be called more than once, must be quick, and must not touch the suite.
+    virtual void update(std::string_view key,
+                        const std::function<std::optional<Value>(const std::optional<Value>&)>& change) = 0;
+
+    /// Asks for everything written so far to be carried to the medium. Does not wait for it.
+    virtual void synchronise() = 0;
+
+    /// Typed reads, with the coercions that hosts know: a number reads as its decimal text; text reads as the number
+    /// that it starts with, as far as it is one; booleans read as 1 and 0. What cannot be coerced reads as absent.
+    std::optional<std::string> string(std::string_view key) const;
+    /// 0 when there is nothing or nothing numeric.
+    double number(std::string_view key) const;
+    std::optional<Map> map(std::string_view key) const;
+};
+
+/// Opens suites. Two calls with one name give the same suite, within a process and between processes.
+class ZENTAVO_EXPORT PreferencesProvider {
+public:
+    virtual ~PreferencesProvider() = default;
+
+    /// The suite of the running program itself. Never refused: where no medium can be had, it lives in memory, and the
+    /// system log says so.
+    virtual std::shared_ptr<Preferences> standard() = 0;
+
+    /// The suite called `name`; null when it is refused: the name is empty, is the main bundle's own identifier, holds
+    /// "/" or NUL, or no place for it can be made.
+    virtual std::shared_ptr<Preferences> suite(std::string_view name) = 0;
+};
+
+} // namespace zentavo::platform
