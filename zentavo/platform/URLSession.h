@@ -93,8 +93,9 @@ public:
 
     virtual ~URLSession() = default;
 
-    virtual std::shared_ptr<URLTask> start(URLRequest request, std::shared_ptr<DispatchQueue> queue,
-                                           Completion completion) = 0;
+    /// The request is shared and must not change any more; it is released when the exchange is over.
+    virtual std::shared_ptr<URLTask> start(std::shared_ptr<const URLRequest> request,
+                                           std::shared_ptr<DispatchQueue> queue, Completion completion) = 0;
 };
 
 } // namespace zentavo::platform
