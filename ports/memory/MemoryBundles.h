@@ -1,9 +1,9 @@
 #pragma once
 
+#include <map>
+
 #include "zentavo/foundation/Mutex.h"
 #include "zentavo/platform/Bundle.h"
-
-#include <map>
 
 namespace zentavo::testing {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <utility>
+
 #include "zentavo/foundation/Mutex.h"
 #include "zentavo/platform/Device.h"
-
-#include <utility>
 
 namespace zentavo::testing {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <atomic>
+
 #include "ports/memory/MemoryStore.h"
 #include "zentavo/platform/Preferences.h"
 #include "zentavo/platform/SystemLog.h"
-
-#include <atomic>
 
 namespace zentavo::testing {
 

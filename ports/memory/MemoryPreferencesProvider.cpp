@@ -8,9 +8,7 @@ MemoryPreferencesProvider::MemoryPreferencesProvider(std::string ownIdentifier,
     : ownIdentifier_(std::move(ownIdentifier)), log_(std::move(log)),
       store_(store ? std::move(store) : std::make_shared<MemoryStore>()) {}
 
-std::shared_ptr<platform::Preferences> MemoryPreferencesProvider::standard() {
-    return opened();
-}
+std::shared_ptr<platform::Preferences> MemoryPreferencesProvider::standard() { return opened(); }
 
 std::shared_ptr<platform::Preferences> MemoryPreferencesProvider::suite(std::string_view name) {
     if (!platform::isSuiteName(name, ownIdentifier_)) {

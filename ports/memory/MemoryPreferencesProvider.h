@@ -1,9 +1,9 @@
 #pragma once
 
-#include "ports/memory/MemoryPreferences.h"
-
 #include <map>
 #include <set>
+
+#include "ports/memory/MemoryPreferences.h"
 
 namespace zentavo::testing {
 

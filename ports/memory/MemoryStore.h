@@ -1,12 +1,12 @@
 #pragma once
 
-#include "zentavo/foundation/Export.h"
-#include "zentavo/foundation/Mutex.h"
-#include "zentavo/foundation/Value.h"
-
 #include <map>
 #include <memory>
 #include <string>
+
+#include "zentavo/foundation/Export.h"
+#include "zentavo/foundation/Mutex.h"
+#include "zentavo/foundation/Value.h"
 
 namespace zentavo::testing {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "zentavo/foundation/Mutex.h"
-#include "zentavo/platform/SystemLog.h"
-
 #include <string>
 #include <vector>
+
+#include "zentavo/foundation/Mutex.h"
+#include "zentavo/platform/SystemLog.h"
 
 namespace zentavo::testing {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "zentavo/platform/Random.h"
-
 #include <atomic>
+
+#include "zentavo/platform/Random.h"
 
 namespace zentavo::testing {
 

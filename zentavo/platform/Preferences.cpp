@@ -1,8 +1,8 @@
 #include "zentavo/platform/Preferences.h"
 
-#include "zentavo/foundation/JSON.h"
-
 #include <charconv>
+
+#include "zentavo/foundation/JSON.h"
 
 namespace zentavo::platform {
 

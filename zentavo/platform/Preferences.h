@@ -1,14 +1,14 @@
 #pragma once
 
-#include "zentavo/foundation/Export.h"
-#include "zentavo/foundation/Value.h"
-
 #include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "zentavo/foundation/Export.h"
+#include "zentavo/foundation/Value.h"
 
 namespace zentavo::platform {
 
