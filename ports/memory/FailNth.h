@@ -11,7 +11,7 @@ namespace zentavo::testing {
 
 /// Counts calls, and says which one is to fail. A test loops n = 0, 1, 2 … until nothing fails any more, and so walks
 /// every point of failure.
-class FailureCounter {
+class ZENTAVO_EXPORT FailureCounter {
 public:
     /// Call `n`, counted from 0, fails; every other call is left alone.
     explicit FailureCounter(std::size_t n) : n_(n) {}
@@ -26,7 +26,7 @@ private:
 };
 
 /// The n-th request finds that the connection is lost.
-class FailNthURLSession : public platform::URLSession {
+class ZENTAVO_EXPORT FailNthURLSession : public platform::URLSession {
 public:
     FailNthURLSession(std::shared_ptr<platform::URLSession> inner, std::shared_ptr<FailureCounter> counter);
 
@@ -40,7 +40,7 @@ private:
 };
 
 /// The n-th call fails: a read finds nothing, a write is lost.
-class FailNthPreferences : public platform::Preferences {
+class ZENTAVO_EXPORT FailNthPreferences : public platform::Preferences {
 public:
     FailNthPreferences(std::shared_ptr<platform::Preferences> inner, std::shared_ptr<FailureCounter> counter);
 

@@ -8,7 +8,7 @@
 namespace zentavo::testing {
 
 /// A clock that stands still until the test turns it. Any thread.
-class ManualClock : public platform::Clock {
+class ZENTAVO_EXPORT ManualClock : public platform::Clock {
 public:
     /// Starts at 2026-01-15 12:00:00 UTC unless told otherwise; the steady clock starts at 0.
     ManualClock();

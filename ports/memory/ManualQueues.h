@@ -14,7 +14,7 @@ namespace zentavo::testing {
 /// All queues of one test and its main queue. Nothing runs until the test says so, and then on the thread that says
 /// so: blocks of all queues in the order in which they were posted or fell due, one at a time. Any thread may post and
 /// cancel; only one thread may run. Blocks that have not run when this object goes are dropped.
-class ManualQueues : public platform::DispatchQueues {
+class ZENTAVO_EXPORT ManualQueues : public platform::DispatchQueues {
 public:
     /// `clock` decides when timers fall due.
     explicit ManualQueues(std::shared_ptr<ManualClock> clock);

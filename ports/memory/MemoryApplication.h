@@ -9,7 +9,7 @@
 namespace zentavo::testing {
 
 /// An application that only remembers what it was asked for. Any thread.
-class MemoryApplication : public platform::Application {
+class ZENTAVO_EXPORT MemoryApplication : public platform::Application {
 public:
     void registerForRemoteNotifications() override {
         MutexLock lock(mutex_);

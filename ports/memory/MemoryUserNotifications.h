@@ -14,7 +14,7 @@
 namespace zentavo::testing {
 
 /// A notification centre whose user is the test. Any thread.
-class MemoryUserNotifications : public platform::UserNotifications {
+class ZENTAVO_EXPORT MemoryUserNotifications : public platform::UserNotifications {
 public:
     /// Completions run on `queue`.
     explicit MemoryUserNotifications(std::shared_ptr<platform::DispatchQueue> queue);

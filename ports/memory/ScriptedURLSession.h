@@ -32,7 +32,7 @@ struct RequestMatch {
 
 /// A network without one: remembers every request and answers by the test's rules, through the queue of the caller. Any
 /// thread.
-class ScriptedURLSession : public platform::URLSession {
+class ZENTAVO_EXPORT ScriptedURLSession : public platform::URLSession {
 public:
     /// Decides on one request; none leaves it to the next rule.
     using Handler = std::function<std::optional<ScriptedAnswer>(const platform::URLRequest&)>;
