@@ -19,7 +19,7 @@ using Header = std::pair<std::string, std::string>;
 
 /// One HTTP request. Copies share the body.
 struct ZENTAVO_EXPORT URLRequest {
-    explicit URLRequest(URL url) : url(std::move(url)) {}
+    explicit URLRequest(URL target) : url(std::move(target)) {}
 
     URL url;
     std::string method = "GET";

@@ -1,0 +1,8 @@
+#pragma once
+
+/// Everything that a host application needs of the SDK.
+#include "zentavo/core/Configuration.h"
+#include "zentavo/core/Endpoints.h"
+#include "zentavo/core/UserDefaultsManager.h"
+#include "zentavo/core/Zentavo.h"
+#include "zentavo/tracking/CDPEvent.h"

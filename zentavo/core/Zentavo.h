@@ -1,0 +1,167 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "zentavo/core/Configuration.h"
+#include "zentavo/core/Endpoints.h"
+#include "zentavo/foundation/Export.h"
+#include "zentavo/foundation/Fault.h"
+#include "zentavo/foundation/Value.h"
+#include "zentavo/foundation/Version.h"
+#include "zentavo/platform/Platform.h"
+
+namespace zentavo {
+
+struct CDPEvent;
+class BaseOperation;
+class CDPEventOperation;
+
+/// The SDK as a host sees it. A host takes `shared()`, hands it a `Configuration` once, and calls it from then on.
+///
+/// Threads: every member may be called on any thread; none waits for disk or network. Callbacks that a host sets run on
+/// the SDK's worker unless their comment says otherwise, and never under a lock.
+/// Lifetime: held by `std::shared_ptr`. The shared instance lives as long as the process, also for calls made while the
+/// process exits.
+/// Errors: no exception leaves a member. Network failures are not reported; `setDebug(true)` shows them. Faults of the
+/// program itself (tracking before any activation) stop the process unless `setFaultPolicy` says otherwise.
+class ZENTAVO_EXPORT Zentavo : public std::enable_shared_from_this<Zentavo> {
+public:
+    using RouteCallback = std::function<void(std::string route)>;
+    using LogCallback = std::function<void(std::string message)>;
+
+    static constexpr std::string_view SDK_VERSION = ZENTAVO_VERSION;
+
+    /// The process's instance, made on the linked port at the first call. A host may put another in its place.
+    static std::shared_ptr<Zentavo> shared();
+    static void setShared(std::shared_ptr<Zentavo> instance);
+
+    /// An instance of its own on `platform`; the shared one is only the first. Make it with `std::make_shared`.
+    explicit Zentavo(std::shared_ptr<platform::Platform> system);
+    ~Zentavo();
+    Zentavo(const Zentavo&) = delete;
+    Zentavo& operator=(const Zentavo&) = delete;
+
+    // --- Start -----------------------------------------------------------------------------------------------------
+
+    /// Opens the store that `configuration.appGroupId` names (or the standard one where that is refused), fills in
+    /// visitor type and account, and sends "app_install" once per store. Calling it again repeats this with the new
+    /// values; the install event is not repeated. Reads the store on the calling thread.
+    void activate(Configuration configuration);
+
+    /// Where the services are; set it before `activate` to reach a deployment of your own.
+    Endpoints endpoints() const;
+    void setEndpoints(Endpoints endpoints);
+
+    /// The host application's identifier, also inside one of its extensions; "" for a program without a bundle.
+    static std::string getBundleId();
+
+    // --- Diagnostics -----------------------------------------------------------------------------------------------
+
+    bool debug() const;
+    /// Switches the log on standard output on or off.
+    void setDebug(bool enabled);
+    /// Writes a line like the SDK's own; nothing while `debug` is off.
+    void log(std::string_view message) const;
+
+    /// Kept for hosts that set it; the SDK never calls it.
+    LogCallback logger() const;
+    void setLogger(LogCallback logger);
+
+    // --- Flags and callbacks ---------------------------------------------------------------------------------------
+
+    /// Whether stored attribution travels with events.
+    bool isAssociatedUTM() const;
+    void setIsAssociatedUTM(bool associated);
+    /// Whether sent events ask for in-app messages.
+    bool isDelivery() const;
+    void setIsDelivery(bool newValue);
+    /// Whether an in-app message is on screen.
+    bool isShowingTemplate() const;
+    void setIsShowingTemplate(bool showing);
+
+    /// Called with the route when an in-app message asks to navigate; without it the SDK opens the route itself.
+    RouteCallback callbackHandleRedirectTemplate() const;
+    void setHandleChangeRouteTemplate(RouteCallback callback);
+
+    /// The description of device, system and app that travels in every event; empty before activation.
+    Map context() const;
+    void setContext(Map context);
+
+    std::optional<Configuration> configuration() const;
+
+    // --- Identity --------------------------------------------------------------------------------------------------
+    // Before activation there is no store: setters do nothing and getters answer from the device, or "" and none.
+
+    /// The device's identifier for this vendor; "" when the system has none.
+    std::string getDeviceId() const;
+    /// The visitor: what `setUid` stored, else the device id.
+    std::string getUid() const;
+    void setUid(std::string uid);
+    void resetUid();
+
+    /// Names the customer. The id is stored; non-empty properties are kept in memory.
+    void setCustomerProperties(std::string customerId, Map customerProperties);
+    /// The properties last set in this process; an empty map before that.
+    std::optional<Map> getCustomerProperties() const;
+    /// Forgets the stored customer; what is kept in memory stays until the next `setCustomerProperties`.
+    void resetCustomer();
+    /// The stored customer id, or "".
+    std::string getCustomerId() const;
+
+    /// From the configuration, else as the last activation on this store left them, else "".
+    std::optional<std::string> getPortalId() const;
+    std::string getPropsId() const;
+    /// From the configuration only, else "".
+    std::optional<std::string> getAppGroupId() const;
+    /// What the push service calls this device; none before the first registration.
+    std::optional<std::string> getPushUid() const;
+
+    // --- Tracking --------------------------------------------------------------------------------------------------
+
+    /// Sends the event. The calling thread pays for building the request and handing it over.
+    void track(const CDPEvent& event);
+    /// Sends the event "view_screenview" for a screen.
+    void trackScreen(std::string name, std::string title, std::string type);
+
+    // --- Push ------------------------------------------------------------------------------------------------------
+
+    /// Asks the user for badge, sound and alert, and then registers for remote notifications.
+    void requestNotificationPermission();
+    /// Takes the token that the system gave the app, and tells the push service about it when it is news.
+    void registerForNotification(std::span<const std::uint8_t> token);
+    /// Reports a launch to the push service. Only after activation.
+    void trackAppLaunch();
+
+    // --- Names in the store ----------------------------------------------------------------------------------------
+
+    static std::string sessionIdKey();
+    static std::string visitorType();
+    static std::string CustomerIdKey();
+    static std::string VisitorIdKey();
+    static std::string CustomerProperties();
+    static std::string utmKey();
+    static std::string atmKey();
+    static std::string clkBc();
+    static std::string zentavoKeyBadge();
+
+    /// What the SDK's own rooms know of an instance.
+    struct State;
+    const std::shared_ptr<State>& state() const noexcept { return state_; }
+
+private:
+    std::shared_ptr<CDPEventOperation> cdpOperation();
+    void send(const CDPEvent& event);
+    void sendFirstInstall();
+    void askForPermission();
+    void handleIdentifyAnswer(const std::optional<std::string>& data);
+
+    const std::shared_ptr<State> state_;
+};
+
+} // namespace zentavo

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "zentavo/core/Context.h"
+#include "zentavo/core/DebugLog.h"
+#include "zentavo/core/StoreKeys.h"
+#include "zentavo/core/Zentavo.h"
+#include "zentavo/foundation/Atomic.h"
+#include "zentavo/foundation/Mutex.h"
+#include "zentavo/foundation/Result.h"
+
+namespace zentavo {
+
+/// What an activation settles, as one unchanging record: an event takes the whole of it with one pointer.
+struct Account {
+    std::optional<Configuration> configuration;
+    Endpoints endpoints;
+    /// Null before activation.
+    std::shared_ptr<platform::Preferences> store;
+    Map context;
+    /// `context` as JSON text, rendered once for all events; an error where JSON cannot say it.
+    Result<std::string> contextText = std::string("{}");
+};
+
+/// Everything that an instance holds. The members of the facade, spread over the rooms, work on it.
+struct Zentavo::State {
+    explicit State(std::shared_ptr<platform::Platform> system);
+
+    const std::shared_ptr<platform::Platform> platform;
+    const StoreKeys keys;
+    const std::shared_ptr<DebugLog> log;
+    Context contextInstance;
+    const std::string& applicationIdKey = keys.applicationId;
+    /// Seconds; kept for hosts that know it, read by nothing.
+    static constexpr double expiredTime = 300.0;
+
+    Atomic<bool> isDelivery{true};
+    Atomic<bool> isShowingTemplate{false};
+    std::atomic<bool> isAssociatedUTM{true};
+
+    std::shared_ptr<const Account> account() const {
+        MutexLock lock(mutex);
+        return accountInForce;
+    }
+    std::shared_ptr<platform::Preferences> store() const { return account()->store; }
+
+    /// Puts a changed copy of the account in force; `change` is called under the lock and must be plain assignment.
+    template <class Change>
+    void changeAccount(Change change) {
+        MutexLock lock(mutex);
+        auto next = std::make_shared<Account>(*accountInForce);
+        change(*next);
+        accountInForce = std::move(next);
+    }
+    void setContext(Map context);
+
+    mutable Mutex mutex;
+    std::shared_ptr<const Account> accountInForce ZENTAVO_GUARDED_BY(mutex) = std::make_shared<const Account>();
+    std::optional<std::string> customerId ZENTAVO_GUARDED_BY(mutex);
+    std::optional<Map> customerProps ZENTAVO_GUARDED_BY(mutex);
+    RouteCallback redirectCallback ZENTAVO_GUARDED_BY(mutex);
+    LogCallback logger ZENTAVO_GUARDED_BY(mutex);
+    std::shared_ptr<CDPEventOperation> cdpOperation ZENTAVO_GUARDED_BY(mutex);
+};
+
+} // namespace zentavo
