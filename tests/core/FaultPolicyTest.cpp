@@ -19,7 +19,7 @@ TEST_F(FaultPolicyTest, APublicCall) {
     EXPECT_EQ(faults[0].entryPoint, "track");
     EXPECT_THAT(faults[0].message, ::testing::HasSubstr("before the first activation"));
     EXPECT_GT(faults[0].line, 0U);
-    EXPECT_FALSE(memory.systemLog->lines().empty());
+    EXPECT_FALSE(memory.systemLog->entries().empty());
     sdk->trackAppLaunch();
     sdk->trackScreen("Home", "Home page", "main");
     EXPECT_EQ(faults.size(), 3U);
