@@ -8,9 +8,14 @@ function(zentavo_compile_options target)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
-  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast)
-  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-    target_compile_options(${target} PRIVATE -Wthread-safety)
+  if(ZentavoFramework_IS_TOP_LEVEL OR ZENTAVO_WARNINGS_AS_ERRORS)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast)
+    if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+      target_compile_options(${target} PRIVATE -Wthread-safety)
+    endif()
+  else()
+    # The warnings that a host turned on for its folders are about its own code.
+    target_compile_options(${target} PRIVATE -w)
   endif()
   if(ZENTAVO_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE -Werror)
@@ -49,7 +54,13 @@ function(zentavo_library name)
     OUTPUT_NAME ${output}
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
+    DEFINE_SYMBOL ""
     VERIFY_INTERFACE_HEADER_SETS ON)
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "SHARED_LIBRARY")
+    target_link_options(${target} PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  endif()
   set_property(GLOBAL APPEND PROPERTY ZENTAVO_LIBRARIES ${target})
 endfunction()
 

@@ -46,7 +46,7 @@ struct ContainedFault {
     Fault fault;
 };
 /// Reports what `current` holds: a contained fault, or a foreign exception, which counts as a fault.
-ZENTAVO_EXPORT void reportFault(const char* entryPoint, std::exception_ptr current);
+ZENTAVO_EXPORT void reportFault(const char* entryPoint, std::exception_ptr current) noexcept;
 } // namespace detail
 
 /// Runs `body` as one of the SDK's entry points: a public call, a completion, a block on a queue. Whatever `body`

@@ -15,13 +15,13 @@ namespace json {
 /// What is accepted from outside. Text beyond a limit is refused as an error, never cut.
 struct Limits {
     std::size_t maximumBytes = 16U << 20U;
-    /// Levels of lists and maps inside each other; the same bound holds for writing.
+    /// Levels of lists and maps inside each other; the same default bound holds for writing. At most 1000.
     std::size_t maximumDepth = 256;
 };
 
 /// Reads one JSON value of any kind. Of members with one name the last wins. Refused: invalid UTF-8, numbers that no
-/// double can hold (1e400), anything after the value, and text beyond `limits`. Integers within the signed 64-bit
-/// range stay integers, all other numbers become doubles.
+/// double can hold (1e400), integers below -2^63 or beyond 2^64 - 1, anything after the value, and text beyond `limits`.
+/// Integers within the signed 64-bit range stay integers, all other numbers become doubles.
 ZENTAVO_EXPORT Result<Value> read(std::string_view text, const Limits& limits = {});
 
 /// As `read`, for where only an object will do.

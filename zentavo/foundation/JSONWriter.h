@@ -1,11 +1,13 @@
 #pragma once
 
+#include "zentavo/foundation/Result.h"
+#include "zentavo/foundation/Value.h"
+
+#include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-#include "zentavo/foundation/Result.h"
-#include "zentavo/foundation/Value.h"
 
 namespace zentavo {
 
@@ -13,15 +15,18 @@ namespace zentavo {
 /// Commas are placed by the writer; begin and end calls, and keys inside maps, must be paired by the caller.
 /// The first thing that JSON cannot say (non-finite number, invalid UTF-8, too deep) is remembered, the text is then
 /// worthless, and `finish` returns the error with the path to the place ("items[0].price").
+///
+/// Doubles are written in the shortest form that reads back as the same double; one without a fraction keeps a ".0"
+/// (12.0, not 12), so that it reads back as a double too.
 class ZENTAVO_EXPORT JSONWriter {
 public:
-    /// Appends to `out`, which must outlive the writer.
-    explicit JSONWriter(std::string& out) noexcept : out_(out) {}
+    /// Appends to `out`, which must outlive the writer and is changed by nobody else meanwhile.
+    explicit JSONWriter(std::string& out) noexcept : out_(out), start_(out.size()) {}
 
-    void beginMap();
-    void endMap();
-    void beginList();
-    void endList();
+    void beginMap() { begin('{'); }
+    void endMap() { end('}'); }
+    void beginList() { begin('['); }
+    void endList() { end(']'); }
     /// The name of the member whose value follows.
     void key(std::string_view name);
 
@@ -29,11 +34,21 @@ public:
     void value(const Map& map);
     void value(const List& list);
     void value(std::string_view text);
+    void value(const std::string& text) { value(std::string_view(text)); }
     void value(const char* text) { value(std::string_view(text)); }
     void value(std::int64_t number);
     void value(double number);
-    void value(bool flag);
-    void null();
+    void value(bool flag) { raw(flag ? "true" : "false"); }
+    /// Other integers, as `Value` takes them.
+    template <std::integral T>
+    requires(!std::same_as<T, bool> && !std::same_as<T, char> && !std::same_as<T, std::int64_t>) void value(T number) {
+        value(Value(number));
+    }
+    void value(std::nullptr_t) { null(); }
+    /// A pointer is never meant as a boolean.
+    template <class T>
+    void value(const T*) = delete;
+    void null() { raw("null"); }
     /// A value that is JSON text already and is trusted to be valid.
     void raw(std::string_view jsonText);
 
@@ -41,12 +56,16 @@ public:
     Result<void> finish() const;
 
 private:
+    void begin(char bracket);
+    void end(char bracket);
+    void quoted(std::string_view text);
+    void escapedRest(std::string_view text, std::size_t plain);
     void separate();
-    bool enter();
-    void leave() noexcept;
     void fail(std::string_view reason);
 
     std::string& out_;
+    /// Where this writer's text begins in `out_`.
+    const std::size_t start_;
     std::size_t depth_ = 0;
     bool needsComma_ = false;
     bool failed_ = false;

@@ -92,7 +92,13 @@ private:
     KeyedDecoder enter(std::string_view key);
     KeyedDecoder enter(std::string_view key, const Value& element, std::size_t position);
     const List* elements(std::string_view key);
-    const Value* required(std::string_view key);
+    /// The member under `key`; null after a failure, and where it is missing, which is one. `expected` is a noun.
+    const Value* required(std::string_view key, std::string_view expected);
+    /// As `required`, but a member that is absent or null is no failure.
+    const Value* optional(std::string_view key) const noexcept;
+    template <class T>
+    std::optional<T> convert(std::string_view key, const Value* member, std::string_view expected,
+                             std::optional<T> (*read)(const Value&));
     void mismatch(std::string_view key, std::string_view expected, const Value& found);
     const KeyedDecoder& root() const noexcept { return parent_ != nullptr ? parent_->root() : *this; }
     KeyedDecoder& root() noexcept { return parent_ != nullptr ? parent_->root() : *this; }

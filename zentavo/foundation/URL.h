@@ -24,13 +24,14 @@ struct QueryItem {
 /// URL is made; "//" inside a path is kept; empty text is no URL.
 class ZENTAVO_EXPORT URL {
 public:
-    /// None for empty text, control characters, invalid UTF-8, a broken "%" escape outside the query, a host or port
-    /// that cannot be one, or more than 64 KiB.
+    /// None for empty text, control characters, invalid UTF-8, a broken "%" escape outside the query (inside it the "%"
+    /// counts as a character to encode), a host or port that cannot be one, "http" or "https" without a host, or more
+    /// than 64 KiB. Parsing the text of a URL gives the same URL.
     static std::optional<URL> parse(std::string_view text);
 
     const std::string& text() const noexcept { return text_; }
 
-    /// Lower case; empty for a relative reference.
+    /// Lower case, and so is it in `text`; empty for a relative reference.
     std::string_view scheme() const noexcept;
     std::string_view userInfo() const noexcept;
     /// Without the brackets of an IPv6 literal; empty when there is none.
@@ -41,15 +42,17 @@ public:
     /// Without "?", still percent-encoded; none when there is no "?".
     std::optional<std::string_view> query() const noexcept;
     std::optional<std::string_view> fragment() const noexcept;
-    /// What follows the last "." of the last path component, trailing slashes aside: "appex" of "/a/b.appex/".
+    /// What follows the last "." of the last path component, decoded, trailing slashes aside: "appex" of
+    /// "/a/b.appex/". Empty where there is none, as in "/.profile".
     std::string pathExtension() const;
 
     bool isHTTP() const noexcept { return scheme() == "http" || scheme() == "https"; }
 
-    /// The query split at "&" and the first "=", percent-decoded; "+" stays "+".
+    /// The query split at "&" and the first "=", percent-decoded; "+" stays "+". A name or value whose escapes are not
+    /// UTF-8 stays encoded, so that it can travel as text.
     std::vector<QueryItem> queryItems() const;
     /// This URL with its whole query replaced by `items`, in their order; `& = % #` and blanks in names and values are
-    /// encoded, `+ : / ? @` stay. No items: no query.
+    /// encoded, `+ : / ? @` stay. No items: no query. The result may be longer than `parse` accepts.
     URL withQueryItems(const std::vector<QueryItem>& items) const;
 
     friend bool operator==(const URL& a, const URL& b) noexcept { return a.text_ == b.text_; }
@@ -65,6 +68,7 @@ private:
         std::uint32_t length = 0;
     };
     URL() = default;
+    bool parseAuthority(std::string_view authority);
     std::string_view view(Span span) const noexcept { return std::string_view(text_).substr(span.begin, span.length); }
 
     std::string text_;

@@ -57,4 +57,9 @@ std::optional<Map> Preferences::map(std::string_view key) const {
     return std::move(*stored->asMap());
 }
 
+bool isSuiteName(std::string_view name, std::string_view ownIdentifier) noexcept {
+    return !name.empty() && name != ownIdentifier && name.find('/') == std::string_view::npos &&
+           name.find('\0') == std::string_view::npos;
+}
+
 } // namespace zentavo::platform

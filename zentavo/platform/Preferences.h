@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -24,13 +25,16 @@ namespace zentavo::platform {
 /// (no fsync on the calling thread).
 class ZENTAVO_EXPORT Preferences {
 public:
+    /// The longest value, as JSON text.
+    static constexpr std::size_t maximumValueBytes = 1U << 20U;
+
     virtual ~Preferences() = default;
 
     /// What is stored under `key`; none when nothing is. A stored null counts as nothing.
     virtual std::optional<Value> object(std::string_view key) const = 0;
 
     /// Stores `value`; null removes the key. A value that JSON cannot say (non-finite, invalid UTF-8, nested too deep)
-    /// is refused with a line in the system log, and what was stored stays.
+    /// or that is longer than `maximumValueBytes` is refused with a line in the system log, and what was stored stays.
     virtual void set(std::string_view key, Value value) = 0;
 
     virtual void remove(std::string_view key) = 0;
@@ -51,6 +55,10 @@ public:
     std::optional<Map> map(std::string_view key) const;
 };
 
+/// Whether a provider may open a suite of this name: it is not empty, not the main bundle's own identifier (empty for a
+/// program without one), and holds neither "/" nor NUL.
+ZENTAVO_EXPORT bool isSuiteName(std::string_view name, std::string_view ownIdentifier) noexcept;
+
 /// Opens suites. Two calls with one name give the same suite, within a process and between processes.
 class ZENTAVO_EXPORT PreferencesProvider {
 public:
@@ -60,8 +68,7 @@ public:
     /// system log says so.
     virtual std::shared_ptr<Preferences> standard() = 0;
 
-    /// The suite called `name`; null when it is refused: the name is empty, is the main bundle's own identifier, holds
-    /// "/" or NUL, or no place for it can be made.
+    /// The suite called `name`; null when it is refused: `isSuiteName` says no, or no place for it can be made.
     virtual std::shared_ptr<Preferences> suite(std::string_view name) = 0;
 };
 

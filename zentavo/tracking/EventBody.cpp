@@ -79,11 +79,11 @@ private:
 class Texts {
 public:
     void add(std::string_view key, std::string_view text) { *(entries_.begin() + count_++) = {key, text}; }
+    auto begin() const noexcept { return entries_.begin(); }
+    auto end() const noexcept { return begin() + count_; }
     bool contains(std::string_view key) const noexcept {
         return std::any_of(begin(), end(), [&](const auto& entry) { return entry.first == key; });
     }
-    auto begin() const noexcept { return entries_.begin(); }
-    auto end() const noexcept { return begin() + count_; }
 
 private:
     std::array<std::pair<std::string_view, std::string_view>, 5> entries_;

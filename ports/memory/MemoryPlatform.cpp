@@ -1,0 +1,31 @@
+#include "ports/memory/MemoryPlatform.h"
+
+#include <utility>
+
+namespace zentavo::testing {
+
+MemoryPlatform::MemoryPlatform(const std::string& identifier, std::shared_ptr<MemoryStore> store)
+    : clock(std::make_shared<ManualClock>()), queues(std::make_shared<ManualQueues>(clock)),
+      systemLog(std::make_shared<RecordingSystemLog>()), console(std::make_shared<RecordingConsole>()),
+      session(std::make_shared<ScriptedURLSession>()),
+      preferences(std::make_shared<MemoryPreferencesProvider>(identifier, systemLog, std::move(store))),
+      bundles(std::make_shared<MemoryBundles>("/memory/Main.app", identifier)),
+      device(std::make_shared<MemoryDevice>()), random(std::make_shared<SeededRandom>(1)),
+      calendar(std::make_shared<FixedZoneCalendar>()),
+      userNotifications(std::make_shared<MemoryUserNotifications>(queues->mainQueue())),
+      application(std::make_shared<MemoryApplication>()),
+      platform_(std::make_shared<platform::Platform>(
+          platform::UserInterface{queues->mainQueue(), userNotifications, application})) {
+    platform_->preferences = preferences;
+    platform_->bundles = bundles;
+    platform_->device = device;
+    platform_->urlSession = session;
+    platform_->queues = queues;
+    platform_->clock = clock;
+    platform_->random = random;
+    platform_->calendar = calendar;
+    platform_->systemLog = systemLog;
+    platform_->console = console;
+}
+
+} // namespace zentavo::testing

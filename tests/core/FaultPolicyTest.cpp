@@ -1,0 +1,76 @@
+#include "tests/support/SdkTest.h"
+
+namespace zentavo {
+namespace {
+
+/// Under `FaultPolicy::contain` a fault ends the operation, and nothing else.
+class FaultPolicyTest : public SdkTest {
+protected:
+    FaultPolicyTest() {
+        setFaultPolicy(FaultPolicy::contain, [this](const Fault& fault) { faults.push_back(fault); });
+    }
+
+    std::vector<Fault> faults;
+};
+
+TEST_F(FaultPolicyTest, APublicCall) {
+    sdk->track(CDPEvent("too_early"));
+    ASSERT_EQ(faults.size(), 1U);
+    EXPECT_EQ(faults[0].entryPoint, "track");
+    EXPECT_THAT(faults[0].message, ::testing::HasSubstr("before the first activation"));
+    EXPECT_GT(faults[0].line, 0U);
+    EXPECT_FALSE(memory.systemLog->entries().empty());
+    sdk->trackAppLaunch();
+    sdk->trackScreen("Home", "Home page", "main");
+    EXPECT_EQ(faults.size(), 3U);
+
+    start();
+    sdk->track(CDPEvent("in_time"));
+    EXPECT_THAT(eventNames(), ::testing::ElementsAre("in_time"));
+}
+
+TEST_F(FaultPolicyTest, ACompletion) {
+    // The answer to a registration arrives when the SDK cannot build the event that follows from it any more.
+    start();
+    memory.session->on({"POST", "", "/api/app/identify"}, testing::ScriptedAnswer{200, R"({"data":"p1"})"});
+    sdk->registerForNotification(std::vector<std::uint8_t>{1});
+    Endpoints broken = sdk->endpoints();
+    broken.collection = "no url";
+    sdk->setEndpoints(broken);
+    settle();
+    ASSERT_EQ(faults.size(), 1U);
+    EXPECT_EQ(faults[0].entryPoint, "completion");
+    EXPECT_EQ(sdk->getPushUid(), "p1");
+
+    sdk->setEndpoints(Endpoints());
+    sdk->track(CDPEvent("after"));
+    settle();
+    EXPECT_THAT(eventNames(), ::testing::ElementsAre("after"));
+}
+
+TEST_F(FaultPolicyTest, AMainQueueBlock) {
+    class Faulty : public platform::Application {
+    public:
+        void registerForRemoteNotifications() override { fatalError("no such service"); }
+        void open(const URL&) override {}
+    };
+    auto interface = *memory.platform()->userInterface();
+    interface.application = std::make_shared<Faulty>();
+    memory.platform()->attach(interface);
+    sdk->requestNotificationPermission();
+    settle();
+    ASSERT_EQ(faults.size(), 1U);
+    EXPECT_EQ(faults[0].entryPoint, "main queue");
+}
+
+TEST_F(FaultPolicyTest, TheDefaultStopsTheProcessWithMessageAndPlace) {
+    EXPECT_DEATH(
+        {
+            setFaultPolicy(FaultPolicy::stop);
+            sdk->track(CDPEvent("too_early"));
+        },
+        "before the first activation.*Tracking.cpp");
+}
+
+} // namespace
+} // namespace zentavo

@@ -1,0 +1,86 @@
+#include "tests/support/SdkTest.h"
+
+namespace zentavo {
+namespace {
+
+class IdentityTest : public SdkTest {};
+
+TEST_F(IdentityTest, BeforeActivationSettersDoNothingAndGettersFallBack) {
+    sdk->setUid("u1");
+    sdk->resetUid();
+    sdk->resetCustomer();
+    EXPECT_EQ(sdk->getUid(), sdk->getDeviceId());
+    EXPECT_EQ(sdk->getCustomerId(), "");
+    EXPECT_EQ(sdk->getPushUid(), std::nullopt);
+    EXPECT_EQ(sdk->getPortalId(), "");
+    EXPECT_EQ(sdk->getPropsId(), "");
+    EXPECT_EQ(sdk->getAppGroupId(), "");
+    EXPECT_EQ(sdk->getCustomerProperties(), Map());
+    EXPECT_EQ(UserDefaultsManager::userDefaults(), nullptr);
+}
+
+TEST_F(IdentityTest, TheVisitorIsTheHostsElseTheDevice) {
+    start();
+    sdk->setUid("u1");
+    EXPECT_EQ(sdk->getUid(), "u1");
+    EXPECT_EQ(memory.preferences->synchroniseCount(), 2); // activation and setUid
+    restart();
+    activate();
+    EXPECT_EQ(sdk->getUid(), "u1");
+    sdk->resetUid();
+    EXPECT_EQ(sdk->getUid(), sdk->getDeviceId());
+
+    auto facts = memory.device->facts();
+    facts.identifierForVendor.reset();
+    memory.device->set(facts);
+    EXPECT_EQ(sdk->getUid(), "");
+}
+
+TEST_F(IdentityTest, CustomerPropertiesAreKeptInMemoryAndTheIdInTheStore) {
+    start();
+    const int flushed = memory.preferences->synchroniseCount();
+    sdk->setCustomerProperties("c1", {});
+    EXPECT_EQ(sdk->getCustomerId(), "c1");
+    EXPECT_EQ(store()->object(keys().customerProperties), std::nullopt);
+    sdk->setCustomerProperties("c2", {{"tier", "gold"}});
+    EXPECT_EQ(store()->string(keys().customerProperties), "c2"); // the id, as installed apps have it
+    EXPECT_EQ(sdk->getCustomerProperties(), (Map{{"tier", "gold"}}));
+    sdk->setCustomerProperties("c3", {});
+    EXPECT_EQ(sdk->getCustomerProperties(), (Map{{"tier", "gold"}}));
+    EXPECT_EQ(memory.preferences->synchroniseCount(), flushed);
+
+    sdk->resetCustomer();
+    EXPECT_EQ(sdk->getCustomerId(), "");
+    EXPECT_EQ(store()->object(keys().customerProperties), std::nullopt);
+    EXPECT_EQ(sdk->state()->customerId, "c3"); // memory keeps it
+    EXPECT_EQ(sdk->getCustomerProperties(), (Map{{"tier", "gold"}}));
+}
+
+TEST_F(IdentityTest, AnActivationLoadsAStoredCustomerWhereItIsText) {
+    start();
+    sdk->setCustomerProperties("c1", {});
+    restart();
+    activate();
+    EXPECT_EQ(sdk->state()->customerId, "c1");
+    store()->set(keys().customerId, 42);
+    restart();
+    activate();
+    EXPECT_EQ(sdk->state()->customerId, std::nullopt);
+}
+
+TEST_F(IdentityTest, KeyNamesAreThoseOfInstalledApps) {
+    const StoreKeys bare(std::nullopt);
+    EXPECT_EQ(bare.visitorId, "default.ZentavoVisitorId");
+    EXPECT_EQ(bare.badge, "ZentavoSDK.badge");
+    const StoreKeys app("com.example.shop");
+    EXPECT_EQ(app.portalId, "com.example.shop.ZenatvoPortalKey");
+    EXPECT_EQ(app.propsId, "com.example.shop.ZenatvoPropsKey");
+    EXPECT_EQ(app.deviceToken, "com.example.shop.ZenatvoDeviceTokenFlag");
+    EXPECT_EQ(app.customerId, "com.example.shop.ZentavoCustomerId");
+    EXPECT_EQ(app.customerProperties, "com.example.shop.ZentavoCustomerProperties");
+    EXPECT_EQ(app.pushUid, "com.example.shop.ZentavoUid");
+    EXPECT_EQ(app.badge, "com.example.shop.badge");
+}
+
+} // namespace
+} // namespace zentavo

@@ -1,0 +1,82 @@
+#include "zentavo/foundation/KeyedDecoder.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace zentavo;
+
+std::string failureOf(const KeyedDecoder& decoder) {
+    return decoder.failure() ? decoder.failure()->message : "";
+}
+
+TEST(KeyedDecoder, ReadsEveryKind) {
+    const Map source{{"text", "a"},     {"id", 12.0},      {"price", 9},          {"flag", true},
+                     {"none", nullptr}, {"list", List{1}}, {"map", Map{{"k", 1}}}};
+    KeyedDecoder decoder(source);
+    EXPECT_EQ(decoder.string("text"), "a");
+    EXPECT_EQ(decoder.integer("id"), 12);
+    EXPECT_EQ(decoder.number("price"), 9.0);
+    EXPECT_TRUE(decoder.boolean("flag"));
+    EXPECT_TRUE(decoder.value("none").isNull());
+    EXPECT_EQ(decoder.list("list"), List{1});
+    EXPECT_EQ(decoder.map("map"), (Map{{"k", 1}}));
+
+    EXPECT_EQ(decoder.optionalString("text"), "a");
+    EXPECT_EQ(decoder.optionalInteger("id"), 12);
+    EXPECT_EQ(decoder.optionalNumber("price"), 9.0);
+    EXPECT_EQ(decoder.optionalBoolean("flag"), true);
+    EXPECT_EQ(decoder.optionalList("list"), List{1});
+    EXPECT_EQ(decoder.optionalMap("map"), (Map{{"k", 1}}));
+    for (const char* key : {"none", "absent"}) {
+        EXPECT_FALSE(decoder.optionalString(key) || decoder.optionalInteger(key) || decoder.optionalNumber(key) ||
+                     decoder.optionalBoolean(key) || decoder.optionalMap(key) || decoder.optionalList(key) ||
+                     decoder.optionalValue(key) || decoder.present(key));
+        EXPECT_FALSE(decoder.optionalNested(key, [](KeyedDecoder& child) { return child.string("never"); }));
+    }
+    EXPECT_EQ(failureOf(decoder), "");
+}
+
+TEST(KeyedDecoder, NamesWhatItWantedAndWhatItFound) {
+    const Map source{{"v", 12.5}, {"n", nullptr}, {"t", "x"}, {"l", List{Map{}, 3}}};
+    const auto failureAfter = [&](auto read) {
+        KeyedDecoder decoder(source);
+        read(decoder);
+        return failureOf(decoder);
+    };
+    const auto inner = [](KeyedDecoder& child) { return child.source().size(); };
+    EXPECT_EQ(failureAfter([](auto& d) { d.string("v"); }), "v: expected text, found a number");
+    EXPECT_EQ(failureAfter([](auto& d) { d.integer("v"); }), "v: expected an integer, found a number");
+    EXPECT_EQ(failureAfter([](auto& d) { d.string("n"); }), "n: expected text, found null");
+    EXPECT_EQ(failureAfter([](auto& d) { d.number("t"); }), "t: expected a number, found text");
+    EXPECT_EQ(failureAfter([](auto& d) { d.boolean("gone"); }), "gone: expected a boolean, found nothing");
+    EXPECT_EQ(failureAfter([](auto& d) { d.value("gone"); }), "gone: expected a value, found nothing");
+    EXPECT_EQ(failureAfter([](auto& d) { d.optionalMap("t"); }), "t: expected a map, found text");
+    EXPECT_EQ(failureAfter([&](auto& d) { d.nested("t", inner); }), "t: expected a map, found text");
+    EXPECT_EQ(failureAfter([&](auto& d) { d.optionalNested("t", inner); }), "t: expected a map, found text");
+    EXPECT_EQ(failureAfter([&](auto& d) { d.nestedList("t", inner); }), "t: expected a list, found text");
+    EXPECT_EQ(failureAfter([&](auto& d) { d.nestedList("l", inner); }), "l[1]: expected a map, found a number");
+    EXPECT_EQ(failureAfter([](auto& d) { d.fail("v", "too odd"); }), "v: too odd");
+}
+
+TEST(KeyedDecoder, TheFirstFailureStaysWithItsWholePath) {
+    const Map source{
+        {"data", Map{{"items", List{Map{{"options", Map{{"right", "r"}}}}, Map{{"options", Map{{"right", 1}}}}}},
+                     {"later", 5}}}};
+    KeyedDecoder decoder(source);
+    const auto rights = decoder.nested("data", [](KeyedDecoder& data) {
+        auto list = data.nestedList("items", [](KeyedDecoder& item) {
+            return item.nested("options", [](KeyedDecoder& options) { return options.string("right"); });
+        });
+        // Reads after a failure yield defaults and do not replace it.
+        EXPECT_EQ(data.integer("later"), 0);
+        EXPECT_EQ(data.optionalInteger("later"), std::nullopt);
+        data.string("gone");
+        data.fail("later", "bad");
+        return list;
+    });
+    EXPECT_EQ(rights, (std::vector<std::string>{"r", ""}));
+    EXPECT_EQ(failureOf(decoder), "data.items[1].options.right: expected text, found a number");
+}
+
+} // namespace

@@ -1,0 +1,133 @@
+#include "tests/support/SdkTest.h"
+
+namespace zentavo {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class PushRegistrationTest : public SdkTest {
+protected:
+    PushRegistrationTest() {
+        memory.session->on({"POST", "", "/api/app/identify"},
+                           testing::ScriptedAnswer{200, R"({"data":{"zentavo_apppush_uid":"push-1"}})"});
+    }
+
+    void registerToken(std::vector<std::uint8_t> token = {0x0A, 0xFF}) {
+        sdk->registerForNotification(token);
+        settle();
+    }
+    std::size_t registrations() { return sent("/api/app/identify").size(); }
+};
+
+TEST_F(PushRegistrationTest, ATokenIsIdentifiedAndTheSubscriptionTracked) {
+    start();
+    sdk->setCustomerProperties("c1", {});
+    registerToken();
+    const auto requests = sent("/api/app/identify");
+    ASSERT_EQ(requests.size(), 1U);
+    EXPECT_EQ(bodyOf(*requests[0]), (Map{{"portal_id", 1001},
+                                         {"identifier", "0aff"},
+                                         {"channel", "ios"},
+                                         {"device_id", sdk->getDeviceId()}}));
+    EXPECT_EQ(sdk->getPushUid(), "push-1");
+    ASSERT_THAT(eventNames(), ElementsAre("app_push_subscribe"));
+    const Map body = events()[0];
+    EXPECT_EQ(*body.find("extra")->asMap()->find("zentavo_apppush_uid"), "push-1");
+    EXPECT_EQ(*body.find("dims")->asMap()->find("customers"),
+              Value(Map{{"customer_id", "c1"}, {"update_mode", "update"}}));
+}
+
+TEST_F(PushRegistrationTest, AnUnchangedTokenWaitsFiveMinutesAndAChangedOneDoesNot) {
+    start();
+    registerToken({1});
+    registerToken({1});
+    EXPECT_EQ(registrations(), 1U);
+    registerToken({2});
+    EXPECT_EQ(registrations(), 2U);
+    memory.clock->advance(299s);
+    registerToken({2});
+    EXPECT_EQ(registrations(), 2U);
+    memory.clock->advance(1s);
+    registerToken({2});
+    EXPECT_EQ(registrations(), 3U);
+}
+
+TEST_F(PushRegistrationTest, AFailedRegistrationDoesNotStartThePauseAndIsRepeated) {
+    start();
+    memory.session->on({"POST", "", "/api/app/identify"},
+                       testing::ScriptedAnswer::failure(platform::URLErrorKind::cannotConnect), 1);
+    registerToken();
+    EXPECT_EQ(registrations(), 1U);
+    EXPECT_EQ(store()->object(keys().operationTime), std::nullopt);
+    memory.queues->advance(60s);
+    EXPECT_EQ(registrations(), 2U);
+    registerToken();
+    EXPECT_EQ(registrations(), 3U);
+}
+
+TEST_F(PushRegistrationTest, WithoutStoreAccountOrNumberNothingIsSent) {
+    sdk->setDebug(true);
+    registerToken();
+    EXPECT_THAT(logged(), ElementsAre("Error: UserDefaults in registerForNotification not found!"));
+    start();
+    store()->remove(keys().propsId);
+    registerToken();
+    EXPECT_THAT(logged(), IsEmpty());
+    EXPECT_EQ(store()->object(keys().deviceToken), std::nullopt);
+
+    store()->set(keys().propsId, "555");
+    for (const char* portal : {"12a", "", " 1", "99999999999999999999"}) {
+        store()->set(keys().portalId, portal);
+        registerToken();
+    }
+    EXPECT_EQ(registrations(), 0U);
+    EXPECT_EQ(store()->string(keys().deviceToken), "0aff");
+
+    auto facts = memory.device->facts();
+    facts.identifierForVendor.reset();
+    memory.device->set(facts);
+    EXPECT_DEATH(registerToken(), "without an identifier");
+}
+
+TEST_F(PushRegistrationTest, OddAnswersAreLoggedAndChangeNothing) {
+    start();
+    sdk->setDebug(true);
+    for (const char* answer : {"", "garbage", "{}", R"({"data":7})", R"({"data":{}})", R"({"data":""})"}) {
+        memory.console->clear();
+        memory.session->on({"POST", "", "/api/app/identify"}, testing::ScriptedAnswer{200, answer}, 1);
+        registerToken();
+        EXPECT_EQ(logged().size(), 1U) << answer;
+        EXPECT_EQ(sdk->getPushUid(), std::nullopt);
+    }
+    EXPECT_THAT(events(), IsEmpty());
+    memory.session->on({"POST", "", "/api/app/identify"}, testing::ScriptedAnswer{200, R"({"data":"push-2"})"}, 1);
+    registerToken();
+    EXPECT_EQ(sdk->getPushUid(), "push-2");
+}
+
+TEST_F(PushRegistrationTest, PermissionLeadsToRegistrationOnTheMainQueue) {
+    sdk->setDebug(true);
+    memory.userNotifications->setGrant(false);
+    sdk->requestNotificationPermission();
+    EXPECT_EQ(memory.application->registrations(), 0U);
+    settle();
+    EXPECT_THAT(memory.userNotifications->requests(), ElementsAre(7U));
+    EXPECT_EQ(memory.application->registrations(), 1U);
+    EXPECT_THAT(logged(), ElementsAre("Get Permission For PushNotifications with granted = false"));
+}
+
+TEST_F(PushRegistrationTest, ALaunchIsReportedAfterActivationOnly) {
+    EXPECT_DEATH(sdk->trackAppLaunch(), "trackAppLaunch");
+    start();
+    sdk->trackAppLaunch();
+    settle();
+    const auto requests = sent("/api/application");
+    ASSERT_EQ(requests.size(), 1U);
+    EXPECT_EQ(*bodyOf(*requests[0]).find("portal_id"), "1001");
+    EXPECT_EQ(*bodyOf(*requests[0]).find("application_id"), "42");
+}
+
+} // namespace
+} // namespace zentavo

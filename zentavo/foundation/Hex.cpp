@@ -1,0 +1,33 @@
+#include "zentavo/foundation/Hex.h"
+
+#include "zentavo/foundation/Digits.h"
+
+namespace zentavo::hex {
+
+std::string encode(std::span<const std::uint8_t> bytes) {
+    std::string text;
+    text.reserve(bytes.size() * 2);
+    for (const unsigned byte : bytes) {
+        text += detail::lowerHexDigits[byte >> 4U];
+        text += detail::lowerHexDigits[byte & 15U];
+    }
+    return text;
+}
+
+std::optional<std::vector<std::uint8_t>> decode(std::string_view text) {
+    if (text.size() % 2 != 0) {
+        return std::nullopt;
+    }
+    std::vector<std::uint8_t> bytes;
+    bytes.reserve(text.size() / 2);
+    for (std::size_t i = 0; i < text.size(); i += 2) {
+        const int byte = detail::hexByte(text, i);
+        if (byte < 0) {
+            return std::nullopt;
+        }
+        bytes.push_back(static_cast<std::uint8_t>(byte));
+    }
+    return bytes;
+}
+
+} // namespace zentavo::hex

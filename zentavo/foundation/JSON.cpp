@@ -1,0 +1,152 @@
+#include "zentavo/foundation/JSON.h"
+
+#include "zentavo/foundation/JSONWriter.h"
+
+#include <algorithm>
+
+#include <simdjson.h>
+
+namespace zentavo::json {
+namespace {
+
+namespace dom = simdjson::dom;
+
+/// The parser's buffers grow to some 14 times the longest text that it has seen and stay with the thread, so only
+/// texts of everyday size go through the kept one.
+constexpr std::size_t keptParserBytes = 64U << 10U;
+
+/// What `Limits::maximumDepth` may be at most: values are built, compared and destroyed by recursion, and the parser
+/// itself goes no deeper than 1023.
+constexpr std::size_t deepestNesting = 1000;
+
+/// Copies the parser's document into a `Value`.
+class TreeBuilder {
+public:
+    explicit TreeBuilder(std::size_t maximumDepth) : levelsLeft_(maximumDepth) {}
+
+    /// False when the document is nested too deep; `value` is then incomplete.
+    bool build(dom::element element, Value& value) {
+        // The getters cannot fail here: each is asked for the kind that the element has.
+        switch (element.type()) {
+        case dom::element_type::ARRAY:
+            return buildList(dom::array(element.get_array().value_unsafe()), value);
+        case dom::element_type::OBJECT:
+            return buildMap(dom::object(element.get_object().value_unsafe()), value);
+        case dom::element_type::STRING:
+            value = element.get_string().value_unsafe();
+            return true;
+        case dom::element_type::INT64:
+            value = element.get_int64().value_unsafe();
+            return true;
+        case dom::element_type::UINT64:
+            value = element.get_uint64().value_unsafe();
+            return true;
+        case dom::element_type::DOUBLE:
+            value = element.get_double().value_unsafe();
+            return true;
+        case dom::element_type::BOOL:
+            value = element.get_bool().value_unsafe();
+            return true;
+        case dom::element_type::NULL_VALUE:
+            value = nullptr;
+            return true;
+        }
+        return false;
+    }
+
+private:
+    bool buildList(dom::array array, Value& value) {
+        if (levelsLeft_ == 0) {
+            return false;
+        }
+        --levelsLeft_;
+        List list;
+        list.reserve(array.size());
+        for (const dom::element element : array) {
+            if (!build(element, list.emplace_back())) {
+                return false;
+            }
+        }
+        value = std::move(list);
+        ++levelsLeft_;
+        return true;
+    }
+
+    bool buildMap(dom::object object, Value& value) {
+        if (levelsLeft_ == 0) {
+            return false;
+        }
+        --levelsLeft_;
+        Map map;
+        map.reserve(object.size());
+        for (const dom::key_value_pair member : object) {
+            if (!build(member.value, map.set(std::string(member.key), nullptr))) {
+                return false;
+            }
+        }
+        value = std::move(map);
+        ++levelsLeft_;
+        return true;
+    }
+
+    std::size_t levelsLeft_;
+};
+
+Result<Value> readWith(dom::parser& parser, std::string_view text, std::size_t maximumDepth) {
+    dom::element root;
+    if (const auto code = parser.parse(text.data(), text.size()).get(root); code != simdjson::SUCCESS) {
+        return Error{std::string("not JSON: ") + simdjson::error_message(code)};
+    }
+    Value value;
+    if (!TreeBuilder(maximumDepth).build(root, value)) {
+        return Error{"JSON nested deeper than " + std::to_string(maximumDepth) + " levels"};
+    }
+    return value;
+}
+
+template <class Content>
+Result<std::string> writeContent(const Content& content) {
+    std::string text;
+    JSONWriter writer(text);
+    writer.value(content);
+    if (auto done = writer.finish(); !done) {
+        return done.error();
+    }
+    return text;
+}
+
+} // namespace
+
+Result<Value> read(std::string_view text, const Limits& limits) {
+    if (text.size() > limits.maximumBytes) {
+        return Error{"JSON of " + std::to_string(text.size()) + " bytes is longer than the limit of " +
+                     std::to_string(limits.maximumBytes)};
+    }
+    const std::size_t depth = std::min(limits.maximumDepth, deepestNesting);
+    if (text.size() > keptParserBytes) {
+        dom::parser parser;
+        return readWith(parser, text, depth);
+    }
+    static thread_local dom::parser parser;
+    return readWith(parser, text, depth);
+}
+
+Result<Map> readMap(std::string_view text, const Limits& limits) {
+    Result<Value> value = read(text, limits);
+    if (!value) {
+        return value.error();
+    }
+    if (Map* map = value->asMap()) {
+        return std::move(*map);
+    }
+    return Error{std::string("expected a JSON object, found ") + value->kindName()};
+}
+
+Result<std::string> write(const Value& value) {
+    return writeContent(value);
+}
+Result<std::string> write(const Map& map) {
+    return writeContent(map);
+}
+
+} // namespace zentavo::json
