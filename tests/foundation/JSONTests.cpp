@@ -1,5 +1,3 @@
-#include "zentavo/foundation/JSON.h"
-
 #include <bit>
 #include <cmath>
 #include <random>
@@ -7,6 +5,8 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+
+#include "zentavo/foundation/JSON.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include "zentavo/foundation/JSON.h"
 
-#include "zentavo/foundation/JSONWriter.h"
-
 #include <algorithm>
 
 #include <simdjson.h>
+
+#include "zentavo/foundation/JSONWriter.h"
 
 namespace zentavo::json {
 namespace {
@@ -142,11 +142,7 @@ Result<Map> readMap(std::string_view text, const Limits& limits) {
     return Error{std::string("expected a JSON object, found ") + value->kindName()};
 }
 
-Result<std::string> write(const Value& value) {
-    return writeContent(value);
-}
-Result<std::string> write(const Map& map) {
-    return writeContent(map);
-}
+Result<std::string> write(const Value& value) { return writeContent(value); }
+Result<std::string> write(const Map& map) { return writeContent(map); }
 
 } // namespace zentavo::json
