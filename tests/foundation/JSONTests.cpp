@@ -128,6 +128,8 @@ TEST(JSON, KeepsToTheLimits) {
     EXPECT_FALSE(json::read("[123]", {4, 9}));
 }
 
+TEST(JSON, EmptyTextIsRefusedAlsoWithoutAPointer) { EXPECT_FALSE(json::read(std::string_view())); }
+
 TEST(JSON, ReadMapTakesNothingButAnObject) {
     EXPECT_TRUE(json::readMap("{}"));
     EXPECT_EQ(json::readMap("[]").error().message, "expected a JSON object, found a list");

@@ -122,6 +122,9 @@ Result<Value> read(std::string_view text, const Limits& limits) {
         return Error{"JSON of " + std::to_string(text.size()) + " bytes is longer than the limit of " +
                      std::to_string(limits.maximumBytes)};
     }
+    if (text.empty()) {
+        return Error{"not JSON: no text"}; // the parser takes no null pointer, which empty text may be
+    }
     const std::size_t depth = std::min(limits.maximumDepth, deepestNesting);
     if (text.size() > keptParserBytes) {
         dom::parser parser;
