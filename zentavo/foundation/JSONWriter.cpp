@@ -45,6 +45,23 @@ void appendEscape(std::string& out, char c) {
 
 } // namespace
 
+inline void JSONWriter::separate() {
+    if (needsComma_) {
+        out_ += ',';
+    }
+}
+
+/// False when `text` cannot be written; the failure is noted then.
+inline bool JSONWriter::appendQuoted(std::string_view text) {
+    if (!detail::isAllPlainJSON(text)) {
+        return appendEscaped(text);
+    }
+    out_ += '"';
+    out_ += text;
+    out_ += '"';
+    return true;
+}
+
 void JSONWriter::begin(char bracket) {
     if (failed_) {
         return;
@@ -73,8 +90,7 @@ void JSONWriter::key(std::string_view name) {
         return;
     }
     separate();
-    quoted(name);
-    if (!failed_) {
+    if (appendQuoted(name)) {
         out_ += ':';
         needsComma_ = false;
     }
@@ -85,8 +101,7 @@ void JSONWriter::value(std::string_view text) {
         return;
     }
     separate();
-    quoted(text);
-    needsComma_ = true;
+    needsComma_ = appendQuoted(text);
 }
 
 void JSONWriter::value(const Value& value) {
@@ -168,30 +183,19 @@ Result<void> JSONWriter::finish() const {
     return failed_ ? Result<void>(error_) : Result<void>();
 }
 
-void JSONWriter::quoted(std::string_view text) {
-    const std::size_t plain = detail::plainPrefix(text);
-    if (plain == text.size()) {
-        out_ += '"';
-        out_ += text;
-        out_ += '"';
-        return;
-    }
-    escapedRest(text, plain);
-}
-
-/// The general case: `plain` is where the first character stands that needs a look.
-void JSONWriter::escapedRest(std::string_view text, std::size_t plain) {
+/// Appends `text` as a JSON string, part by part: the general case.
+bool JSONWriter::appendEscaped(std::string_view text) {
     const std::size_t before = out_.size();
     out_ += '"';
     std::size_t runStart = 0;
-    std::size_t i = plain;
+    std::size_t i = 0;
     while (i < text.size()) {
         if (static_cast<unsigned char>(text[i]) >= 0x80) {
             const std::size_t length = utf8::characterLength(text, i);
             if (length == 0) {
                 out_.resize(before);
                 fail("text that is not UTF-8");
-                return;
+                return false;
             }
             i += length;
         } else if (detail::isPlainJSON(text[i])) {
@@ -204,12 +208,7 @@ void JSONWriter::escapedRest(std::string_view text, std::size_t plain) {
     }
     out_ += text.substr(runStart);
     out_ += '"';
-}
-
-void JSONWriter::separate() {
-    if (needsComma_) {
-        out_ += ',';
-    }
+    return true;
 }
 
 void JSONWriter::fail(std::string_view reason) {

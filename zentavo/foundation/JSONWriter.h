@@ -58,8 +58,8 @@ public:
 private:
     void begin(char bracket);
     void end(char bracket);
-    void quoted(std::string_view text);
-    void escapedRest(std::string_view text, std::size_t plain);
+    bool appendQuoted(std::string_view text);
+    bool appendEscaped(std::string_view text);
     void separate();
     void fail(std::string_view reason);
 
