@@ -66,6 +66,19 @@ function(zentavo_library name)
   set_property(GLOBAL APPEND PROPERTY ZENTAVO_LIBRARIES ${target})
 endfunction()
 
+# zentavo_keep_port(NAME): makes sure that whoever links the library NAME really gets it. It answers a question that only a
+# library below it asks (platform::makeDefault), so linkers see no reason to keep it: a shared one they drop, and in an
+# archive they meet the answer before the question.
+function(zentavo_keep_port name)
+  get_target_property(type zentavo_${name} TYPE)
+  if(type STREQUAL "SHARED_LIBRARY")
+    target_link_options(zentavo_${name} INTERFACE
+      LINKER:--push-state,--no-as-needed,$<TARGET_FILE:$<TARGET_NAME:zentavo_${name}>>,--pop-state)
+  else()
+    target_link_options(zentavo_${name} INTERFACE LINKER:-u,_ZN7zentavo8platform11makeDefaultEv)
+  endif()
+endfunction()
+
 # zentavo_test(NAME LABELS … SOURCES … [LINK …]): one GoogleTest program; each of its cases is a CTest test.
 function(zentavo_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK;LABELS")
