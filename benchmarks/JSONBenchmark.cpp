@@ -1,13 +1,13 @@
 // Reading and writing JSON, in bytes of JSON text per second, beside a plain copy of the same bytes.
 
-#include "zentavo/foundation/JSON.h"
-#include "zentavo/foundation/JSONWriter.h"
-
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include <benchmark/benchmark.h>
+
+#include "zentavo/foundation/JSON.h"
+#include "zentavo/foundation/JSONWriter.h"
 
 namespace {
 

@@ -128,6 +128,8 @@ configure_package_config_file(cmake/ZentavoFrameworkConfig.cmake.in ${PROJECT_BI
   NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/ZentavoFrameworkConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
+# The licence travels with what it is for.
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES
     ${PROJECT_BINARY_DIR}/ZentavoFrameworkConfig.cmake
     ${PROJECT_BINARY_DIR}/ZentavoFrameworkConfigVersion.cmake

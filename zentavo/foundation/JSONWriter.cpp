@@ -1,13 +1,13 @@
 #include "zentavo/foundation/JSONWriter.h"
 
+#include <charconv>
+#include <cmath>
+
 #include "zentavo/foundation/Digits.h"
 #include "zentavo/foundation/JSON.h"
 #include "zentavo/foundation/JSONPath.h"
 #include "zentavo/foundation/JSONScan.h"
 #include "zentavo/foundation/UTF8.h"
-
-#include <charconv>
-#include <cmath>
 
 namespace zentavo {
 namespace {
@@ -193,9 +193,7 @@ void JSONWriter::raw(std::string_view jsonText) {
     needsComma_ = true;
 }
 
-Result<void> JSONWriter::finish() const {
-    return failed_ ? Result<void>(error_) : Result<void>();
-}
+Result<void> JSONWriter::finish() const { return failed_ ? Result<void>(error_) : Result<void>(); }
 
 /// Appends `text` as a JSON string, part by part: the general case.
 bool JSONWriter::appendEscaped(std::string_view text) {
