@@ -8,6 +8,8 @@ function(zentavo_compile_options target)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
+  # Faults name their place: relative to the source tree, wherever it was built.
+  target_compile_options(${target} PRIVATE -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
   if(ZentavoFramework_IS_TOP_LEVEL OR ZENTAVO_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast)
     if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")

@@ -4,6 +4,8 @@
 
 #include <charconv>
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <string>
@@ -31,6 +33,7 @@ constexpr const char* usage =
     "  launch                     report a launch to the push service\n"
     "  token:HEX                  register a push token\n"
     "  show                       print who the SDK thinks this is\n"
+    "  memory                     print how much memory this process has resident\n"
     "  wait[:SECONDS]             wait until everything sent is answered, retries included (10 s at most)\n"
     "DIR holds the preference store; running again with the same DIR is the next start of the same app.\n";
 
@@ -97,6 +100,15 @@ bool parse(int argc, char** argv, Options& options) {
     return !options.suite.empty() && !options.verbs.empty() && options.timeScale > 0;
 }
 
+void printMemory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("VmRSS:")) {
+            std::printf("    resident %ld kB\n", std::atol(line.c_str() + 6));
+        }
+    }
+}
+
 void show(const Zentavo& sdk) {
     std::printf("    uid %s, customer \"%s\", portal %s, props %s, push uid %s\n", sdk.getUid().c_str(),
                 sdk.getCustomerId().c_str(), sdk.getPortalId().value_or("").c_str(), sdk.getPropsId().c_str(),
@@ -130,6 +142,7 @@ bool run(const std::string& verb, Zentavo& sdk, const Options& options, console:
         {"launch", [&] { sdk.trackAppLaunch(); }},
         {"token", [&] { sdk.registerForNotification(hex::decode(argument).value_or(std::vector<std::uint8_t>())); }},
         {"show", [&] { show(sdk); }},
+        {"memory", printMemory},
         {"wait",
          [&] {
              const double seconds = argument.empty() ? 10 : std::atof(argument.c_str());

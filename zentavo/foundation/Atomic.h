@@ -3,12 +3,13 @@
 #include <string>
 #include <utility>
 
+#include "zentavo/foundation/Export.h"
 #include "zentavo/foundation/Mutex.h"
 
 namespace zentavo {
 
 /// The label of the next `Atomic`: "com.zentavo.atomic." and a number that no other has in this process.
-std::string nextAtomicLabel();
+ZENTAVO_EXPORT std::string nextAtomicLabel();
 
 /// A value that several threads read and write, one at a time and synchronously. The label only tells one from another
 /// in a debugger.

@@ -1,0 +1,109 @@
+#include "ports/linux/SqliteDatabase.h"
+
+#include <charconv>
+
+#include <sqlite3.h>
+
+namespace zentavo::linux_port {
+namespace {
+
+/// What a row may hold at most, key and value together: a hostile file shall not fill our memory.
+constexpr int maximumRowBytes = 2 << 20;
+
+StoreStatus statusOf(int code) {
+    switch (code & 0xFF) {
+    case SQLITE_OK:
+    case SQLITE_ROW:
+    case SQLITE_DONE:
+        return StoreStatus::ok;
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return StoreStatus::busy;
+    case SQLITE_TOOBIG:
+        return StoreStatus::tooLong;
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+        return StoreStatus::damaged;
+    default:
+        return StoreStatus::failed;
+    }
+}
+
+} // namespace
+
+void SqliteStatement::Finalizer::operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
+
+SqliteStatement& SqliteStatement::bind(int position, std::string_view text) {
+    // A null address would bind NULL instead of empty text.
+    const char* address = text.data() != nullptr ? text.data() : "";
+    sqlite3_bind_text64(statement_.get(), position, address, text.size(), SQLITE_STATIC, SQLITE_UTF8);
+    return *this;
+}
+
+StoreStatus SqliteStatement::run(std::optional<std::string>* firstColumn) {
+    const int code = sqlite3_step(statement_.get());
+    if (code == SQLITE_ROW && firstColumn != nullptr) {
+        const auto* text = static_cast<const char*>(sqlite3_column_blob(statement_.get(), 0));
+        firstColumn->emplace(text != nullptr ? text : "",
+                             static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), 0)));
+    }
+    // Without a row the outcome of an autocommit shows only here.
+    const int reset = sqlite3_reset(statement_.get());
+    return statusOf(code == SQLITE_ROW ? reset : code);
+}
+
+void SqliteDatabase::Closer::operator()(sqlite3* connection) const noexcept { sqlite3_close_v2(connection); }
+
+StoreStatus SqliteDatabase::open(const std::filesystem::path& path, Mode mode) {
+    sqlite3* connection = nullptr;
+    const int create = mode == Mode::create ? SQLITE_OPEN_CREATE : 0;
+    const int code =
+        sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | create, nullptr);
+    connection_.reset(connection); // also a failed one, which knows the reason
+    if (code != SQLITE_OK) {
+        return statusOf(code);
+    }
+    sqlite3_extended_result_codes(connection, 1);
+    sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, maximumRowBytes);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    // A file that somebody else has made runs nothing here.
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+    // The library opens a file that cannot be written for reading, without a word.
+    return sqlite3_db_readonly(connection, "main") == 1 ? StoreStatus::failed : StoreStatus::ok;
+}
+
+void SqliteDatabase::setPatience(int milliseconds) noexcept { sqlite3_busy_timeout(connection_.get(), milliseconds); }
+
+StoreStatus SqliteDatabase::execute(const char* sql) {
+    return statusOf(sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr));
+}
+
+StoreStatus SqliteDatabase::prepare(SqliteStatement& statement, std::string_view sql) {
+    sqlite3_stmt* prepared = nullptr;
+    const int code = sqlite3_prepare_v3(connection_.get(), sql.data(), static_cast<int>(sql.size()),
+                                        SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+    statement.statement_.reset(prepared);
+    // Our statements are right, so the table that they speak of is missing or another one.
+    return code == SQLITE_ERROR ? StoreStatus::damaged : statusOf(code);
+}
+
+StoreStatus SqliteDatabase::userVersion(std::int64_t& version) {
+    SqliteStatement statement;
+    std::optional<std::string> text;
+    StoreStatus status = prepare(statement, "PRAGMA user_version");
+    if (status == StoreStatus::ok) {
+        status = statement.run(&text);
+    }
+    version = 0;
+    if (text) {
+        std::from_chars(text->data(), text->data() + text->size(), version);
+    }
+    return status;
+}
+
+std::string SqliteDatabase::errorText() const { return connection_ ? sqlite3_errmsg(connection_.get()) : "not open"; }
+
+} // namespace zentavo::linux_port

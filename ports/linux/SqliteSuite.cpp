@@ -1,0 +1,278 @@
+#include "ports/linux/SqliteSuite.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+namespace zentavo::linux_port {
+namespace {
+
+constexpr int patienceMilliseconds = 250;
+/// Pages of 4 KiB in the log.
+constexpr int longLog = 1000;
+constexpr std::int64_t schemaVersion = 1;
+constexpr int maximumDamagedFiles = 3;
+
+/// As std::filesystem::create_directories, but each new folder is for its owner alone.
+bool makeFolder(const std::filesystem::path& folder) {
+    if (::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) {
+        return true; // where it is no folder, opening a file in it tells
+    }
+    return errno == ENOENT && folder.has_relative_path() && makeFolder(folder.parent_path()) &&
+           (::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST);
+}
+
+/// 0 when there is no such file.
+ino_t inodeOf(const std::filesystem::path& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? status.st_ino : 0;
+}
+
+/// File systems between machines: locks may work there, shared memory does not.
+bool isNetworkFileSystem(const std::filesystem::path& folder) {
+    struct statfs status {};
+    if (::statfs(folder.c_str(), &status) != 0) {
+        return false;
+    }
+    // nfs, smb, cifs, smb2, 9p, afs, ceph
+    constexpr std::array<std::uint32_t, 7> magic = {0x6969,     0x517B,     0xFF534D42, 0xFE534D42,
+                                                    0x01021997, 0x5346414F, 0x00C36400};
+    return std::find(magic.begin(), magic.end(), static_cast<std::uint32_t>(status.f_type)) != magic.end();
+}
+
+} // namespace
+
+SqliteSuite::SqliteSuite(std::filesystem::path folder, std::string name)
+    : folder_(std::move(folder)), name_(std::move(name)) {}
+
+std::filesystem::path SqliteSuite::path() const { return folder_ / (name_ + ".sqlite"); }
+
+StoreStatus SqliteSuite::ready() {
+    if (database_.isOpen() && generation_->replacements() == replacements_) {
+        return StoreStatus::ok;
+    }
+    const StoreStatus status = openFiles();
+    if (status != StoreStatus::ok) {
+        database_.close();
+    }
+    return status;
+}
+
+StoreStatus SqliteSuite::openFiles() {
+    if (!generation_) {
+        if (makeFolder(folder_)) {
+            isOnNetwork_ = isNetworkFileSystem(folder_);
+            generation_ = GenerationFile::open(folder_ / (name_ + ".generation"), !isOnNetwork_);
+        }
+        if (!generation_) {
+            problem_ = std::system_category().message(errno);
+            return StoreStatus::failed;
+        }
+    }
+    // Asked for before the file is opened: an exchange in between is then found out by the next call.
+    replacements_ = generation_->replacements();
+    bool fresh = false;
+    StoreStatus status = connect(SqliteDatabase::Mode::existing, fresh);
+    if (status == StoreStatus::ok && fresh) {
+        const GenerationFile::Lock lock(*generation_, std::chrono::milliseconds(patienceMilliseconds));
+        if (!lock) {
+            problem_ = "another process holds it";
+            return StoreStatus::busy;
+        }
+        replacements_ = generation_->replacements();
+        status = connect(SqliteDatabase::Mode::create, fresh);
+        if (status == StoreStatus::ok && fresh) {
+            status = setUp();
+        }
+    }
+    if (status != StoreStatus::ok) {
+        return status;
+    }
+    for (const auto& [statement, sql] : {
+             std::pair(&select_, "SELECT value FROM preferences WHERE key = ?1"),
+             std::pair(&upsert_, "INSERT INTO preferences VALUES (?1, ?2) "
+                                 "ON CONFLICT (key) DO UPDATE SET value = excluded.value"),
+             std::pair(&delete_, "DELETE FROM preferences WHERE key = ?1"),
+             std::pair(&begin_, "BEGIN IMMEDIATE"),
+             std::pair(&commit_, "COMMIT"),
+             std::pair(&rollBack_, "ROLLBACK"),
+         }) {
+        status = database_.prepare(*statement, sql);
+        if (status != StoreStatus::ok) {
+            return note(status);
+        }
+    }
+    sqlite3_commit_hook(
+        database_.handle(),
+        [](void* self) {
+            auto& suite = *static_cast<SqliteSuite*>(self);
+            suite.writing_ = suite.generation_->begin();
+            return 0;
+        },
+        this);
+    // Takes the place of the library's own checkpoints, which would wait for the medium on the writer's thread.
+    sqlite3_wal_hook(
+        database_.handle(),
+        [](void* self, sqlite3*, const char*, int pages) {
+            static_cast<SqliteSuite*>(self)->logIsLong_ |= pages >= longLog;
+            return SQLITE_OK;
+        },
+        this);
+    return StoreStatus::ok;
+}
+
+StoreStatus SqliteSuite::connect(SqliteDatabase::Mode mode, bool& fresh) {
+    for (SqliteStatement* statement : {&select_, &upsert_, &delete_, &begin_, &commit_, &rollBack_}) {
+        *statement = {};
+    }
+    // Asked for before the file is opened: where the two come to differ, `setAside` moves nothing.
+    inode_ = inodeOf(path());
+    StoreStatus status = database_.open(path(), mode);
+    std::int64_t version = 0;
+    if (status == StoreStatus::ok) {
+        database_.setPatience(patienceMilliseconds);
+        status = database_.userVersion(version);
+    }
+    if (status == StoreStatus::ok && version > schemaVersion) {
+        problem_ = "a later version of the SDK made it";
+        return StoreStatus::failed;
+    }
+    if (status == StoreStatus::ok) {
+        status = database_.execute("PRAGMA synchronous = NORMAL");
+    }
+    fresh = status == StoreStatus::ok && version == 0;
+    if (status != StoreStatus::ok && mode == SqliteDatabase::Mode::existing && inodeOf(path()) == 0) {
+        fresh = true;
+        return StoreStatus::ok;
+    }
+    return note(status);
+}
+
+StoreStatus SqliteSuite::setUp() {
+    // Not one wait for the medium: a power cut now loses a file in which nothing is stored yet.
+    const std::string sql =
+        std::string("PRAGMA synchronous = OFF; PRAGMA journal_mode = ") + (isOnNetwork_ ? "DELETE" : "WAL") +
+        "; BEGIN IMMEDIATE; CREATE TABLE IF NOT EXISTS preferences "
+        "(key TEXT PRIMARY KEY NOT NULL, value TEXT NOT NULL) WITHOUT ROWID; PRAGMA user_version = " +
+        std::to_string(schemaVersion) + "; COMMIT; PRAGMA synchronous = NORMAL";
+    return note(database_.execute(sql.c_str()));
+}
+
+StoreStatus SqliteSuite::read(std::string_view key, std::optional<std::string>& text) {
+    text.reset();
+    return note(select_.bind(1, key).run(&text));
+}
+
+StoreStatus SqliteSuite::write(std::string_view key, const std::optional<std::string>& text) {
+    return settle(text ? upsert_.bind(1, key).bind(2, *text).run() : delete_.bind(1, key).run());
+}
+
+StoreStatus SqliteSuite::begin() { return note(begin_.run()); }
+
+StoreStatus SqliteSuite::commit() { return isInTransaction() ? settle(commit_.run()) : StoreStatus::ok; }
+
+void SqliteSuite::rollBack() {
+    if (isInTransaction()) {
+        rollBack_.run();
+    }
+}
+
+bool SqliteSuite::isInTransaction() const noexcept {
+    return database_.isOpen() && sqlite3_get_autocommit(database_.handle()) == 0;
+}
+
+StoreStatus SqliteSuite::settle(StoreStatus outcome) {
+    if (writing_) {
+        generation_->finish(*writing_);
+        lastWrite_ = *writing_;
+        writing_.reset();
+    }
+    return note(outcome);
+}
+
+void SqliteSuite::setPatient(bool patient) noexcept { database_.setPatience(patient ? patienceMilliseconds : 0); }
+
+bool SqliteSuite::takeLogIsLong() noexcept { return std::exchange(logIsLong_, false); }
+
+std::optional<std::string> SqliteSuite::setAside() {
+    database_.close();
+    if (!generation_) {
+        return std::nullopt;
+    }
+    const GenerationFile::Lock lock(*generation_, std::chrono::milliseconds(patienceMilliseconds));
+    if (!lock) {
+        return std::nullopt;
+    }
+    if (inodeOf(path()) != inode_) {
+        return "";
+    }
+    const std::filesystem::path target = damagedName();
+    if (::rename(path().c_str(), target.c_str()) != 0) {
+        problem_ = std::system_category().message(errno);
+        return std::nullopt;
+    }
+    // They belong to the file that went and would be taken for the fresh one's.
+    ::unlink((path() += "-wal").c_str());
+    ::unlink((path() += "-shm").c_str());
+    generation_->replaced();
+    return target.filename();
+}
+
+std::filesystem::path SqliteSuite::damagedName() const {
+    std::filesystem::path oldest;
+    auto oldestTime = std::filesystem::file_time_type::max();
+    for (int n = 1; n <= maximumDamagedFiles; ++n) {
+        std::filesystem::path candidate = folder_ / (name_ + ".damaged-" + std::to_string(n));
+        std::error_code error;
+        const auto time = std::filesystem::last_write_time(candidate, error);
+        if (error) {
+            return candidate; // not taken
+        }
+        if (time < oldestTime) {
+            oldestTime = time;
+            oldest = std::move(candidate);
+        }
+    }
+    return oldest;
+}
+
+StoreStatus SqliteSuite::note(StoreStatus status) {
+    if (status != StoreStatus::ok) {
+        problem_ = database_.errorText();
+    }
+    return status;
+}
+
+void SqliteSuite::checkpoint(const std::filesystem::path& path) {
+    constexpr int attempts = 10;
+    SqliteDatabase database;
+    if (database.open(path, SqliteDatabase::Mode::existing) != StoreStatus::ok) {
+        return;
+    }
+    // Passive: neither waits for readers and writers nor keeps them waiting. Busy means that somebody else is at it,
+    // perhaps since before our last write.
+    for (int i = 0; i < attempts; ++i) {
+        if (sqlite3_wal_checkpoint_v2(database.handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr) !=
+            SQLITE_BUSY) {
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    // A file made since the last power-up has a name only once its folder is on the medium.
+    const int folder = ::open(path.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder >= 0) {
+        ::fsync(folder);
+        ::close(folder);
+    }
+}
+
+} // namespace zentavo::linux_port

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "zentavo/platform/SystemLog.h"
+
+namespace zentavo::linux_port {
+
+/// Standard output, flushed line by line, so that a pipe's reader sees a line when it is written.
+class ZENTAVO_EXPORT StdoutConsole final : public platform::Console {
+public:
+    void writeLine(std::string_view line) override;
+};
+
+} // namespace zentavo::linux_port

@@ -1,0 +1,274 @@
+#include "ports/linux/SuiteCache.h"
+
+#include "zentavo/foundation/JSON.h"
+#include "zentavo/platform/Preferences.h"
+
+namespace zentavo::linux_port {
+namespace {
+
+/// More keys than any suite has; a caller who asks for ever new ones shall not fill the memory.
+constexpr std::size_t maximumEntries = 4096;
+
+/// Ends a transaction that was not committed, also when the caller's function throws.
+class RollBack {
+public:
+    explicit RollBack(SqliteSuite& suite) : suite_(suite) {}
+    ~RollBack() { suite_.rollBack(); }
+    RollBack(const RollBack&) = delete;
+    RollBack& operator=(const RollBack&) = delete;
+
+private:
+    SqliteSuite& suite_;
+};
+
+} // namespace
+
+bool SuiteCache::open() {
+    StoreStatus status = suite_.ready();
+    if (status == StoreStatus::damaged && replaceDamaged()) {
+        status = StoreStatus::ok;
+    }
+    if (status != StoreStatus::ok) {
+        trouble();
+    }
+    return status == StoreStatus::ok;
+}
+
+std::optional<Value> SuiteCache::get(std::string_view key) {
+    if (!pending_.empty()) {
+        const auto found = pending_.find(key);
+        if (found != pending_.end()) {
+            return found->second;
+        }
+    }
+    if (generation_ && *generation_ == suite_.generation().begun()) {
+        const auto found = entries_.find(key);
+        if (found != entries_.end() && found->second.epoch == epoch_) {
+            return found->second.value;
+        }
+    }
+    return fetch(key);
+}
+
+std::optional<Value> SuiteCache::fetch(std::string_view key) {
+    std::optional<std::string> text;
+    StoreStatus status = suite_.ready();
+    if (status == StoreStatus::ok) {
+        // Asked for before the database: a write that ends in between makes what we read too new, never too old.
+        const auto settled = suite_.generation().settled();
+        if (!settled || settled != generation_) {
+            ++epoch_;
+            generation_ = settled;
+        }
+        status = suite_.read(key, text);
+    }
+    if (status == StoreStatus::damaged && replaceDamaged()) {
+        flush();
+        return get(key);
+    }
+    const auto known = entries_.find(key);
+    if (status != StoreStatus::ok && status != StoreStatus::tooLong) {
+        trouble();
+        return known != entries_.end() ? known->second.value : std::nullopt;
+    }
+    isInTrouble_ = isInTrouble_ && !pending_.empty();
+    std::optional<Value> value;
+    if (text && text->size() <= platform::Preferences::maximumValueBytes) {
+        if (auto parsed = json::read(*text); parsed && !parsed->isNull()) {
+            value = std::move(*parsed);
+        }
+    }
+    if (!value && (text || status == StoreStatus::tooLong) && known == entries_.end()) {
+        say(platform::LogLevel::warning, "the row of \"" + std::string(key) + "\" is unusable and counts as absent");
+    }
+    remember(key, value);
+    return value;
+}
+
+void SuiteCache::put(std::string_view key, std::optional<Value> value, const std::optional<std::string>& text) {
+    if (!pending_.empty()) {
+        pending_.insert_or_assign(std::string(key), std::move(value));
+        flush();
+        return;
+    }
+    StoreStatus status = suite_.ready();
+    if (status == StoreStatus::ok) {
+        status = suite_.write(key, text);
+    }
+    if (status == StoreStatus::ok) {
+        isInTrouble_ = false;
+        noteOwnWrite();
+        remember(key, std::move(value));
+    } else {
+        keepPending(key, std::move(value), status);
+    }
+}
+
+void SuiteCache::update(std::string_view key, const Change& change) {
+    flush();
+    StoreStatus status = pending_.empty() ? suite_.ready() : StoreStatus::failed;
+    if (status == StoreStatus::ok) {
+        status = suite_.begin();
+    }
+    const RollBack rollBack(suite_);
+    std::optional<Value> next = change(get(key));
+    std::optional<std::string> text;
+    if (next && next->isNull()) {
+        next.reset();
+    }
+    if (next) {
+        auto written = textOf(*next);
+        if (!written) {
+            refused(key, written.error().message);
+            return;
+        }
+        text = std::move(*written);
+    }
+    if (status == StoreStatus::ok) {
+        status = suite_.write(key, text);
+    }
+    if (status == StoreStatus::ok) {
+        status = suite_.commit();
+    }
+    if (status == StoreStatus::ok) {
+        noteOwnWrite();
+        remember(key, std::move(next));
+    } else {
+        suite_.rollBack();
+        keepPending(key, std::move(next), status);
+    }
+}
+
+void SuiteCache::keepPending(std::string_view key, std::optional<Value> value, StoreStatus reason) {
+    if (reason == StoreStatus::tooLong) {
+        refused(key, "it is too long");
+        return;
+    }
+    pending_.insert_or_assign(std::string(key), std::move(value));
+    if (reason == StoreStatus::damaged && replaceDamaged()) {
+        flush();
+    } else {
+        trouble();
+    }
+}
+
+void SuiteCache::flush() {
+    if (pending_.empty()) {
+        return;
+    }
+    StoreStatus status = writePending();
+    if (status == StoreStatus::damaged && replaceDamaged()) {
+        status = writePending();
+    }
+    if (status != StoreStatus::ok) {
+        trouble();
+        return;
+    }
+    noteOwnWrite();
+    for (auto& [key, value] : pending_) {
+        remember(key, std::move(value));
+    }
+    pending_.clear();
+    if (isInTrouble_) {
+        isInTrouble_ = false;
+        say(platform::LogLevel::info, "what was kept in memory is stored now");
+    }
+}
+
+StoreStatus SuiteCache::writePending() {
+    StoreStatus status = suite_.ready();
+    if (status != StoreStatus::ok) {
+        return status;
+    }
+    suite_.setPatient(false);
+    const RollBack rollBack(suite_);
+    status = suite_.begin();
+    for (auto entry = pending_.begin(); status == StoreStatus::ok && entry != pending_.end();) {
+        std::optional<std::string> text;
+        if (entry->second) {
+            if (auto written = textOf(*entry->second)) {
+                text = std::move(*written);
+            }
+        }
+        status = suite_.write(entry->first, text);
+        if (status == StoreStatus::tooLong) {
+            refused(entry->first, "it is too long");
+            entry = pending_.erase(entry);
+            status = StoreStatus::ok;
+        } else {
+            ++entry;
+        }
+    }
+    if (status == StoreStatus::ok) {
+        status = suite_.commit();
+    }
+    suite_.setPatient(true);
+    return status;
+}
+
+bool SuiteCache::replaceDamaged() {
+    if (replacementsLeft_ == 0) {
+        return false;
+    }
+    --replacementsLeft_;
+    const auto movedTo = suite_.setAside();
+    ++epoch_;
+    generation_.reset();
+    if (!movedTo) {
+        return false;
+    }
+    if (!movedTo->empty()) {
+        say(platform::LogLevel::error,
+            "the file is damaged; it is kept as " + *movedTo + " and a fresh one takes its place");
+        for (const auto& [key, entry] : entries_) {
+            if (entry.value) {
+                pending_.try_emplace(key, entry.value);
+            }
+        }
+    }
+    return suite_.ready() == StoreStatus::ok;
+}
+
+void SuiteCache::remember(std::string_view key, std::optional<Value> value) {
+    if (const auto found = entries_.find(key); found != entries_.end()) {
+        found->second = {std::move(value), epoch_};
+        return;
+    }
+    if (entries_.size() >= maximumEntries) {
+        entries_.clear();
+    }
+    entries_.emplace(std::string(key), Entry{std::move(value), epoch_});
+}
+
+void SuiteCache::noteOwnWrite() {
+    const std::uint64_t written = suite_.lastWrite();
+    if (!generation_ || *generation_ + 1 != written) {
+        ++epoch_; // somebody else has written since we last looked
+    }
+    generation_ = written != 0 ? std::optional(written) : std::nullopt;
+}
+
+Result<std::string> SuiteCache::textOf(const Value& value) {
+    auto text = json::write(value);
+    if (text && text->size() > platform::Preferences::maximumValueBytes) {
+        return Error{"it is too long"};
+    }
+    return text;
+}
+
+void SuiteCache::refused(std::string_view key, std::string_view reason) {
+    say(platform::LogLevel::error, "the value for \"" + std::string(key) + "\" is refused: " + std::string(reason));
+}
+
+void SuiteCache::trouble() {
+    if (!isInTrouble_) {
+        isInTrouble_ = true;
+        say(platform::LogLevel::error, "the store is out of reach, values are kept in memory: " + suite_.problem());
+    }
+}
+
+void SuiteCache::say(platform::LogLevel level, std::string_view text) {
+    lines_.emplace_back(level, "preferences " + name_ + ": " + std::string(text));
+}
+
+} // namespace zentavo::linux_port

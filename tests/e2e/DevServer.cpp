@@ -1,0 +1,73 @@
+#include "tests/e2e/DevServer.h"
+
+#include <cstdlib>
+
+#include <httplib.h>
+
+#include "zentavo/foundation/JSON.h"
+
+namespace zentavo::e2e {
+
+DevServer::DevServer() : process_({ZENTAVO_DEVSERVER, "--port", "0", "--quiet", "--lifetime", "60"}) {
+    const std::string line = process_.readLine(std::chrono::seconds(20));
+    const std::size_t start = line.find("http://");
+    EXPECT_NE(start, std::string::npos) << line;
+    url_ = line.substr(start);
+}
+
+void DevServer::fault(const std::string& query) const {
+    httplib::Client client(url_);
+    const auto answer = client.Post("/_dev/fault?" + query, "", "application/json");
+    ASSERT_TRUE(answer) << query;
+    ASSERT_LT(answer->status, 300) << answer->body;
+}
+
+std::vector<Map> DevServer::requests(const std::string& path, std::size_t count) const {
+    httplib::Client client(url_);
+    client.set_read_timeout(20);
+    client.Get("/_dev/wait?path=" + path + "&count=" + std::to_string(count) + "&timeout=5");
+    const auto answer = client.Get("/_dev/requests?path=" + path);
+    std::vector<Map> found;
+    if (answer) {
+        const auto list = json::read(answer->body).value();
+        for (const Value& request : *list.asMap()->find("requests")->asList()) {
+            found.push_back(*request.asMap());
+        }
+    }
+    return found;
+}
+
+std::vector<Map> DevServer::events(std::size_t count) const {
+    std::vector<Map> bodies;
+    for (const Map& request : requests("/event", count)) {
+        bodies.push_back(*request.find("body")->asMap());
+    }
+    return bodies;
+}
+
+EndToEndTest::EndToEndTest() {
+    std::string pattern = ::testing::TempDir() + "zentavo-e2e-XXXXXX";
+    folder = mkdtemp(pattern.data());
+}
+
+EndToEndTest::~EndToEndTest() { std::filesystem::remove_all(folder); }
+
+int EndToEndTest::console(std::vector<std::string> verbs, const std::string& serverURL) {
+    std::vector<std::string> arguments{ZENTAVO_CONSOLE, "--suite", folder, "--server",
+                                       serverURL.empty() ? server.url() : serverURL};
+    arguments.insert(arguments.end(), verbs.begin(), verbs.end());
+    Process process(std::move(arguments));
+    const int status = process.wait();
+    output = process.output();
+    return status;
+}
+
+std::vector<std::string> EndToEndTest::names(const std::vector<Map>& events) {
+    std::vector<std::string> result;
+    for (const Map& event : events) {
+        result.push_back(*event.find("en")->asString());
+    }
+    return result;
+}
+
+} // namespace zentavo::e2e

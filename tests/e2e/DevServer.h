@@ -1,0 +1,48 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/e2e/Process.h"
+#include "zentavo/foundation/Value.h"
+
+namespace zentavo::e2e {
+
+/// A dev server of the test's own on a free port. It ends with the test, and by itself after a minute.
+class DevServer {
+public:
+    DevServer();
+
+    const std::string& url() const noexcept { return url_; }
+    /// Scripts a fault: "path=/event&status=500&times=1".
+    void fault(const std::string& query) const;
+    /// Waits until `count` requests for `path` have come (a few seconds at most), and returns what has come by then.
+    std::vector<Map> requests(const std::string& path, std::size_t count) const;
+    /// The bodies of the events that came.
+    std::vector<Map> events(std::size_t count) const;
+
+private:
+    Process process_;
+    std::string url_;
+};
+
+/// A test with a server and a folder for stores.
+class EndToEndTest : public ::testing::Test {
+protected:
+    EndToEndTest();
+    ~EndToEndTest() override;
+
+    /// Runs the console with `verbs` on this test's store, to its end. Its output is kept in `output`.
+    int console(std::vector<std::string> verbs, const std::string& serverURL = {});
+    static std::vector<std::string> names(const std::vector<Map>& events);
+
+    DevServer server;
+    std::filesystem::path folder;
+    std::string output;
+};
+
+} // namespace zentavo::e2e
