@@ -85,6 +85,7 @@ function(zentavo_pkgconfig target name)
   get_target_property(PC_LINK_OPTIONS ${target} INTERFACE_LINK_OPTIONS)
   if(PC_LINK_OPTIONS)
     list(TRANSFORM PC_LINK_OPTIONS REPLACE "^LINKER:" "-Wl,")
+    string(REPLACE "$<TARGET_FILE:$<TARGET_NAME:${target}>>" "-l${PC_FILE}" PC_LINK_OPTIONS "${PC_LINK_OPTIONS}")
     list(JOIN PC_LINK_OPTIONS " " PC_LINK_OPTIONS)
   else()
     set(PC_LINK_OPTIONS "")
@@ -127,6 +128,8 @@ configure_package_config_file(cmake/ZentavoFrameworkConfig.cmake.in ${PROJECT_BI
   NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/ZentavoFrameworkConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
+# The licence travels with what it is for.
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES
     ${PROJECT_BINARY_DIR}/ZentavoFrameworkConfig.cmake
     ${PROJECT_BINARY_DIR}/ZentavoFrameworkConfigVersion.cmake

@@ -26,6 +26,10 @@ function(zentavo_compile_options target)
     target_compile_options(${target} PRIVATE -fsanitize=${ZENTAVO_SANITIZE} -fno-omit-frame-pointer
                                              -fno-sanitize-recover=all)
     target_link_options(${target} PUBLIC -fsanitize=${ZENTAVO_SANITIZE})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      # The checks that sanitizers put between the lines make g++ see uninitialised values in every std::variant.
+      target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized)
+    endif()
   endif()
 endfunction()
 
@@ -64,6 +68,19 @@ function(zentavo_library name)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
   endif()
   set_property(GLOBAL APPEND PROPERTY ZENTAVO_LIBRARIES ${target})
+endfunction()
+
+# zentavo_keep_port(NAME): makes sure that whoever links the library NAME really gets it. It answers a question that only a
+# library below it asks (platform::makeDefault), so linkers see no reason to keep it: a shared one they drop, and in an
+# archive they meet the answer before the question.
+function(zentavo_keep_port name)
+  get_target_property(type zentavo_${name} TYPE)
+  if(type STREQUAL "SHARED_LIBRARY")
+    target_link_options(zentavo_${name} INTERFACE
+      LINKER:--push-state,--no-as-needed,$<TARGET_FILE:$<TARGET_NAME:zentavo_${name}>>,--pop-state)
+  else()
+    target_link_options(zentavo_${name} INTERFACE LINKER:-u,_ZN7zentavo8platform11makeDefaultEv)
+  endif()
 endfunction()
 
 # zentavo_test(NAME LABELS … SOURCES … [LINK …]): one GoogleTest program; each of its cases is a CTest test.

@@ -51,7 +51,7 @@ void SqlitePreferences::store(std::string_view key, std::optional<Value> value,
                               const std::optional<std::string>& text) {
     const bool isLong = locked([&](SuiteCache& cache) {
         cache.put(key, std::move(value), text);
-        return cache.takeLogIsLong();
+        return cache.logIsLong();
     });
     if (isLong) {
         synchronise();
@@ -62,7 +62,7 @@ void SqlitePreferences::update(std::string_view key,
                                const std::function<std::optional<Value>(const std::optional<Value>&)>& change) {
     const bool isLong = locked([&](SuiteCache& cache) {
         cache.update(key, change);
-        return cache.takeLogIsLong();
+        return cache.logIsLong();
     });
     if (isLong) {
         synchronise();
@@ -80,11 +80,11 @@ void SqlitePreferences::synchronise() {
         }
         // Cleared first: a write from here on is not covered by this round.
         preferences->isWorkWaiting_ = false;
-        const auto path = preferences->locked([](SuiteCache& cache) {
+        const auto [path, isLong] = preferences->locked([](SuiteCache& cache) {
             cache.flush();
-            return cache.path();
+            return std::pair(cache.path(), cache.logIsLong());
         });
-        SqliteSuite::checkpoint(path);
+        isLong ? SqliteSuite::carryOver(path) : SqliteSuite::sync(path);
     };
     if (background_) {
         background_(std::move(work));

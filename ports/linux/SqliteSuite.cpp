@@ -37,6 +37,14 @@ ino_t inodeOf(const std::filesystem::path& path) {
     return ::stat(path.c_str(), &status) == 0 ? status.st_ino : 0;
 }
 
+void syncFile(const std::filesystem::path& path, int flags) {
+    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
+    if (descriptor >= 0) {
+        ::fsync(descriptor);
+        ::close(descriptor);
+    }
+}
+
 /// File systems between machines: locks may work there, shared memory does not.
 bool isNetworkFileSystem(const std::filesystem::path& folder) {
     struct statfs status {};
@@ -80,8 +88,8 @@ StoreStatus SqliteSuite::openFiles() {
     }
     // Asked for before the file is opened: an exchange in between is then found out by the next call.
     replacements_ = generation_->replacements();
-    bool fresh = false;
-    StoreStatus status = connect(SqliteDatabase::Mode::existing, fresh);
+    bool fresh = inodeOf(path()) == 0;
+    StoreStatus status = fresh ? StoreStatus::ok : connect(SqliteDatabase::Mode::existing, fresh);
     if (status == StoreStatus::ok && fresh) {
         const GenerationFile::Lock lock(*generation_, std::chrono::milliseconds(patienceMilliseconds));
         if (!lock) {
@@ -123,7 +131,7 @@ StoreStatus SqliteSuite::openFiles() {
     sqlite3_wal_hook(
         database_.handle(),
         [](void* self, sqlite3*, const char*, int pages) {
-            static_cast<SqliteSuite*>(self)->logIsLong_ |= pages >= longLog;
+            static_cast<SqliteSuite*>(self)->logIsLong_ = pages >= longLog;
             return SQLITE_OK;
         },
         this);
@@ -150,17 +158,14 @@ StoreStatus SqliteSuite::connect(SqliteDatabase::Mode mode, bool& fresh) {
         status = database_.execute("PRAGMA synchronous = NORMAL");
     }
     fresh = status == StoreStatus::ok && version == 0;
-    if (status != StoreStatus::ok && mode == SqliteDatabase::Mode::existing && inodeOf(path()) == 0) {
-        fresh = true;
-        return StoreStatus::ok;
-    }
     return note(status);
 }
 
 StoreStatus SqliteSuite::setUp() {
     // Not one wait for the medium: a power cut now loses a file in which nothing is stored yet.
     const std::string sql =
-        std::string("PRAGMA synchronous = OFF; PRAGMA journal_mode = ") + (isOnNetwork_ ? "DELETE" : "WAL") +
+        std::string("PRAGMA synchronous = OFF; PRAGMA journal_mode = MEMORY; PRAGMA journal_mode = ") +
+        (isOnNetwork_ ? "DELETE" : "WAL") +
         "; BEGIN IMMEDIATE; CREATE TABLE IF NOT EXISTS preferences "
         "(key TEXT PRIMARY KEY NOT NULL, value TEXT NOT NULL) WITHOUT ROWID; PRAGMA user_version = " +
         std::to_string(schemaVersion) + "; COMMIT; PRAGMA synchronous = NORMAL";
@@ -200,8 +205,6 @@ StoreStatus SqliteSuite::settle(StoreStatus outcome) {
 }
 
 void SqliteSuite::setPatient(bool patient) noexcept { database_.setPatience(patient ? patienceMilliseconds : 0); }
-
-bool SqliteSuite::takeLogIsLong() noexcept { return std::exchange(logIsLong_, false); }
 
 std::optional<std::string> SqliteSuite::setAside() {
     database_.close();
@@ -252,26 +255,45 @@ StoreStatus SqliteSuite::note(StoreStatus status) {
     return status;
 }
 
-void SqliteSuite::checkpoint(const std::filesystem::path& path) {
+void SqliteSuite::sync(const std::filesystem::path& path) {
+    // The library's own handle: to close one of ours would free the locks that this process holds on the file.
+    SqliteDatabase database;
+    if (database.open(path, SqliteDatabase::Mode::existing) == StoreStatus::ok) {
+        sqlite3_file* file = nullptr;
+        sqlite3_file_control(database.handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+        if (file != nullptr && file->pMethods != nullptr) {
+            file->pMethods->xSync(file, SQLITE_SYNC_NORMAL);
+        }
+    }
+    syncFile(std::filesystem::path(path) += "-wal", O_RDONLY);
+    // New files have their names only once the folder is on the medium.
+    syncFile(path.parent_path(), O_RDONLY | O_DIRECTORY);
+}
+
+void SqliteSuite::carryOver(const std::filesystem::path& path) {
     constexpr int attempts = 10;
     SqliteDatabase database;
     if (database.open(path, SqliteDatabase::Mode::existing) != StoreStatus::ok) {
         return;
     }
-    // Passive: neither waits for readers and writers nor keeps them waiting. Busy means that somebody else is at it,
-    // perhaps since before our last write.
-    for (int i = 0; i < attempts; ++i) {
-        if (sqlite3_wal_checkpoint_v2(database.handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr) !=
-            SQLITE_BUSY) {
-            break;
+    database.setPatience(patienceMilliseconds);
+    int inLog = 0;
+    int carried = 0;
+    int code = SQLITE_BUSY;
+    // Passive: neither waits for readers and writers nor keeps them waiting. Busy means that somebody else is at it.
+    for (int i = 0; code == SQLITE_BUSY && i < attempts; ++i) {
+        if (i > 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        code = sqlite3_wal_checkpoint_v2(database.handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, &inLog, &carried);
     }
-    // A file made since the last power-up has a name only once its folder is on the medium.
-    const int folder = ::open(path.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder >= 0) {
-        ::fsync(folder);
-        ::close(folder);
+    if (code != SQLITE_OK || inLog != carried) {
+        return;
+    }
+    // The next write begins the log anew and waits for the medium. It shall be this one, which changes nothing.
+    std::int64_t version = 0;
+    if (database.execute("BEGIN IMMEDIATE") == StoreStatus::ok && database.userVersion(version) == StoreStatus::ok) {
+        database.execute(("PRAGMA user_version = " + std::to_string(version) + "; COMMIT").c_str());
     }
 }
 

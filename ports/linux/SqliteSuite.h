@@ -35,8 +35,8 @@ public:
 
     /// How long a call waits for the lock of another process.
     void setPatient(bool patient) noexcept;
-    /// True once after each time that the log has grown long enough to be carried over.
-    bool takeLogIsLong() noexcept;
+    /// True when the last write left a log long enough for `carryOver`.
+    bool logIsLong() const noexcept { return logIsLong_; }
 
     /// Moves a damaged database out of the way and returns its new name; `ready` then makes a fresh one. Empty where
     /// another process has done so already; none when it cannot be moved.
@@ -46,9 +46,10 @@ public:
     const std::string& problem() const noexcept { return problem_; }
     std::filesystem::path path() const;
 
-    /// Carries the log over to the database file and waits until the medium has it. With a connection of its own: any
-    /// thread, while others read and write.
-    static void checkpoint(const std::filesystem::path& path);
+    /// Both wait for the medium, and are called on any thread while others read and write. `sync` returns when it has
+    /// everything that was written before. `carryOver` also moves the log into the database file and begins it anew.
+    static void sync(const std::filesystem::path& path);
+    static void carryOver(const std::filesystem::path& path);
 
 private:
     StoreStatus openFiles();

@@ -47,7 +47,7 @@ public:
     std::vector<LogLine> takeLines() { return std::exchange(lines_, {}); }
     void refused(std::string_view key, std::string_view reason);
 
-    bool takeLogIsLong() noexcept { return suite_.takeLogIsLong(); }
+    bool logIsLong() const noexcept { return suite_.logIsLong(); }
     std::filesystem::path path() const { return suite_.path(); }
 
 private:

@@ -1,10 +1,10 @@
-#include "zentavo/foundation/Atomic.h"
-
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "zentavo/foundation/Atomic.h"
 
 using zentavo::Atomic;
 

@@ -1,21 +1,19 @@
-#include "zentavo/foundation/Base64.h"
-#include "zentavo/foundation/DateText.h"
-#include "zentavo/foundation/Hex.h"
-#include "zentavo/foundation/UUID.h"
-
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "zentavo/foundation/Base64.h"
+#include "zentavo/foundation/DateText.h"
+#include "zentavo/foundation/Hex.h"
+#include "zentavo/foundation/UUID.h"
 
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 using zentavo::base64::Unknown;
 
-Bytes bytesOf(std::string_view text) {
-    return Bytes(text.begin(), text.end());
-}
+Bytes bytesOf(std::string_view text) { return Bytes(text.begin(), text.end()); }
 
 TEST(Base64, KnownVectorsBothWays) {
     const std::pair<const char*, const char*> vectors[] = {

@@ -1,10 +1,10 @@
-#include "zentavo/foundation/Fault.h"
-
 #include <new>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "zentavo/foundation/Fault.h"
 
 namespace {
 

@@ -1,5 +1,3 @@
-#include "zentavo/foundation/JSON.h"
-
 #include <bit>
 #include <cmath>
 #include <random>
@@ -7,6 +5,8 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+
+#include "zentavo/foundation/JSON.h"
 
 namespace {
 
@@ -127,6 +127,8 @@ TEST(JSON, KeepsToTheLimits) {
     EXPECT_TRUE(json::read("[12]", {4, 9}));
     EXPECT_FALSE(json::read("[123]", {4, 9}));
 }
+
+TEST(JSON, EmptyTextIsRefusedAlsoWithoutAPointer) { EXPECT_FALSE(json::read(std::string_view())); }
 
 TEST(JSON, ReadMapTakesNothingButAnObject) {
     EXPECT_TRUE(json::readMap("{}"));

@@ -1,11 +1,11 @@
-#include "zentavo/foundation/JSON.h"
-#include "zentavo/foundation/JSONWriter.h"
-
 #include <cmath>
 #include <random>
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "zentavo/foundation/JSON.h"
+#include "zentavo/foundation/JSONWriter.h"
 
 namespace {
 

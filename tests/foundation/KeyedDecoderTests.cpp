@@ -1,14 +1,12 @@
-#include "zentavo/foundation/KeyedDecoder.h"
-
 #include <gtest/gtest.h>
+
+#include "zentavo/foundation/KeyedDecoder.h"
 
 namespace {
 
 using namespace zentavo;
 
-std::string failureOf(const KeyedDecoder& decoder) {
-    return decoder.failure() ? decoder.failure()->message : "";
-}
+std::string failureOf(const KeyedDecoder& decoder) { return decoder.failure() ? decoder.failure()->message : ""; }
 
 TEST(KeyedDecoder, ReadsEveryKind) {
     const Map source{{"text", "a"},     {"id", 12.0},      {"price", 9},          {"flag", true},

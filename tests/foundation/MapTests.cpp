@@ -1,5 +1,3 @@
-#include "zentavo/foundation/Value.h"
-
 #include <algorithm>
 #include <random>
 #include <string>
@@ -7,6 +5,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "zentavo/foundation/Value.h"
 
 namespace {
 

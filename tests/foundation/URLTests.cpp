@@ -1,9 +1,9 @@
-#include "zentavo/foundation/URL.h"
-
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "zentavo/foundation/URL.h"
 
 namespace {
 

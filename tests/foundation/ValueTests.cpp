@@ -1,10 +1,10 @@
-#include "zentavo/foundation/Value.h"
-
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include "zentavo/foundation/Value.h"
 
 namespace {
 

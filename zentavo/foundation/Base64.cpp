@@ -94,17 +94,13 @@ std::optional<std::vector<std::uint8_t>> decodeWith(const ReverseTable& table, s
 
 } // namespace
 
-std::string encode(std::span<const std::uint8_t> bytes) {
-    return encodeWith(standardAlphabet, true, bytes);
-}
+std::string encode(std::span<const std::uint8_t> bytes) { return encodeWith(standardAlphabet, true, bytes); }
 
 std::optional<std::vector<std::uint8_t>> decode(std::string_view text, Unknown unknown) {
     return decodeWith(standardReverse, text, unknown, unknown == Unknown::refuse ? Padding::needed : Padding::optional);
 }
 
-std::string encodeURL(std::span<const std::uint8_t> bytes) {
-    return encodeWith(urlAlphabet, false, bytes);
-}
+std::string encodeURL(std::span<const std::uint8_t> bytes) { return encodeWith(urlAlphabet, false, bytes); }
 
 std::optional<std::vector<std::uint8_t>> decodeURL(std::string_view text) {
     return decodeWith(urlReverse, text, Unknown::refuse, Padding::optional);

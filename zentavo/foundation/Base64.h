@@ -18,7 +18,8 @@ enum class Unknown { refuse, ignore };
 ZENTAVO_EXPORT std::string encode(std::span<const std::uint8_t> bytes);
 /// The standard alphabet. `Unknown::ignore` passes over characters outside it (line breaks of PEM); padding is needed
 /// with `refuse` and optional with `ignore`. None for text that no encoder writes.
-ZENTAVO_EXPORT std::optional<std::vector<std::uint8_t>> decode(std::string_view text, Unknown unknown = Unknown::refuse);
+ZENTAVO_EXPORT std::optional<std::vector<std::uint8_t>> decode(std::string_view text,
+                                                               Unknown unknown = Unknown::refuse);
 /// The URL-safe alphabet of section 5, without padding; decoding accepts padding.
 ZENTAVO_EXPORT std::string encodeURL(std::span<const std::uint8_t> bytes);
 ZENTAVO_EXPORT std::optional<std::vector<std::uint8_t>> decodeURL(std::string_view text);

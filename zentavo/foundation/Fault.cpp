@@ -1,10 +1,10 @@
 #include "zentavo/foundation/Fault.h"
 
-#include "zentavo/foundation/Mutex.h"
-
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+
+#include "zentavo/foundation/Mutex.h"
 
 namespace zentavo {
 namespace {
@@ -81,9 +81,7 @@ void setFaultPolicy(FaultPolicy policy, FaultHandler handler) {
     // The old handler, and whatever it holds, ends here, outside the lock.
 }
 
-FaultPolicy faultPolicy() noexcept {
-    return settings().policy;
-}
+FaultPolicy faultPolicy() noexcept { return settings().policy; }
 
 void setFaultLog(FaultLog log) {
     MutexLock lock(settings().mutex);

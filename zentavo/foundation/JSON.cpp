@@ -1,10 +1,10 @@
 #include "zentavo/foundation/JSON.h"
 
-#include "zentavo/foundation/JSONWriter.h"
-
 #include <algorithm>
 
 #include <simdjson.h>
+
+#include "zentavo/foundation/JSONWriter.h"
 
 namespace zentavo::json {
 namespace {
@@ -122,6 +122,9 @@ Result<Value> read(std::string_view text, const Limits& limits) {
         return Error{"JSON of " + std::to_string(text.size()) + " bytes is longer than the limit of " +
                      std::to_string(limits.maximumBytes)};
     }
+    if (text.empty()) {
+        return Error{"not JSON: no text"}; // the parser takes no null pointer, which empty text may be
+    }
     const std::size_t depth = std::min(limits.maximumDepth, deepestNesting);
     if (text.size() > keptParserBytes) {
         dom::parser parser;
@@ -142,11 +145,7 @@ Result<Map> readMap(std::string_view text, const Limits& limits) {
     return Error{std::string("expected a JSON object, found ") + value->kindName()};
 }
 
-Result<std::string> write(const Value& value) {
-    return writeContent(value);
-}
-Result<std::string> write(const Map& map) {
-    return writeContent(map);
-}
+Result<std::string> write(const Value& value) { return writeContent(value); }
+Result<std::string> write(const Map& map) { return writeContent(map); }
 
 } // namespace zentavo::json

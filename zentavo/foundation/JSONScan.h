@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -18,45 +19,82 @@ constexpr bool isPlainJSON(char c) noexcept {
     return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
 }
 
-/// How many bytes at the start of the eight in `word` (little-endian) are plain. A byte's high bit marks it as not
-/// plain; borrows can mark bytes above a marked one wrongly, never below, and only the lowest mark counts.
-inline std::size_t plainBytesOf(std::uint64_t word) noexcept {
+template <class Word>
+Word loadWord(const char* data) noexcept {
+    Word word;
+    std::memcpy(&word, data, sizeof word);
+    return word;
+}
+
+/// True when any of eight bytes is not plain. The high bit of each byte's sum of tests is its mark; a borrow can only
+/// mark a byte next to one that is marked already.
+inline bool hasSpecial(std::uint64_t word) noexcept {
     constexpr std::uint64_t ones = 0x0101010101010101U;
     constexpr std::uint64_t highs = 0x8080808080808080U;
     const auto zeroBytes = [](std::uint64_t v) { return (v - ones) & ~v; };
     const std::uint64_t control = word - ones * 0x20;
-    const std::uint64_t marks =
-        (word | control | zeroBytes(word ^ (ones * '"')) | zeroBytes(word ^ (ones * '\\'))) & highs;
-    return static_cast<std::size_t>(std::countr_zero(marks)) / 8;
+    return ((word | control | zeroBytes(word ^ (ones * '"')) | zeroBytes(word ^ (ones * '\\'))) & highs) != 0;
+}
+
+#if defined(__SSE2__)
+/// The same for sixteen bytes.
+inline bool hasSpecial(__m128i bytes) noexcept {
+    // Compared as signed numbers, control characters and everything beyond ASCII are below the blank.
+    const __m128i special = _mm_or_si128(
+        _mm_cmplt_epi8(bytes, _mm_set1_epi8(0x20)),
+        _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('"')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\'))));
+    return _mm_movemask_epi8(special) != 0;
+}
+template <>
+inline __m128i loadWord<__m128i>(const char* data) noexcept {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(data));
+}
+using WideWord = __m128i;
+#else
+using WideWord = std::uint64_t;
+#endif
+
+/// Texts up to here are copied by `copyPlainJSON`.
+constexpr std::size_t shortJSON = 2 * sizeof(WideWord);
+
+/// Copies `text`, of at most `shortJSON` bytes, to `to`. False when a byte is not plain; `to` then holds rubbish. Looking
+/// and copying share their loads.
+inline bool copyPlainJSON(char* to, std::string_view text) noexcept {
+    const auto copyEnds = [&]<class Word>(Word first, Word last) {
+        std::memcpy(to, &first, sizeof first);
+        std::memcpy(to + text.size() - sizeof last, &last, sizeof last);
+        return !hasSpecial(first) && !hasSpecial(last);
+    };
+    const char* const data = text.data();
+    const std::size_t size = text.size();
+    if (size >= sizeof(WideWord)) {
+        return copyEnds(loadWord<WideWord>(data), loadWord<WideWord>(data + size - sizeof(WideWord)));
+    }
+    if (size >= 8) {
+        return copyEnds(loadWord<std::uint64_t>(data), loadWord<std::uint64_t>(data + size - 8));
+    }
+    if (size >= 4) {
+        const auto first = loadWord<std::uint32_t>(data);
+        const auto last = loadWord<std::uint32_t>(data + size - 4);
+        std::memcpy(to, &first, sizeof first);
+        std::memcpy(to + size - 4, &last, sizeof last);
+        return !hasSpecial(std::uint64_t{first} << 32U | last);
+    }
+    bool plain = true;
+    for (std::size_t i = 0; i < size; ++i) {
+        to[i] = data[i];
+        plain &= isPlainJSON(data[i]);
+    }
+    return plain;
 }
 
 /// How many bytes from the start of `text` are plain.
 inline std::size_t plainPrefix(std::string_view text) noexcept {
-    const char* const data = text.data();
-    const std::size_t size = text.size();
     std::size_t i = 0;
-#if defined(__SSE2__)
-    for (; i + 16 <= size; i += 16) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data + i));
-        // Compared as signed numbers, control characters and everything beyond ASCII are below the blank.
-        const __m128i special = _mm_or_si128(
-            _mm_cmplt_epi8(bytes, _mm_set1_epi8(0x20)),
-            _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('"')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\'))));
-        if (const int marks = _mm_movemask_epi8(special); marks != 0) {
-            return i + static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(marks)));
-        }
+    while (i + sizeof(WideWord) <= text.size() && !hasSpecial(loadWord<WideWord>(text.data() + i))) {
+        i += sizeof(WideWord);
     }
-#endif
-    if constexpr (std::endian::native == std::endian::little) {
-        for (; i + 8 <= size; i += 8) {
-            std::uint64_t word = 0;
-            std::memcpy(&word, data + i, sizeof word);
-            if (const std::size_t plain = plainBytesOf(word); plain < 8) {
-                return i + plain;
-            }
-        }
-    }
-    while (i < size && isPlainJSON(data[i])) {
+    while (i < text.size() && isPlainJSON(text[i])) {
         ++i;
     }
     return i;

@@ -1,13 +1,13 @@
 #include "zentavo/foundation/JSONWriter.h"
 
+#include <charconv>
+#include <cmath>
+
 #include "zentavo/foundation/Digits.h"
 #include "zentavo/foundation/JSON.h"
 #include "zentavo/foundation/JSONPath.h"
 #include "zentavo/foundation/JSONScan.h"
 #include "zentavo/foundation/UTF8.h"
-
-#include <charconv>
-#include <cmath>
 
 namespace zentavo {
 namespace {
@@ -45,6 +45,40 @@ void appendEscape(std::string& out, char c) {
 
 } // namespace
 
+inline void JSONWriter::separate() {
+    if (needsComma_) {
+        out_ += ',';
+    }
+}
+
+/// Appends what separates it from the value before, `text` as a JSON string, and `after` unless that is NUL. False when
+/// `text` cannot be written; the failure is noted then.
+inline bool JSONWriter::appendQuoted(std::string_view text, char after) {
+    if (text.size() <= detail::shortJSON) { // nearly all of them; put together here, they cost the string one append
+        char part[detail::shortJSON + 4];
+        char* at = part;
+        *at = ',';
+        at += needsComma_ ? 1 : 0;
+        *at++ = '"';
+        if (detail::copyPlainJSON(at, text)) {
+            at += text.size();
+            *at++ = '"';
+            *at = after;
+            at += after != '\0' ? 1 : 0;
+            out_.append(part, static_cast<std::size_t>(at - part));
+            return true;
+        }
+    }
+    separate();
+    if (!appendEscaped(text)) {
+        return false;
+    }
+    if (after != '\0') {
+        out_ += after;
+    }
+    return true;
+}
+
 void JSONWriter::begin(char bracket) {
     if (failed_) {
         return;
@@ -72,10 +106,7 @@ void JSONWriter::key(std::string_view name) {
     if (failed_) {
         return;
     }
-    separate();
-    quoted(name);
-    if (!failed_) {
-        out_ += ':';
+    if (appendQuoted(name, ':')) {
         needsComma_ = false;
     }
 }
@@ -84,9 +115,7 @@ void JSONWriter::value(std::string_view text) {
     if (failed_) {
         return;
     }
-    separate();
-    quoted(text);
-    needsComma_ = true;
+    needsComma_ = appendQuoted(text, '\0');
 }
 
 void JSONWriter::value(const Value& value) {
@@ -164,34 +193,21 @@ void JSONWriter::raw(std::string_view jsonText) {
     needsComma_ = true;
 }
 
-Result<void> JSONWriter::finish() const {
-    return failed_ ? Result<void>(error_) : Result<void>();
-}
+Result<void> JSONWriter::finish() const { return failed_ ? Result<void>(error_) : Result<void>(); }
 
-void JSONWriter::quoted(std::string_view text) {
-    const std::size_t plain = detail::plainPrefix(text);
-    if (plain == text.size()) {
-        out_ += '"';
-        out_ += text;
-        out_ += '"';
-        return;
-    }
-    escapedRest(text, plain);
-}
-
-/// The general case: `plain` is where the first character stands that needs a look.
-void JSONWriter::escapedRest(std::string_view text, std::size_t plain) {
+/// Appends `text` as a JSON string, part by part: the general case.
+bool JSONWriter::appendEscaped(std::string_view text) {
     const std::size_t before = out_.size();
     out_ += '"';
     std::size_t runStart = 0;
-    std::size_t i = plain;
+    std::size_t i = 0;
     while (i < text.size()) {
         if (static_cast<unsigned char>(text[i]) >= 0x80) {
             const std::size_t length = utf8::characterLength(text, i);
             if (length == 0) {
                 out_.resize(before);
                 fail("text that is not UTF-8");
-                return;
+                return false;
             }
             i += length;
         } else if (detail::isPlainJSON(text[i])) {
@@ -204,12 +220,7 @@ void JSONWriter::escapedRest(std::string_view text, std::size_t plain) {
     }
     out_ += text.substr(runStart);
     out_ += '"';
-}
-
-void JSONWriter::separate() {
-    if (needsComma_) {
-        out_ += ',';
-    }
+    return true;
 }
 
 void JSONWriter::fail(std::string_view reason) {

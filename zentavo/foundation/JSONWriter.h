@@ -1,13 +1,13 @@
 #pragma once
 
-#include "zentavo/foundation/Result.h"
-#include "zentavo/foundation/Value.h"
-
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+
+#include "zentavo/foundation/Result.h"
+#include "zentavo/foundation/Value.h"
 
 namespace zentavo {
 
@@ -41,9 +41,8 @@ public:
     void value(bool flag) { raw(flag ? "true" : "false"); }
     /// Other integers, as `Value` takes them.
     template <std::integral T>
-    requires(!std::same_as<T, bool> && !std::same_as<T, char> && !std::same_as<T, std::int64_t>) void value(T number) {
-        value(Value(number));
-    }
+        requires(!std::same_as<T, bool> && !std::same_as<T, char> && !std::same_as<T, std::int64_t>)
+    void value(T number) { value(Value(number)); }
     void value(std::nullptr_t) { null(); }
     /// A pointer is never meant as a boolean.
     template <class T>
@@ -58,8 +57,8 @@ public:
 private:
     void begin(char bracket);
     void end(char bracket);
-    void quoted(std::string_view text);
-    void escapedRest(std::string_view text, std::size_t plain);
+    bool appendQuoted(std::string_view text, char after);
+    bool appendEscaped(std::string_view text);
     void separate();
     void fail(std::string_view reason);
 

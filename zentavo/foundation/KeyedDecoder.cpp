@@ -21,24 +21,12 @@ std::optional<T> copied(const T* content) {
     return content != nullptr ? std::optional<T>(*content) : std::nullopt;
 }
 
-std::optional<std::string> textOf(const Value& value) {
-    return copied(value.asString());
-}
-std::optional<std::int64_t> integerOf(const Value& value) {
-    return value.exactInt64();
-}
-std::optional<double> numberOf(const Value& value) {
-    return value.number();
-}
-std::optional<bool> booleanOf(const Value& value) {
-    return copied(value.asBool());
-}
-std::optional<Map> mapOf(const Value& value) {
-    return copied(value.asMap());
-}
-std::optional<List> listOf(const Value& value) {
-    return copied(value.asList());
-}
+std::optional<std::string> textOf(const Value& value) { return copied(value.asString()); }
+std::optional<std::int64_t> integerOf(const Value& value) { return value.exactInt64(); }
+std::optional<double> numberOf(const Value& value) { return value.number(); }
+std::optional<bool> booleanOf(const Value& value) { return copied(value.asBool()); }
+std::optional<Map> mapOf(const Value& value) { return copied(value.asMap()); }
+std::optional<List> listOf(const Value& value) { return copied(value.asList()); }
 
 } // namespace
 
@@ -96,9 +84,7 @@ std::optional<Map> KeyedDecoder::optionalMap(std::string_view key) {
 std::optional<List> KeyedDecoder::optionalList(std::string_view key) {
     return convert(key, optional(key), listKind, listOf);
 }
-std::optional<Value> KeyedDecoder::optionalValue(std::string_view key) {
-    return copied(optional(key));
-}
+std::optional<Value> KeyedDecoder::optionalValue(std::string_view key) { return copied(optional(key)); }
 
 bool KeyedDecoder::present(std::string_view key) const noexcept {
     const Value* member = map_->find(key);

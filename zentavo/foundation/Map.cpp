@@ -1,9 +1,9 @@
-#include "zentavo/foundation/Value.h"
-
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <utility>
+
+#include "zentavo/foundation/Value.h"
 
 namespace zentavo {
 namespace {
@@ -81,9 +81,7 @@ const Value* Map::find(std::string_view key) const noexcept {
     return position == 0 ? nullptr : &entries_[position - 1].value;
 }
 
-Value* Map::find(std::string_view key) noexcept {
-    return const_cast<Value*>(std::as_const(*this).find(key));
-}
+Value* Map::find(std::string_view key) noexcept { return const_cast<Value*>(std::as_const(*this).find(key)); }
 
 Value& Map::set(std::string key, Value value) {
     if (Value* present = find(key)) {
@@ -119,9 +117,7 @@ void Map::merge(const Map& other) {
     }
 }
 
-void Map::reserve(std::size_t count) {
-    entries_.reserve(count);
-}
+void Map::reserve(std::size_t count) { entries_.reserve(count); }
 
 bool operator==(const Map& a, const Map& b) noexcept {
     if (a.size() != b.size()) {

@@ -13,21 +13,11 @@ std::string decodedOrAsIs(std::string_view text) {
 
 } // namespace
 
-std::string_view URL::scheme() const noexcept {
-    return view(scheme_);
-}
-std::string_view URL::userInfo() const noexcept {
-    return view(userInfo_);
-}
-std::string_view URL::host() const noexcept {
-    return view(host_);
-}
-std::optional<std::uint16_t> URL::port() const noexcept {
-    return port_;
-}
-std::string_view URL::path() const noexcept {
-    return view(path_);
-}
+std::string_view URL::scheme() const noexcept { return view(scheme_); }
+std::string_view URL::userInfo() const noexcept { return view(userInfo_); }
+std::string_view URL::host() const noexcept { return view(host_); }
+std::optional<std::uint16_t> URL::port() const noexcept { return port_; }
+std::string_view URL::path() const noexcept { return view(path_); }
 
 std::optional<std::string_view> URL::query() const noexcept {
     return hasQuery_ ? std::optional(view(query_)) : std::nullopt;

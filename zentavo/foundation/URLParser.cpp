@@ -1,9 +1,9 @@
+#include <algorithm>
+#include <charconv>
+
 #include "zentavo/foundation/URL.h"
 #include "zentavo/foundation/URLCharacters.h"
 #include "zentavo/foundation/UTF8.h"
-
-#include <algorithm>
-#include <charconv>
 
 namespace zentavo {
 namespace {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "zentavo/foundation/Export.h"
-
 #include <cstddef>
 #include <string_view>
+
+#include "zentavo/foundation/Export.h"
 
 /// Strict UTF-8 (RFC 3629): no surrogates, no overlong forms, nothing beyond U+10FFFF.
 namespace zentavo::utf8 {

@@ -75,7 +75,8 @@ public:
     Value(bool value) noexcept : data_(value) {}
     template <std::integral T>
         requires(!std::same_as<T, bool> && !std::same_as<T, char>)
-    Value(T value) noexcept {
+    Value(T value)
+    noexcept {
         if constexpr (std::unsigned_integral<T> && sizeof(T) == sizeof(std::int64_t)) {
             // Beyond the signed range the nearest double stands in, as it does for such a number read from JSON.
             if (value > static_cast<T>(std::numeric_limits<std::int64_t>::max())) {

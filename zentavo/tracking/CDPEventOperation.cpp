@@ -4,14 +4,27 @@ namespace zentavo {
 
 void CDPEventOperation::send(const EventBody& body, const Endpoints& endpoints, const std::string& portalId,
                              HTTPClient::Completion completion) const {
-    const URL target = urlWithQuery(url(endpoints.collectionFor(portalId), "/event"),
-                                    {{"resp_type", "json"}, {"portal_id", portalId}, {"prop_id", body.propId()}});
+    URL target = eventURL(endpoints.collectionFor(portalId), portalId, body.propId());
     auto text = body.text();
     if (const auto& log = httpClient->log(); log->enabled()) {
         log->write("TrackEvent: URL: " + target.text());
         log->write("TrackEvent: BODY: " + (text ? *text : text.error().message));
     }
-    httpClient->request(target, "POST", std::move(text), std::move(completion));
+    httpClient->request(std::move(target), "POST", std::move(text), std::move(completion));
+}
+
+URL CDPEventOperation::eventURL(const std::string& base, const std::string& portalId, const std::string& propId) const {
+    {
+        MutexLock lock(mutex_);
+        if (last_ && last_->propId == propId && last_->portalId == portalId && last_->base == base) {
+            return last_->url;
+        }
+    }
+    URL formed = urlWithQuery(url(base, "/event"),
+                              {{"resp_type", "json"}, {"portal_id", portalId}, {"prop_id", propId}});
+    MutexLock lock(mutex_);
+    last_ = Formed{base, portalId, propId, formed};
+    return formed;
 }
 
 } // namespace zentavo

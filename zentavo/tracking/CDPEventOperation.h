@@ -1,7 +1,10 @@
 #pragma once
 
+#include "zentavo/foundation/Mutex.h"
 #include "zentavo/tracking/BaseOperation.h"
 #include "zentavo/tracking/EventBody.h"
+
+#include <optional>
 
 namespace zentavo {
 
@@ -13,6 +16,18 @@ public:
     /// `portalId` chooses production or sandbox.
     void send(const EventBody& body, const Endpoints& endpoints, const std::string& portalId,
               HTTPClient::Completion completion) const;
+
+private:
+    URL eventURL(const std::string& base, const std::string& portalId, const std::string& propId) const;
+
+    struct Formed {
+        std::string base, portalId, propId;
+        URL url;
+    };
+    mutable Mutex mutex_;
+    /// The URL of the last event and what it was formed of. The next event has the same one, unless account or
+    /// endpoints changed in between.
+    mutable std::optional<Formed> last_ ZENTAVO_GUARDED_BY(mutex_);
 };
 
 } // namespace zentavo

@@ -202,12 +202,18 @@ void EventBody::describeExtra(Sink& sink) const {
 }
 
 Result<std::string> EventBody::text() const {
+    // The text is held until the answer is there, perhaps among thousands: what it takes beyond its length counts.
+    constexpr std::size_t usualEvent = 512;
+    constexpr std::size_t generous = 256;
     std::string out;
-    out.reserve(2048); // a usual event with its context; a larger one grows
+    out.reserve((account_->contextText ? account_->contextText->size() : 0) + usualEvent);
     TextSink sink(out);
     describe(sink);
     if (auto finished = sink.finish(); !finished) {
         return finished.error();
+    }
+    if (out.capacity() - out.size() > generous) {
+        out.shrink_to_fit();
     }
     return out;
 }
