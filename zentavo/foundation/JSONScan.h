@@ -54,31 +54,38 @@ using WideWord = __m128i;
 using WideWord = std::uint64_t;
 #endif
 
-/// True when every byte of `text` is plain. Ends are read as a last full word that overlaps the one before.
-inline bool isAllPlainJSON(std::string_view text) noexcept {
+/// Texts up to here are copied by `copyPlainJSON`.
+constexpr std::size_t shortJSON = 2 * sizeof(WideWord);
+
+/// Copies `text`, of at most `shortJSON` bytes, to `to`. False when a byte is not plain; `to` then holds rubbish. Looking
+/// and copying share their loads.
+inline bool copyPlainJSON(char* to, std::string_view text) noexcept {
+    const auto copyEnds = [&]<class Word>(Word first, Word last) {
+        std::memcpy(to, &first, sizeof first);
+        std::memcpy(to + text.size() - sizeof last, &last, sizeof last);
+        return !hasSpecial(first) && !hasSpecial(last);
+    };
     const char* const data = text.data();
     const std::size_t size = text.size();
     if (size >= sizeof(WideWord)) {
-        for (std::size_t i = 0; i + sizeof(WideWord) <= size; i += sizeof(WideWord)) {
-            if (hasSpecial(loadWord<WideWord>(data + i))) {
-                return false;
-            }
-        }
-        return !hasSpecial(loadWord<WideWord>(data + size - sizeof(WideWord)));
+        return copyEnds(loadWord<WideWord>(data), loadWord<WideWord>(data + size - sizeof(WideWord)));
     }
     if (size >= 8) {
-        return !hasSpecial(loadWord<std::uint64_t>(data)) && !hasSpecial(loadWord<std::uint64_t>(data + size - 8));
+        return copyEnds(loadWord<std::uint64_t>(data), loadWord<std::uint64_t>(data + size - 8));
     }
     if (size >= 4) {
-        const std::uint64_t first = loadWord<std::uint32_t>(data);
-        return !hasSpecial(first << 32U | loadWord<std::uint32_t>(data + size - 4));
+        const auto first = loadWord<std::uint32_t>(data);
+        const auto last = loadWord<std::uint32_t>(data + size - 4);
+        std::memcpy(to, &first, sizeof first);
+        std::memcpy(to + size - 4, &last, sizeof last);
+        return !hasSpecial(std::uint64_t{first} << 32U | last);
     }
-    for (const char c : text) {
-        if (!isPlainJSON(c)) {
-            return false;
-        }
+    bool plain = true;
+    for (std::size_t i = 0; i < size; ++i) {
+        to[i] = data[i];
+        plain &= isPlainJSON(data[i]);
     }
-    return true;
+    return plain;
 }
 
 /// How many bytes from the start of `text` are plain.

@@ -51,14 +51,31 @@ inline void JSONWriter::separate() {
     }
 }
 
-/// False when `text` cannot be written; the failure is noted then.
-inline bool JSONWriter::appendQuoted(std::string_view text) {
-    if (!detail::isAllPlainJSON(text)) {
-        return appendEscaped(text);
+/// Appends what separates it from the value before, `text` as a JSON string, and `after` unless that is NUL. False when
+/// `text` cannot be written; the failure is noted then.
+inline bool JSONWriter::appendQuoted(std::string_view text, char after) {
+    if (text.size() <= detail::shortJSON) { // nearly all of them; put together here, they cost the string one append
+        char part[detail::shortJSON + 4];
+        char* at = part;
+        *at = ',';
+        at += needsComma_ ? 1 : 0;
+        *at++ = '"';
+        if (detail::copyPlainJSON(at, text)) {
+            at += text.size();
+            *at++ = '"';
+            *at = after;
+            at += after != '\0' ? 1 : 0;
+            out_.append(part, static_cast<std::size_t>(at - part));
+            return true;
+        }
     }
-    out_ += '"';
-    out_ += text;
-    out_ += '"';
+    separate();
+    if (!appendEscaped(text)) {
+        return false;
+    }
+    if (after != '\0') {
+        out_ += after;
+    }
     return true;
 }
 
@@ -89,9 +106,7 @@ void JSONWriter::key(std::string_view name) {
     if (failed_) {
         return;
     }
-    separate();
-    if (appendQuoted(name)) {
-        out_ += ':';
+    if (appendQuoted(name, ':')) {
         needsComma_ = false;
     }
 }
@@ -100,8 +115,7 @@ void JSONWriter::value(std::string_view text) {
     if (failed_) {
         return;
     }
-    separate();
-    needsComma_ = appendQuoted(text);
+    needsComma_ = appendQuoted(text, '\0');
 }
 
 void JSONWriter::value(const Value& value) {
@@ -183,7 +197,6 @@ Result<void> JSONWriter::finish() const { return failed_ ? Result<void>(error_) 
 
 /// Appends `text` as a JSON string, part by part: the general case.
 bool JSONWriter::appendEscaped(std::string_view text) {
-    const std::size_t before = out_.size();
     out_ += '"';
     std::size_t runStart = 0;
     std::size_t i = 0;
@@ -191,7 +204,6 @@ bool JSONWriter::appendEscaped(std::string_view text) {
         if (static_cast<unsigned char>(text[i]) >= 0x80) {
             const std::size_t length = utf8::characterLength(text, i);
             if (length == 0) {
-                out_.resize(before);
                 fail("text that is not UTF-8");
                 return false;
             }

@@ -57,7 +57,7 @@ public:
 private:
     void begin(char bracket);
     void end(char bracket);
-    bool appendQuoted(std::string_view text);
+    bool appendQuoted(std::string_view text, char after);
     bool appendEscaped(std::string_view text);
     void separate();
     void fail(std::string_view reason);
