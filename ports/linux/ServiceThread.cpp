@@ -13,9 +13,9 @@ bool ServiceThread::start(std::function<void()> body) {
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
-    joinable_ = pthread_create(&thread_, nullptr, &ServiceThread::run, this) == 0;
+    exists_ = pthread_create(&thread_, nullptr, &ServiceThread::run, this) == 0;
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return joinable_;
+    return exists_;
 }
 
 void* ServiceThread::run(void* self) {
@@ -27,10 +27,9 @@ void* ServiceThread::run(void* self) {
 }
 
 bool ServiceThread::join(std::chrono::milliseconds bound) {
-    if (!joinable_) {
+    if (!exists_.exchange(false)) {
         return true;
     }
-    joinable_ = false;
     timespec until{};
     clock_gettime(CLOCK_REALTIME, &until);
     const auto nanoseconds = until.tv_nsec + bound.count() % 1000 * 1'000'000;

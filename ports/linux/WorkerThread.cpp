@@ -131,6 +131,9 @@ void WorkerThread::run() {
 }
 
 void WorkerThread::end() {
+    if (ended_) {
+        return;
+    }
     MutexLock lock(mutex_);
     ended_ = true;
     lock.unlock();
@@ -143,6 +146,11 @@ void WorkerThread::join(std::chrono::milliseconds bound) {
     }
 }
 
-void WorkerThread::abandon() noexcept { ended_ = true; }
+void WorkerThread::forkedAway() noexcept {
+    if (thread_.exists()) {
+        thread_.forget();
+        ended_ = true;
+    }
+}
 
 } // namespace zentavo::linux_port

@@ -32,8 +32,9 @@ public:
     void end();
     /// After `end`: waits for the block that is running, at most `bound`; on the worker itself not at all.
     void join(std::chrono::milliseconds bound);
-    /// In the child of a fork, where the thread does not exist and the lock may be held for ever.
-    void abandon() noexcept;
+    /// In the child of a fork. Where the thread had started it is the parent's, and the lock may be held for ever:
+    /// everything is dropped.
+    void forkedAway() noexcept;
 
 private:
     using Clock = std::chrono::steady_clock;

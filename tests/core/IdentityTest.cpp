@@ -3,7 +3,14 @@
 namespace zentavo {
 namespace {
 
-class IdentityTest : public SdkTest {};
+class IdentityTest : public SdkTest {
+protected:
+    /// What memory keeps of the customer, beside the store.
+    std::optional<std::string> customerInMemory() const {
+        MutexLock lock(sdk->state()->mutex);
+        return sdk->state()->customerId;
+    }
+};
 
 TEST_F(IdentityTest, BeforeActivationSettersDoNothingAndGettersFallBack) {
     sdk->setUid("u1");
@@ -52,7 +59,7 @@ TEST_F(IdentityTest, CustomerPropertiesAreKeptInMemoryAndTheIdInTheStore) {
     sdk->resetCustomer();
     EXPECT_EQ(sdk->getCustomerId(), "");
     EXPECT_EQ(store()->object(keys().customerProperties), std::nullopt);
-    EXPECT_EQ(sdk->state()->customerId, "c3"); // memory keeps it
+    EXPECT_EQ(customerInMemory(), "c3"); // memory keeps it
     EXPECT_EQ(sdk->getCustomerProperties(), (Map{{"tier", "gold"}}));
 }
 
@@ -61,11 +68,11 @@ TEST_F(IdentityTest, AnActivationLoadsAStoredCustomerWhereItIsText) {
     sdk->setCustomerProperties("c1", {});
     restart();
     activate();
-    EXPECT_EQ(sdk->state()->customerId, "c1");
+    EXPECT_EQ(customerInMemory(), "c1");
     store()->set(keys().customerId, 42);
     restart();
     activate();
-    EXPECT_EQ(sdk->state()->customerId, std::nullopt);
+    EXPECT_EQ(customerInMemory(), std::nullopt);
 }
 
 TEST_F(IdentityTest, KeyNamesAreThoseOfInstalledApps) {

@@ -61,7 +61,8 @@ private:
 };
 
 /// The platform of the port that the program is linked with; each port defines it once. Called for the first instance
-/// of the SDK only, on the thread that first asks for it. Starts no thread and opens no file.
+/// of the SDK only, on the thread that first asks for it. Starts no thread, and opens no file but the main bundle's
+/// information list.
 ZENTAVO_EXPORT std::shared_ptr<Platform> makeDefault();
 
 } // namespace zentavo::platform

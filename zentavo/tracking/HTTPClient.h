@@ -35,7 +35,9 @@ public:
     void request(URL url, std::string method, Result<std::string> body, Completion completion);
     /// No body and no "Content-Type".
     void get(URL url, Completion completion);
-    void put(URL url, const Map& body, Completion completion) { request(std::move(url), "PUT", body, completion); }
+    void put(URL url, const Map& body, Completion completion) {
+        request(std::move(url), "PUT", body, std::move(completion));
+    }
 
     const std::shared_ptr<DebugLog>& log() const noexcept { return log_; }
 

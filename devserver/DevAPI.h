@@ -1,0 +1,63 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include <httplib.h>
+
+#include "devserver/Connection.h"
+#include "devserver/FaultPlan.h"
+#include "devserver/IncomingRequest.h"
+#include "devserver/LiveStream.h"
+#include "devserver/PushRegistrationService.h"
+#include "devserver/RequestLog.h"
+#include "devserver/Slots.h"
+
+namespace zentavo::devserver {
+
+/// The server's own interface under "/_dev/", for tests and the page. Its requests are not logged and no fault touches
+/// them. A page of another site gets nothing: it could not read the answers anyway, and is not to plan faults either.
+class DevAPI {
+public:
+    static constexpr int maximumWaiting = 64;
+
+    DevAPI(RequestLog& log, FaultPlan& faults, const PushRegistrationService& push);
+
+    void handle(const IncomingRequest& request, Connection& connection, httplib::Response& response);
+
+private:
+    struct Call {
+        const IncomingRequest& request;
+        Connection& connection;
+        httplib::Response& response;
+    };
+    struct Entry {
+        std::string_view method;
+        std::string_view path;
+        void (DevAPI::*run)(const Call&);
+    };
+    static const std::vector<Entry>& entries();
+
+    void listRequests(const Call& call);
+    void clearRequests(const Call& call);
+    void showRequest(const Call& call);
+    void showBody(const Call& call);
+    void wait(const Call& call);
+    void stream(const Call& call);
+    void status(const Call& call);
+    void listFaults(const Call& call);
+    void addFault(const Call& call);
+    void clearFaults(const Call& call);
+    void listDevices(const Call& call);
+
+    /// The logged request that the query names, or null after answering that there is none.
+    RequestLog::Shared named(const Call& call);
+
+    RequestLog& log_;
+    FaultPlan& faults_;
+    const PushRegistrationService& push_;
+    LiveStream stream_;
+    Slots waiting_{maximumWaiting};
+};
+
+} // namespace zentavo::devserver

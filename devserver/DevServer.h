@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "devserver/DevAPI.h"
+#include "devserver/HTTPFront.h"
+#include "devserver/Listener.h"
+#include "devserver/ServiceDesk.h"
+#include "zentavo/foundation/Result.h"
+
+namespace zentavo::devserver {
+
+/// The whole server: opened, it serves until it is destroyed.
+class DevServer {
+public:
+    struct Settings {
+        std::string host = "127.0.0.1";
+        /// 0 means any free one.
+        std::uint16_t port = 0;
+        /// Stands in the answers to events when not empty.
+        std::string sessionId;
+        RequestLog::Bounds logBounds;
+        /// Called for each request of the services, on its connection's thread; may be null.
+        ServiceDesk::Observer observer;
+    };
+
+    static Result<std::unique_ptr<DevServer>> open(const Settings& settings);
+    ~DevServer();
+    DevServer(const DevServer&) = delete;
+    DevServer& operator=(const DevServer&) = delete;
+
+    std::uint16_t port() const noexcept { return listener_->port(); }
+    /// "http://127.0.0.1:8787".
+    std::string url() const;
+
+    RequestLog& log() noexcept { return log_; }
+    FaultPlan& faults() noexcept { return faults_; }
+
+private:
+    DevServer(const Settings& settings, std::unique_ptr<Listener> listener);
+    void handle(IncomingRequest&& request, Connection& connection, httplib::Response& response);
+
+    const std::string host_;
+    RequestLog log_;
+    FaultPlan faults_;
+    const std::shared_ptr<PushRegistrationService> push_;
+    ServiceDesk desk_;
+    DevAPI devAPI_;
+    HTTPFront front_;
+    /// Last, so that its threads end before what they use.
+    const std::unique_ptr<Listener> listener_;
+};
+
+} // namespace zentavo::devserver

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "devserver/Service.h"
+#include "zentavo/foundation/Mutex.h"
+
+namespace zentavo::devserver {
+
+/// Knows the devices that push messages can reach, and takes launch reports. The platform runs it once, without a
+/// sandbox twin, so it does not ask which portal came where.
+class PushRegistrationService final : public Service {
+public:
+    /// Of more devices the ones with the lowest push uid are forgotten.
+    static constexpr std::size_t maximumDevices = 10'000;
+
+    std::vector<Route> routes() const override;
+    Answer answer(const IncomingRequest& request, std::string_view path, Twin twin, const Map& body,
+                  Findings& findings) override;
+
+    /// One map for each identified device: its push uid, portal, token and device id.
+    List devices() const;
+
+private:
+    Answer identify(const Map& body, Findings& findings);
+
+    mutable Mutex mutex_;
+    /// By push uid.
+    std::map<std::string, Map> devices_ ZENTAVO_GUARDED_BY(mutex_);
+};
+
+/// The push uid of a device token: the same for the same token, also after a restart of the server.
+std::string pushUid(std::string_view token);
+
+} // namespace zentavo::devserver
