@@ -14,9 +14,6 @@ function(zentavo_compile_options target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast)
     if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
       target_compile_options(${target} PRIVATE -Wthread-safety)
-    else()
-      # g++ 12 takes "text" + std::string() for an overlapping copy where it inlines much.
-      target_compile_options(${target} PRIVATE -Wno-restrict)
     endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
       # GCC 12 sees overlapping copies in optimised text concatenation where there are none.
