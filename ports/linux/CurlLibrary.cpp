@@ -16,7 +16,7 @@ namespace {
 /// own handler stands and this changes nothing.
 void keepOpenSslUntilTheEnd(void* handle) {
     using Initialise = int (*)(std::uint64_t options, const void* settings);
-    constexpr std::uint64_t noAtExit = 0x00080000; // OPENSSL_INIT_NO_ATEXIT
+    constexpr std::uint64_t noAtExit = 0x00080000;            // OPENSSL_INIT_NO_ATEXIT
     if (void* found = dlsym(handle, "OPENSSL_init_crypto")) { // not there where libcurl uses another TLS library
         reinterpret_cast<Initialise>(found)(noAtExit, nullptr);
     }

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "zentavo/foundation/Export.h"
-#include "zentavo/foundation/Result.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
+
+#include "zentavo/foundation/Export.h"
+#include "zentavo/foundation/Result.h"
 
 namespace zentavo::platform {
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "zentavo/foundation/Export.h"
-
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "zentavo/foundation/Export.h"
 
 namespace zentavo::platform {
 

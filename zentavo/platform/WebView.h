@@ -1,14 +1,14 @@
 #pragma once
 
-#include "zentavo/foundation/Result.h"
-#include "zentavo/foundation/URL.h"
-#include "zentavo/foundation/Value.h"
-#include "zentavo/platform/Views.h"
-
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
+
+#include "zentavo/foundation/Result.h"
+#include "zentavo/foundation/URL.h"
+#include "zentavo/foundation/Value.h"
+#include "zentavo/platform/Views.h"
 
 namespace zentavo::platform {
 
