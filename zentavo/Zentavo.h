@@ -5,4 +5,5 @@
 #include "zentavo/core/Endpoints.h"
 #include "zentavo/core/UserDefaultsManager.h"
 #include "zentavo/core/Zentavo.h"
+#include "zentavo/inapp/DeliveryTrace.h"
 #include "zentavo/tracking/CDPEvent.h"

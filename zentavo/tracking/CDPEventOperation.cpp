@@ -2,13 +2,13 @@
 
 namespace zentavo {
 
-void CDPEventOperation::send(const EventBody& body, const Endpoints& endpoints, const std::string& portalId,
+void CDPEventOperation::send(Result<std::shared_ptr<const std::string>> text, const Endpoints& endpoints,
+                             const std::string& portalId, const std::string& propId,
                              HTTPClient::Completion completion) const {
-    URL target = eventURL(endpoints.collectionFor(portalId), portalId, body.propId());
-    auto text = body.text();
+    URL target = eventURL(endpoints.collectionFor(portalId), portalId, propId);
     if (const auto& log = httpClient->log(); log->enabled()) {
         log->write("TrackEvent: URL: " + target.text());
-        log->write("TrackEvent: BODY: " + (text ? *text : text.error().message));
+        log->write("TrackEvent: BODY: " + (text ? **text : text.error().message));
     }
     httpClient->request(std::move(target), "POST", std::move(text), std::move(completion));
 }

@@ -218,6 +218,14 @@ Result<std::string> EventBody::text() const {
     return out;
 }
 
+Result<std::shared_ptr<const std::string>> EventBody::sharedText() const {
+    auto out = text();
+    if (!out) {
+        return out.error();
+    }
+    return std::make_shared<const std::string>(*std::move(out));
+}
+
 Map EventBody::map() const {
     MapSink sink;
     describe(sink);

@@ -23,6 +23,7 @@ public:
 
     /// An error names the entry that JSON cannot say.
     Result<std::string> text() const;
+    Result<std::shared_ptr<const std::string>> sharedText() const;
     Map map() const;
 
     const std::string& propId() const noexcept { return propId_; }
