@@ -13,7 +13,8 @@ MemoryPlatform::MemoryPlatform(const std::string& identifier, std::shared_ptr<Me
       device(std::make_shared<MemoryDevice>()), random(std::make_shared<SeededRandom>(1)),
       calendar(std::make_shared<FixedZoneCalendar>()),
       userNotifications(std::make_shared<MemoryUserNotifications>(queues->mainQueue())),
-      application(std::make_shared<MemoryApplication>()),
+      application(std::make_shared<MemoryApplication>()), views(std::make_shared<MemoryViews>(queues->mainQueue())),
+      webViews(std::make_shared<MemoryWebViews>(queues->mainQueue())),
       platform_(std::make_shared<platform::Platform>(
           platform::UserInterface{queues->mainQueue(), userNotifications, application})) {
     platform_->preferences = preferences;
@@ -26,6 +27,13 @@ MemoryPlatform::MemoryPlatform(const std::string& identifier, std::shared_ptr<Me
     platform_->calendar = calendar;
     platform_->systemLog = systemLog;
     platform_->console = console;
+}
+
+void MemoryPlatform::attachViews(bool attached) {
+    auto interface = *platform_->userInterface();
+    interface.views = attached ? views : nullptr;
+    interface.webViews = attached ? webViews : nullptr;
+    platform_->attach(std::move(interface));
 }
 
 } // namespace zentavo::testing

@@ -11,6 +11,8 @@
 #include "ports/memory/MemoryDevice.h"
 #include "ports/memory/MemoryPreferencesProvider.h"
 #include "ports/memory/MemoryUserNotifications.h"
+#include "ports/memory/MemoryViews.h"
+#include "ports/memory/MemoryWebView.h"
 #include "ports/memory/RecordingConsole.h"
 #include "ports/memory/RecordingSystemLog.h"
 #include "ports/memory/ScriptedURLSession.h"
@@ -46,6 +48,12 @@ struct ZENTAVO_EXPORT MemoryPlatform {
     const std::shared_ptr<FixedZoneCalendar> calendar;
     const std::shared_ptr<MemoryUserNotifications> userNotifications;
     const std::shared_ptr<MemoryApplication> application;
+    /// Not attached at first: a program starts without a toolkit.
+    const std::shared_ptr<MemoryViews> views;
+    const std::shared_ptr<MemoryWebViews> webViews;
+
+    /// Attaches `views` and `webViews`, as a toolkit does once it has a window, or takes them away again.
+    void attachViews(bool attached = true);
 
     /// The record that the SDK is given; the same on every call. A test may exchange its members before it hands it on.
     const std::shared_ptr<platform::Platform>& platform() const { return platform_; }

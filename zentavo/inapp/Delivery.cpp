@@ -1,10 +1,34 @@
 #include "zentavo/inapp/Delivery.h"
 
 #include "zentavo/foundation/Fault.h"
+#include "zentavo/foundation/JSON.h"
 #include "zentavo/inapp/CampaignChoice.h"
 #include "zentavo/inapp/DeliveryResponse.h"
+#include "zentavo/inapp/Template.h"
+#include "zentavo/inapp/TemplateCodeMode.h"
 
 namespace zentavo {
+
+namespace {
+
+/// Takes the flag back where presenting ends early, by a fault too.
+class FlagGuard {
+public:
+    explicit FlagGuard(Atomic<bool>& flag) : flag_(&flag) {}
+    ~FlagGuard() {
+        if (flag_ != nullptr) {
+            flag_->set(false);
+        }
+    }
+    FlagGuard(const FlagGuard&) = delete;
+    FlagGuard& operator=(const FlagGuard&) = delete;
+    void keep() noexcept { flag_ = nullptr; }
+
+private:
+    Atomic<bool>* flag_;
+};
+
+} // namespace
 
 Delivery::Delivery(std::shared_ptr<Zentavo> facade, std::string eventName, std::shared_ptr<const std::string> eventInfo)
     : facade_(std::move(facade)), eventInfo_(std::move(eventInfo)) {
@@ -44,17 +68,58 @@ void Delivery::handleAnswer(const std::optional<std::string>& data, const std::o
     state.platform->userInterface()->mainQueue->async([self = shared_from_this()] {
         entryPoint("main queue", [&] {
             if (const auto living = self->facade_.lock()) {
-                self->present(*living);
+                self->present(living);
             }
         });
     });
 }
 
-void Delivery::present(Zentavo& facade) {
-    const Zentavo::State& state = *facade.state();
-    state.log->write("In-app message of story " + std::to_string(content_.storyId) +
-                     " is dropped: no user interface is attached");
-    end(state, DeliveryTrace::Outcome::noUserInterface);
+void Delivery::present(const std::shared_ptr<Zentavo>& facade) {
+    Zentavo::State& state = *facade->state();
+    const auto userInterface = state.platform->userInterface();
+    if (!userInterface->views || !userInterface->webViews) {
+        return drop(state, "no user interface is attached");
+    }
+    if (!state.isShowingTemplate.compareAndSet(false, true)) {
+        return end(state, DeliveryTrace::Outcome::alreadyShowing);
+    }
+    FlagGuard guard(state.isShowingTemplate);
+    if (const auto last = state.currentTemplate) {
+        // A host that clears the flag by hand still sees one message at a time.
+        last->close(DeliveryTrace::ClosedBy::replaced);
+        state.isShowingTemplate.set(true);
+    }
+    auto page = userInterface->webViews->makeWebView();
+    if (!page) {
+        return drop(state, "the system cannot show web pages");
+    }
+    std::shared_ptr<TemplatePresenter> presenter;
+    if (content_.isCodeMode()) {
+        auto event = json::readMap(*eventInfo_);
+        presenter = std::make_shared<TemplateCodeMode>(facade, userInterface, std::move(page), content_,
+                                                       event ? *std::move(event) : Map());
+    } else {
+        presenter = std::make_shared<Template>(facade, userInterface, std::move(page), content_);
+    }
+    if (!presenter->show()) {
+        return drop(state, "there is no window to show it over");
+    }
+    state.currentTemplate = presenter;
+    guard.keep();
+
+    end(state, DeliveryTrace::Outcome::presented);
+    presenter->onClosed = [weak = facade_, trace = std::move(trace_)](DeliveryTrace::ClosedBy closedBy) mutable {
+        if (const auto living = weak.lock()) {
+            trace.closedBy = closedBy;
+            tell(*living->state(), trace);
+        }
+    };
+    Frequency::record(state, Frequency::Subject::of(content_), "impression");
+}
+
+void Delivery::drop(const Zentavo::State& state, const char* why) {
+    state.log->write("In-app message of story " + std::to_string(content_.storyId) + " is dropped: " + why);
+    end(state, DeliveryTrace::Outcome::noUserInterface, why);
 }
 
 bool Delivery::traced(const Zentavo::State& state) const {

@@ -23,7 +23,8 @@ public:
 
 private:
     void handleAnswer(const std::optional<std::string>& data, const std::optional<Error>& error);
-    void present(Zentavo& facade);
+    void present(const std::shared_ptr<Zentavo>& facade);
+    void drop(const Zentavo::State& state, const char* why);
     bool traced(const Zentavo::State& state) const;
     /// Logs the trace, and hands it to the host.
     static void tell(const Zentavo::State& state, const DeliveryTrace& trace);

@@ -39,8 +39,6 @@ const char* words(DeliveryTrace::ClosedBy closedBy) noexcept {
         return "closed because its web process died";
     case DeliveryTrace::ClosedBy::replaced:
         return "closed because another message took its place";
-    case DeliveryTrace::ClosedBy::fault:
-        return "closed by a fault";
     }
     return "";
 }

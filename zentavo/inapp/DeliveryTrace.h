@@ -25,7 +25,7 @@ struct ZENTAVO_EXPORT DeliveryTrace {
         alreadyShowing,  ///< another message was on screen
         presented,
     };
-    enum class ClosedBy { page, click, overlay, pageProcessDied, replaced, fault };
+    enum class ClosedBy { page, click, overlay, pageProcessDied, replaced };
 
     struct Capped {
         CappingLevel level = CappingLevel::story;

@@ -67,6 +67,8 @@ public:
     virtual void setCornerRadius(double radius) = 0;
     virtual double cornerRadius() const = 0;
 
+    /// A view that lets taps through is as if it were not there for them: they reach what lies below.
+    virtual void setTouchThrough(bool through) = 0;
     /// Called when the view is tapped or clicked, not when one above it is. Null takes it away.
     virtual void setOnTap(std::function<void()> onTap) = 0;
 
@@ -92,7 +94,7 @@ public:
 
     /// Puts `view` over everything in the host's window, without disturbing focus, text or layout below. False when
     /// there is no window to put it over.
-    virtual bool showOverWindow(std::shared_ptr<View> view) = 0;
+    virtual bool showOverWindow(std::shared_ptr<View> view) = 0; // `removeFromSuperview` ends it
 
     /// `change` sets frames; they move there within `seconds`. At 0 at once. Then `done`, never inside the call.
     virtual void animate(double seconds, std::function<void()> change, std::function<void()> done = nullptr) = 0;

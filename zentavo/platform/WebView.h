@@ -13,7 +13,7 @@
 namespace zentavo::platform {
 
 /// A view that shows a web page. Main queue only; every callback comes there, never inside a call, and never after the
-/// view is gone. Pages are hostile: a message is bounded in depth and size before it becomes a value, and what is over
+/// view is gone; a callback may let go of the view itself. The page's background shows the view's. Pages are hostile: a message is bounded in depth and size before it becomes a value, and what is over
 /// a bound is dropped.
 class ZENTAVO_EXPORT WebView : public virtual View {
 public:

@@ -1,0 +1,123 @@
+#include "tests/inapp/InAppTest.h"
+
+namespace zentavo {
+namespace {
+
+using platform::Rect;
+using ::testing::Contains;
+using ClosedBy = DeliveryTrace::ClosedBy;
+
+/// Hand-written messages.
+class TemplateCodeModeTest : public InAppTest {
+protected:
+    TemplateCodeModeTest() {
+        memory.attachViews();
+        trace();
+    }
+
+    std::shared_ptr<testing::MemoryWebView> page() { return memory.webViews->last(); }
+    std::shared_ptr<testing::MemoryView> view(const char* name) { return memory.views->named(name); }
+    void layOut(const std::string& answer) {
+        memory.session->on({"POST", "", "/interaction/media-template/info"}, testing::ScriptedAnswer{200, answer});
+    }
+    void present() {
+        offer({campaign(4711, {{"template", "popup"}, {"designMode", "CODE_MODE"}})});
+        trackAndSettle();
+        ASSERT_TRUE(page());
+    }
+    void post(const std::string& text) {
+        page()->post("eventHandler", json::read(text).value());
+        settle();
+    }
+};
+
+TEST_F(TemplateCodeModeTest, AsksForItsLayoutAndIsLaidOut) {
+    layOut(R"({"data":{"codeModeSettings":{"width":200,"height":100}}})");
+    present();
+    const auto request = sent("/interaction/media-template/info").at(0);
+    EXPECT_EQ(request->url.queryItems(), (std::vector<QueryItem>{{"portal_id", "1001"}, {"prop_id", "555"}}));
+    Map expected = bodyOf(*sent("/interaction/v2").at(0));
+    expected.merge({{"selected_story_id", 4711},
+                    {"selected_variant_id", 5711},
+                    {"selected_zone_id", 9},
+                    {"selected_view_id", "optin"}});
+    EXPECT_EQ(bodyOf(*request), expected);
+    EXPECT_EQ(view("zentavo.popup")->frame(), (Rect{95, 372, 200, 100}));
+
+    view("zentavo.overlay")->tap();
+    settle();
+    EXPECT_EQ(traces.back().closedBy, ClosedBy::overlay);
+    EXPECT_TRUE(memory.views->shown().empty());
+    EXPECT_FALSE(page());
+}
+
+TEST_F(TemplateCodeModeTest, WithoutALayoutItIsAsLargeAsItsPage) {
+    for (const char* answer : {"garbage", "{}", R"({"data":{"options":{"positionSettings":{"right":10}}}})"}) {
+        layOut(answer);
+        present();
+        page()->setResult(Value(List{300, 400}));
+        page()->finishLoad();
+        settle();
+        EXPECT_EQ(view("zentavo.popup")->frame(), (Rect{45, 222, 300, 400})) << answer;
+        EXPECT_THAT(page()->evaluated(), Contains("show(4711)"));
+        post(R"({"type":"mt.Action.close"})");
+        EXPECT_EQ(traces.back().closedBy, ClosedBy::page);
+    }
+}
+
+TEST_F(TemplateCodeModeTest, APageTracksEventsButNamesNoCustomer) {
+    present();
+    memory.session->clear();
+    sdk->setCustomerProperties("c1", {});
+    post(R"({"type":"mt.Action.track","data":{"eventData":{"en":"vote","dims":{"users":{"age":30},
+             "customers":{"customer_id":42}},"extra":{"answer":"a"},"items":[{"sku":"A1"},7]}}})");
+    const Map body = events().at(0);
+    EXPECT_EQ(*body.find("en"), "vote");
+    EXPECT_EQ(*body.find("items"), Value(List{Map{{"sku", "A1"}}}));
+    EXPECT_EQ(*body.find("extra")->asMap()->find("answer"), "a");
+    EXPECT_EQ(*body.find("dims")->asMap()->find("users"), Value(Map{{"age", 30}}));
+    EXPECT_EQ(sdk->getCustomerId(), "c1");
+    for (const char* text : {R"({"type":"mt.Action.track"})", R"({"type":"mt.Action.track","data":{"eventData":[]}})",
+                             R"({"type":"zentavo-cdp-webview-closed"})"}) {
+        post(text);
+    }
+    EXPECT_EQ(events().size(), 1U);
+    EXPECT_TRUE(sdk->isShowingTemplate());
+}
+
+TEST_F(TemplateCodeModeTest, ARedirectIsAClick) {
+    std::vector<std::string> routes;
+    sdk->setHandleChangeRouteTemplate([&](std::string route) { routes.push_back(std::move(route)); });
+    const std::string click = R"({"href":"shop://1","trackingUrl":"http://t.example/?resp_type=pixel"})";
+    const std::string attribute = json::write(Value(click)).value();
+    for (const std::string& members :
+         {"\"vtx902-click-data\":" + click, "\"data\":{\"vtx902-click-data\":" + click + "}",
+          "\"vtx902-click-data\":" + attribute}) {
+        present();
+        post("{\"type\":\"mt.Action.redirect\"," + members + "}");
+        EXPECT_EQ(traces.back().closedBy, ClosedBy::click) << members;
+        EXPECT_EQ(memory.session->requests().back()->url.text(), "http://t.example/?resp_type=json");
+    }
+    EXPECT_EQ(routes.size(), 3U);
+    present();
+    post(R"({"type":"mt.Action.redirect","vtx902-click-data":"no json"})");
+    EXPECT_TRUE(sdk->isShowingTemplate());
+}
+
+TEST_F(TemplateCodeModeTest, AnswersThatComeTooLateMeetNobody) {
+    memory.session->hold();
+    offer({campaign(1, {{"designMode", "CODE_MODE"}})});
+    sdk->track(CDPEvent("e"));
+    memory.session->answer(0, {200, "{}"});
+    settle();
+    memory.session->answer(1, {200, answer({campaign(1, {{"designMode", "CODE_MODE"}})})});
+    settle();
+    ASSERT_TRUE(page());
+    post(R"({"type":"mt.Action.close"})");
+    memory.session->answer(2, {200, R"({"data":{"codeModeSettings":{}}})"});
+    settle();
+    EXPECT_FALSE(page());
+}
+
+} // namespace
+} // namespace zentavo

@@ -1,0 +1,71 @@
+#include "zentavo/inapp/BottomSheetView.h"
+
+#include <algorithm>
+
+namespace zentavo {
+
+namespace {
+
+constexpr double settlingTime = 0.4; // seconds
+
+} // namespace
+
+BottomSheetView::BottomSheetView(platform::Views& views)
+    : maximumContainerHeight(views.mainScreenBounds().height - freeHeight), views_(views),
+      screen_(views.mainScreenBounds()) {}
+
+const std::shared_ptr<platform::View>& BottomSheetView::lazy(std::shared_ptr<platform::View>& view, const char* name,
+                                                             const std::shared_ptr<platform::View>& superview) {
+    if (!view) {
+        view = views_.makeView();
+        view->setName(name);
+        if (superview) {
+            superview->addSubview(view);
+        }
+    }
+    return view;
+}
+
+const std::shared_ptr<platform::View>& BottomSheetView::containerView() {
+    return lazy(containerView_, "zentavo.sheet", nullptr);
+}
+const std::shared_ptr<platform::View>& BottomSheetView::contentStackView() {
+    return lazy(contentStackView_, "zentavo.sheet.content", containerView());
+}
+const std::shared_ptr<platform::View>& BottomSheetView::titleLabel() {
+    return lazy(titleLabel_, "zentavo.sheet.title", contentStackView());
+}
+const std::shared_ptr<platform::View>& BottomSheetView::notesLabel() {
+    return lazy(notesLabel_, "zentavo.sheet.notes", contentStackView());
+}
+
+bool BottomSheetView::present() {
+    place(currentContainerHeight_);
+    return views_.showOverWindow(containerView());
+}
+
+void BottomSheetView::drag(double height) { place(std::min(height, maximumContainerHeight)); }
+
+void BottomSheetView::letGo(double height, bool movingDown) {
+    const double settled = settledHeight(height, movingDown, maximumContainerHeight);
+    if (settled <= 0) {
+        return dismiss();
+    }
+    currentContainerHeight_ = settled;
+    views_.animate(settlingTime, [&] { place(settled); });
+}
+
+void BottomSheetView::dismiss() { containerView()->removeFromSuperview(); }
+
+double BottomSheetView::settledHeight(double height, bool movingDown, double maximum) noexcept {
+    if (height < dismissibleHeight) {
+        return 0;
+    }
+    return height < defaultHeight || (height < maximum && movingDown) ? defaultHeight : maximum;
+}
+
+void BottomSheetView::place(double height) {
+    containerView()->setFrame({screen_.x, screen_.y + screen_.height - height, screen_.width, height});
+}
+
+} // namespace zentavo

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "zentavo/inapp/CDPDeliveryOperation.h"
+#include "zentavo/inapp/CustomPopupCodeMode.h"
+#include "zentavo/inapp/TemplatePresenter.h"
+#include "zentavo/inapp/ViewInfoResponse.h"
+
+namespace zentavo {
+
+/// Presents a hand-written message: asks the service how it is laid out and what it shows.
+class TemplateCodeMode final : public TemplatePresenter {
+public:
+    /// `event` is the body of the event that the message answers, with "format".
+    TemplateCodeMode(const std::shared_ptr<Zentavo>& facade,
+                     std::shared_ptr<const platform::UserInterface> userInterface,
+                     std::shared_ptr<platform::WebView> page, WebContent content, Map event);
+
+    const std::shared_ptr<CustomPopupCodeMode> customPopupView;
+    /// The event, and which campaign was chosen for it.
+    const Map eventInfo;
+
+private:
+    TemplateCodeMode(const std::shared_ptr<Zentavo>& facade,
+                     std::shared_ptr<const platform::UserInterface> userInterface,
+                     std::shared_ptr<CustomPopupCodeMode> popup, WebContent content, Map event);
+
+    void shown(Zentavo& facade) override;
+    void handleMessage(Zentavo& facade, const Map& body) override;
+    void handleOverlayTap() override { close(DeliveryTrace::ClosedBy::overlay); }
+
+    std::shared_ptr<CDPDeliveryOperation> cdpDeliveryOperation(Zentavo& facade);
+    void askTemplateInfo(Zentavo& facade);
+    void askViewInfo(Zentavo& facade);
+    void handleTemplateInfo(const std::optional<std::string>& data);
+    void handleViewInfo(const std::optional<std::string>& data);
+    void handleLoaded();
+    void measure();
+    void fire(const std::optional<std::string>& trackingURL) const;
+    /// Carries an answer from the worker to the main queue, if the message is still there by then.
+    HTTPClient::Completion onMainQueue(void (TemplateCodeMode::*handler)(const std::optional<std::string>&));
+
+    std::shared_ptr<CDPDeliveryOperation> cdpDeliveryOperation_;
+    ViewInfoResponse::TrackingUrls trackingUrls_;
+    bool laidOut_ = false;
+    bool layoutMissing_ = false;
+    bool loaded_ = false;
+};
+
+} // namespace zentavo
