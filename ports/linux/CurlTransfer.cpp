@@ -112,9 +112,8 @@ std::optional<URLError> CurlTransfer::begin(std::shared_ptr<CurlTask> task, Mome
 
     deadline_ = now + bounded(request.totalTimeout);
     lastProgress_ = now;
-    progress_ = -1;
-    nextCheck_ = now;
-    overdue(now);
+    progress_ = 0;
+    nextCheck_ = std::min(deadline_, now + std::max(bounded(request.idleTimeout) / 8, shortestTimeout));
     return std::nullopt;
 }
 
