@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>

@@ -1,6 +1,7 @@
 #include "ports/linux/CurlLibrary.h"
 
 #include <cstdint>
+
 #include <dlfcn.h>
 
 #include "ports/linux/LoadedPages.h"
@@ -9,15 +10,15 @@ namespace zentavo::linux_port {
 
 namespace {
 
-/// OpenSSL tidies up in an exit handler of its own. It registers that while libcurl is being initialised, later than we
-/// have registered ours, so where the process ends in that very moment it would run first and pull the tables away from
-/// under this thread. We ask it to register none; what it holds, the system takes back. Another TLS library has no such
-/// function, and one that the host has initialised before us has its handler already, which then runs after ours.
-void keepOpenSslUntilTheEnd(void* curl) {
-    constexpr std::uint64_t noExitHandler = 0x00080000; // OPENSSL_INIT_NO_ATEXIT
+/// Keeps OpenSSL from tidying up when the process exits. Its exit handler would be registered while libcurl is being
+/// initialised, so in a process that exits at that moment it would run before ours has stopped the network thread, and
+/// take away what that thread is using. Must be OpenSSL's first call; where the host has called it before, the host's
+/// own handler stands and this changes nothing.
+void keepOpenSslUntilTheEnd(void* handle) {
     using Initialise = int (*)(std::uint64_t options, const void* settings);
-    if (const auto initialise = reinterpret_cast<Initialise>(dlsym(curl, "OPENSSL_init_crypto"))) {
-        initialise(noExitHandler, nullptr);
+    constexpr std::uint64_t noAtExit = 0x00080000;            // OPENSSL_INIT_NO_ATEXIT
+    if (void* found = dlsym(handle, "OPENSSL_init_crypto")) { // not there where libcurl uses another TLS library
+        reinterpret_cast<Initialise>(found)(noAtExit, nullptr);
     }
 }
 
