@@ -142,6 +142,9 @@ TEST_P(CalendarConformance, TheLocaleChoosesTheCalendar) {
           {{"2024-03-03T12:00:00Z", CalendarPeriod::year, "2024-10-03T00:00:00Z"},
            {"2024-03-03T12:00:00Z", CalendarPeriod::month, "2024-03-11T00:00:00Z"}});
     check(*zone("th-TH", "Etc/UTC"), {{"2024-03-03T12:00:00Z", CalendarPeriod::year, "2025-01-01T00:00:00Z"}});
+    check(*zone("zh-CN-u-ca-chinese", "Etc/UTC"),
+          {{"2024-03-03T12:00:00Z", CalendarPeriod::year, "2025-01-29T00:00:00Z"},
+           {"2043-12-31T12:00:00Z", CalendarPeriod::year, "2044-01-30T00:00:00Z"}});
     check(*zone("ja-JP-u-ca-japanese", "Etc/UTC"),
           {{"2018-12-31T12:00:00Z", CalendarPeriod::year, "2019-01-01T00:00:00Z"},
            {"2019-04-30T12:00:00Z", CalendarPeriod::year, "2020-01-01T00:00:00Z"},
