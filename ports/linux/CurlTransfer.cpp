@@ -223,7 +223,10 @@ curl_off_t CurlTransfer::progress() const {
     return sum;
 }
 
-bool CurlTransfer::multiplexed() const {
+std::optional<bool> CurlTransfer::multiplexed() const {
+    if (!headComplete_) {
+        return std::nullopt;
+    }
     long version = 0;
     curl_.curl_easy_getinfo(handle_, CURLINFO_HTTP_VERSION, &version);
     return version >= CURL_HTTP_VERSION_2_0;

@@ -41,8 +41,9 @@ public:
     const std::shared_ptr<CurlTask>& task() const { return task_; }
 
     CURL* handle() const { return handle_; }
-    /// Whether the exchange that is ending ran over a connection that carries several at a time.
-    bool multiplexed() const;
+    /// Whether the exchange that is ending ran over a connection that carries several at a time; none when it came to no
+    /// answer.
+    std::optional<bool> multiplexed() const;
     static CurlTransfer* of(const CurlLibrary& curl, CURL* handle);
 
 private:

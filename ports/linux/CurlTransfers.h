@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -46,6 +47,8 @@ private:
 
     void begin(std::shared_ptr<CurlTask> task);
     void beginAdmitted();
+    /// Makes room at the host of an admitted exchange.
+    void leave(const URL& url, std::optional<bool> multiplexed);
     void finish(CurlTransfer& transfer, platform::URLResult result);
     void finish(std::shared_ptr<CurlTask> task, platform::URLResult result);
     void finishOverdue(CurlTransfer::Moment now);
