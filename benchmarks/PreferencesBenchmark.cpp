@@ -117,5 +117,3 @@ void openFresh(benchmark::State& state) {
 BENCHMARK(openFresh)->Iterations(500);
 
 } // namespace
-
-BENCHMARK_MAIN();

@@ -25,6 +25,7 @@ namespace {
 constexpr std::size_t maximumHeadBytes = 1U << 20U;
 /// Longer timeouts count as this one: adding them to the clock must not overflow.
 constexpr milliseconds longestTimeout = std::chrono::hours(24 * 24); // in ms still an int
+constexpr const char* acceptedEncodings = "gzip, deflate";
 constexpr milliseconds shortestTimeout = milliseconds(1);
 
 milliseconds bounded(milliseconds timeout) { return std::clamp(timeout, shortestTimeout, longestTimeout); }
@@ -57,8 +58,7 @@ CurlTransfer::CurlTransfer(const CurlLibrary& curl, CURLSH* share) : curl_(curl)
     set(handle_, CURLOPT_SHARE, share);
     set(handle_, CURLOPT_COOKIEFILE, ""); // switches cookies on; no file is read
     set(handle_, CURLOPT_NOSIGNAL, 1L);
-    set(handle_, CURLOPT_USERAGENT, "ZentavoSDK/" ZENTAVO_VERSION);
-    set(handle_, CURLOPT_ACCEPT_ENCODING, ""); // whatever libcurl can decode
+    set(handle_, CURLOPT_ACCEPT_ENCODING, acceptedEncodings); // switches decoding on
     set(handle_, CURLOPT_FOLLOWLOCATION, 1L);
     set(handle_, CURLOPT_MAXREDIRS, 20L);
     set(handle_, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -125,13 +125,19 @@ std::optional<URLError> CurlTransfer::setHeaders(const std::vector<Header>& head
     headers_.reset();
     curl_slist* list = nullptr;
     const auto add = [&](const std::string& line) { list = curl_.curl_slist_append(list, line.c_str()); };
-    // A name without a value takes away what libcurl would add by itself.
+    const auto addUnlessGiven = [&](std::string_view name, const std::string& line) {
+        const bool given = std::any_of(headers.begin(), headers.end(),
+                                       [&](const Header& header) { return sameName(header.first, name); });
+        if (!given) {
+            add(line);
+        }
+    };
+    // libcurl has options for some of these, but then formats them anew for each request, and twice. A name without a
+    // value takes away what libcurl would add by itself.
+    addUnlessGiven("User-Agent", "User-Agent: ZentavoSDK/" ZENTAVO_VERSION);
+    addUnlessGiven("Accept-Encoding", std::string("Accept-Encoding: ") + acceptedEncodings);
+    addUnlessGiven("Content-Type", "Content-Type:");
     add("Expect:");
-    const bool typed = std::any_of(headers.begin(), headers.end(),
-                                   [](const Header& header) { return sameName(header.first, "Content-Type"); });
-    if (!typed) {
-        add("Content-Type:");
-    }
     for (const auto& [name, value] : headers) {
         if (!isToken(name) || !fitsOnOneLine(value)) {
             curl_.curl_slist_free_all(list);

@@ -16,6 +16,8 @@ using platform::URLResult;
 namespace {
 /// Easy handles that stay when nothing is under way; each has its buffers.
 constexpr std::size_t idleHandles = HostLimiter::limit;
+/// Waking a queue's thread costs more than a request does: while more is under way, answers are gathered for this long.
+constexpr std::chrono::milliseconds gathering{1};
 } // namespace
 
 CurlTransfers::CurlTransfers(const CurlLibrary& curl)
@@ -90,10 +92,10 @@ std::size_t CurlTransfers::turn() {
             finish(transfer, transfer.end(message->data.result));
         }
     }
-    finishOverdue();
-    const auto ended = ended_.size();
-    deliver();
-    return ended;
+    const auto now = std::chrono::steady_clock::now();
+    finishOverdue(now);
+    const bool busy = !active_.empty() || !admitted_.empty();
+    return !ended_.empty() && (!busy || now >= deliverBy_) ? deliver() : 0;
 }
 
 void CurlTransfers::finish(CurlTransfer& transfer, URLResult result) {
@@ -117,11 +119,13 @@ void CurlTransfers::finish(CurlTransfer& transfer, URLResult result) {
 
 void CurlTransfers::finish(std::shared_ptr<CurlTask> task, URLResult result) {
     task->request.reset();
+    if (ended_.empty()) {
+        deliverBy_ = std::chrono::steady_clock::now() + gathering;
+    }
     ended_.push_back({std::move(task), std::move(result)});
 }
 
-void CurlTransfers::finishOverdue() {
-    const auto now = std::chrono::steady_clock::now();
+void CurlTransfers::finishOverdue(CurlTransfer::Moment now) {
     for (std::size_t i = active_.size(); i-- > 0;) { // from behind: what ends takes its place with it
         if (auto error = active_[i]->overdue(now)) {
             finish(*active_[i], active_[i]->end(std::move(*error)));
@@ -129,7 +133,8 @@ void CurlTransfers::finishOverdue() {
     }
 }
 
-void CurlTransfers::deliver() {
+std::size_t CurlTransfers::deliver() {
+    const auto count = ended_.size();
     auto first = ended_.begin();
     while (first != ended_.end()) {
         const auto& queue = first->task->queue();
@@ -145,18 +150,19 @@ void CurlTransfers::deliver() {
         first = last;
     }
     ended_.clear();
+    return count;
 }
 
 void CurlTransfers::wait() {
     if (!admitted_.empty()) {
         return;
     }
-    auto next = std::chrono::steady_clock::time_point::max();
+    auto next = ended_.empty() ? CurlTransfer::Moment::max() : deliverBy_;
     for (const auto& transfer : active_) {
         next = std::min(next, transfer->nextCheck());
     }
     int timeout = std::numeric_limits<int>::max();
-    if (!active_.empty()) {
+    if (next != CurlTransfer::Moment::max()) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now()).count();
         timeout = static_cast<int>(std::clamp<std::int64_t>(left, 0, timeout));
     }

@@ -26,8 +26,8 @@ public:
     /// Ends `task` if it has not ended.
     void cancel(const std::shared_ptr<CurlTask>& task);
 
-    /// Moves bytes, begins and ends exchanges, and hands what has ended to the callers' queues: all that one queue gets
-    /// in one turn is one block. Returns how many have ended.
+    /// Moves bytes, begins and ends exchanges, and hands what has ended to the callers' queues: several for one queue
+    /// are one block, for which a busy network waits up to a millisecond. Returns how many were handed over.
     std::size_t turn();
     /// Waits until there is something to do for `turn`, or `wake` is called, perhaps before.
     void wait();
@@ -44,8 +44,8 @@ private:
     void beginAdmitted();
     void finish(CurlTransfer& transfer, platform::URLResult result);
     void finish(std::shared_ptr<CurlTask> task, platform::URLResult result);
-    void finishOverdue();
-    void deliver();
+    void finishOverdue(CurlTransfer::Moment now);
+    std::size_t deliver();
 
     const CurlLibrary curl_;
     CURLM* const multi_;
@@ -55,6 +55,7 @@ private:
     std::vector<std::unique_ptr<CurlTransfer>> active_;
     std::vector<std::unique_ptr<CurlTransfer>> idle_;
     std::vector<Ended> ended_;
+    CurlTransfer::Moment deliverBy_; ///< while there are any of them
 };
 
 } // namespace zentavo::linux_port

@@ -1,8 +1,5 @@
 #pragma once
 
-#include "zentavo/foundation/Mutex.h"
-#include "zentavo/platform/URLSession.h"
-
 #include <cstddef>
 #include <functional>
 #include <limits>
@@ -10,6 +7,9 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "zentavo/foundation/Mutex.h"
+#include "zentavo/platform/URLSession.h"
 
 namespace zentavo::testing {
 

@@ -15,15 +15,11 @@ TEST_F(FaultTest, WhateverTheCollectorDoesTheNextEventArrives) {
         const char* wait;
     };
     const std::vector<Case> cases{
-        {"status=500", "wait"},
-        {"status=404", "wait"},
-        {"reset=1", "wait"},
-        {"empty=1", "wait"},
-        {"body=%7Bgarbage", "wait"},
-        {"size=104857600", "wait"},    // 100 MB
-        {"redirect=/event", "wait"},   // for ever
-        {"hang=1", "wait:0.2"},
-        {"drip=1&body=slowly", "wait:0.2"},
+        {"status=500", "wait"},      {"status=404", "wait"},
+        {"reset=1", "wait"},         {"empty=1", "wait"},
+        {"body=%7Bgarbage", "wait"}, {"size=104857600", "wait"}, // 100 MB
+        {"redirect=/event", "wait"},                             // for ever
+        {"hang=1", "wait:0.2"},      {"drip=1&body=slowly", "wait:0.2"},
     };
     std::size_t before = 1;
     for (const Case& each : cases) {

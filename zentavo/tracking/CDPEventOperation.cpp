@@ -20,8 +20,8 @@ URL CDPEventOperation::eventURL(const std::string& base, const std::string& port
             return last_->url;
         }
     }
-    URL formed = urlWithQuery(url(base, "/event"),
-                              {{"resp_type", "json"}, {"portal_id", portalId}, {"prop_id", propId}});
+    URL formed =
+        urlWithQuery(url(base, "/event"), {{"resp_type", "json"}, {"portal_id", portalId}, {"prop_id", propId}});
     MutexLock lock(mutex_);
     last_ = Formed{base, portalId, propId, formed};
     return formed;

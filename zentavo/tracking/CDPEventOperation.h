@@ -1,10 +1,10 @@
 #pragma once
 
+#include <optional>
+
 #include "zentavo/foundation/Mutex.h"
 #include "zentavo/tracking/BaseOperation.h"
 #include "zentavo/tracking/EventBody.h"
-
-#include <optional>
 
 namespace zentavo {
 

@@ -101,9 +101,7 @@ void HTTPClient::refuse(const Error& error, const Completion& completion) const 
         log_->write("Error: " + error.message);
     }
     if (completion) {
-        concurrent_->async([completion, error] {
-            entryPoint("completion", [&] { completion(std::nullopt, error); });
-        });
+        concurrent_->async([completion, error] { entryPoint("completion", [&] { completion(std::nullopt, error); }); });
     }
 }
 
