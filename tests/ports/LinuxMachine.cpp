@@ -75,7 +75,7 @@ private:
 };
 
 const bool added = [] {
-    machinesUnderTest().push_back({"linux", [] { return std::make_unique<LinuxMachine>(); }});
+    machinesUnderTest().push_back({"linux", [] { return std::make_unique<LinuxMachine>(); }, /*hasZones*/ true});
     return true;
 }();
 
