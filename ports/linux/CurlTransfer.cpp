@@ -167,7 +167,8 @@ void CurlTransfer::setMethodAndBody() {
     const auto& request = *task_->request;
     const auto size = static_cast<curl_off_t>(request.body ? request.body->size() : 0);
     const char* custom = nullptr;
-    set(handle_, CURLOPT_HTTPGET, 1L); // ends whatever the handle did before
+    set(handle_, CURLOPT_POSTFIELDS, nullptr); // while this is set, a redirected PUT would not be read again
+    set(handle_, CURLOPT_HTTPGET, 1L);         // ends whatever else the handle did before
     if (request.method == "PUT") {
         // libcurl's own upload, because that knows what redirects make of a PUT.
         set(handle_, CURLOPT_UPLOAD, 1L);

@@ -53,7 +53,7 @@ std::string vendorOf(const std::string& identifier) {
 
 std::shared_ptr<platform::Platform> makeLinuxPlatform(LinuxOptions options) {
     auto& threads = ProcessThreads::shared();
-    const auto& worker = threads.worker();
+    auto& worker = threads.worker();
     const auto program = executableName();
     const auto log = std::make_shared<SyslogSystemLog>(program);
     const auto bundles = std::make_shared<PlistBundles>(std::move(options.mainBundle));
@@ -63,7 +63,7 @@ std::shared_ptr<platform::Platform> makeLinuxPlatform(LinuxOptions options) {
     auto result = std::make_shared<platform::Platform>(detachedUserInterface(worker, log));
     result->preferences = std::make_shared<SqlitePreferencesProvider>(
         folder / "preferences", identifier.empty() ? program : identifier, identifier, log,
-        [worker](std::function<void()> block) { worker->async(std::move(block)); });
+        [&worker](std::function<void()> block) { worker.async(std::move(block)); });
     result->bundles = bundles;
     result->device = std::make_shared<LinuxDevice>(identifier.empty() ? program : vendorOf(identifier));
     result->urlSession = std::make_shared<CurlURLSession>(threads.network());

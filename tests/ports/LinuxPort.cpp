@@ -35,7 +35,7 @@ public:
     }
     void pass(std::chrono::milliseconds duration) override {
         std::atomic<bool> over = false;
-        worker_->after(duration, [&] { over = true; });
+        worker_.after(duration, [&] { over = true; });
         until([&] { return over.load(); });
     }
     platform::URLSession& session() override { return session_; }
@@ -51,10 +51,10 @@ public:
 
 private:
     LoopbackServer server_{&farSide};
-    std::shared_ptr<linux_port::WorkerThread> worker_ = std::make_shared<linux_port::WorkerThread>();
+    linux_port::WorkerThread worker_;
     linux_port::LinuxDispatchQueues queues_{worker_};
     linux_port::WorkerQueue mainQueue_{worker_};
-    std::shared_ptr<linux_port::CurlNetworkThread> network_ = std::make_shared<linux_port::CurlNetworkThread>();
+    linux_port::CurlNetworkThread network_;
     linux_port::CurlURLSession session_{network_};
 };
 

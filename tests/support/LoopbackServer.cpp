@@ -40,6 +40,10 @@ bool readable(int socket) {
 
 /// Takes a whole request off the front of `bytes`; none while it is not whole.
 std::optional<LoopbackServer::Request> take(std::string& bytes) {
+    if (bytes.substr(0, 1) == "\x16") {
+        bytes.clear();
+        return LoopbackServer::Request{"TLS", "/tls", {}, {}};
+    }
     const auto headEnd = bytes.find("\r\n\r\n");
     if (headEnd == std::string::npos) {
         return std::nullopt;

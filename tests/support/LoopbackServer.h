@@ -16,7 +16,7 @@
 namespace zentavo::tests {
 
 /// A small HTTP/1.1 server on 127.0.0.1 whose answers a test writes byte by byte, broken ones included. Connections are
-/// kept alive; each has a thread. It stops when it is destroyed, and gives up on anything that takes 20 seconds.
+/// kept alive; each has a thread. A client that begins with a TLS handshake shows up as the method "TLS" on "/tls". It stops when it is destroyed, and gives up on anything that takes 20 seconds.
 class LoopbackServer {
 public:
     struct Request {
