@@ -117,7 +117,7 @@ std::optional<URLError> CurlTransfer::begin(std::shared_ptr<CurlTask> task, Mome
     return std::nullopt;
 }
 
-std::optional<URLError> CurlTransfer::setHeaders(const std::vector<Header>& headers) {
+std::optional<URLError> CurlTransfer::setHeaders(const platform::Headers& headers) {
     if (headers_ == headers) {
         return std::nullopt;
     }
