@@ -10,8 +10,9 @@ namespace zentavo {
 /// Reads the bytes of an answer as one `Response`. What is odd about it without being wrong is handed to `remark`, line
 /// by line.
 template <class Response, class Remark>
-Result<Response, DecodingFailure> readInboxAnswer(std::string_view bytes, Remark remark) {
-    const auto source = json::readMap(bytes);
+Result<Response, DecodingFailure> readInboxAnswer(std::string_view bytes, Remark remark,
+                                                  const json::Limits& limits = {}) {
+    const auto source = json::readMap(bytes, limits);
     if (!source) {
         DecodingFailure failure;
         failure.message = source.error().message;
