@@ -26,8 +26,7 @@ ProcessThreads& ProcessThreads::shared() {
 
 // Exit handlers run in reverse order. libcurl's libraries register their own while they are loaded and initialised, so
 // ours is registered once more after that: the threads must be gone before OpenSSL tidies up.
-ProcessThreads::ProcessThreads()
-    : worker_(std::make_shared<WorkerThread>()), network_(std::make_shared<CurlNetworkThread>(&watchExit)) {}
+ProcessThreads::ProcessThreads() : network_(&watchExit) {}
 
 void ProcessThreads::watchExit() { std::atexit(&endWithProcess); }
 
@@ -37,15 +36,15 @@ void ProcessThreads::endWithProcess() {
         return;
     }
     auto& threads = shared();
-    threads.worker_->end();
-    threads.network_->drain(grace);
-    threads.network_->end(stopping);
-    threads.worker_->join(stopping);
+    threads.worker_.end();
+    threads.network_.drain(grace);
+    threads.network_.end(stopping);
+    threads.worker_.join(stopping);
 }
 
 void ProcessThreads::forgetThreads() noexcept {
-    shared().worker_->forkedAway();
-    shared().network_->forkedAway();
+    shared().worker_.forkedAway();
+    shared().network_.forkedAway();
 }
 
 } // namespace zentavo::linux_port

@@ -148,7 +148,7 @@ TEST_P(PreferencesConformance, SeesForeignWritesAtOnce) {
 }
 
 TEST_P(PreferencesConformance, UpdatesAreOneStep) {
-    constexpr int rounds = 200;
+    constexpr int rounds = 500;
     std::vector<std::thread> threads;
     for (const auto& shared : {suite, suite, foreign, foreign}) {
         threads.emplace_back([shared] {

@@ -2,6 +2,15 @@
 
 namespace zentavo {
 
+Result<std::shared_ptr<const std::string>> CDPEventOperation::text(const EventBody& body) const {
+    auto text = body.text(expectedBytes_.load(std::memory_order_relaxed));
+    if (!text) {
+        return text.error();
+    }
+    expectedBytes_.store(text->size() + 16, std::memory_order_relaxed); // a number may get another digit or two
+    return std::make_shared<const std::string>(*std::move(text));
+}
+
 void CDPEventOperation::send(Result<std::shared_ptr<const std::string>> text, const Endpoints& endpoints,
                              const std::string& portalId, const std::string& propId,
                              HTTPClient::Completion completion) const {

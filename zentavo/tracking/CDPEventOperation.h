@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -7,6 +8,7 @@
 #include "zentavo/core/Endpoints.h"
 #include "zentavo/foundation/Mutex.h"
 #include "zentavo/tracking/BaseOperation.h"
+#include "zentavo/tracking/EventBody.h"
 
 namespace zentavo {
 
@@ -14,6 +16,9 @@ namespace zentavo {
 class CDPEventOperation : public BaseOperation {
 public:
     using BaseOperation::BaseOperation;
+
+    /// The event's body as text.
+    Result<std::shared_ptr<const std::string>> text(const EventBody& body) const;
 
     /// `portalId` chooses production or sandbox. `text` is the event's body, shared with whoever needs it again when the
     /// answer is there.
@@ -27,6 +32,8 @@ private:
         std::string base, portalId, propId;
         URL url;
     };
+    /// About how long the last body was.
+    mutable std::atomic<std::size_t> expectedBytes_{1024};
     mutable Mutex mutex_;
     /// The URL of the last event and what it was formed of. The next event has the same one, unless account or
     /// endpoints changed in between.

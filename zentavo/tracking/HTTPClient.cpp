@@ -82,7 +82,7 @@ void HTTPClient::start(URL url, std::string method, std::shared_ptr<const std::s
     draft.method = std::move(method);
     draft.maximumAnswerBytes = maximumAnswerBytes;
     if (body) {
-        draft.headers.emplace_back("Content-Type", "application/json");
+        draft.headers = headers_;
         draft.body = std::move(body);
     }
     Request request(std::move(owner), &draft);

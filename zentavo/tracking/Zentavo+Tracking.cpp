@@ -45,16 +45,17 @@ void Zentavo::send(const CDPEvent& event) {
     }
 
     const EventBody body(*state_, account, event, portalId, *propsId);
-    auto text = body.sharedText();
+    const auto operation = cdpOperation();
+    auto text = operation->text(body);
     // What waits for the answer is the text that waits anyway, not the event.
     std::shared_ptr<const std::string> sent = text ? *text : nullptr;
-    cdpOperation()->send(std::move(text), account->endpoints, portalId, body.propId(),
-                         [weak = weak_from_this(), sent = std::move(sent)](const std::optional<std::string>& data,
-                                                                           const std::optional<Error>& error) {
-                             if (const auto self = weak.lock()) {
-                                 self->handleEventAnswer(sent, data, error);
-                             }
-                         });
+    operation->send(std::move(text), account->endpoints, portalId, body.propId(),
+                    [weak = weak_from_this(), sent = std::move(sent)](const std::optional<std::string>& data,
+                                                                      const std::optional<Error>& error) {
+                        if (const auto self = weak.lock()) {
+                            self->handleEventAnswer(sent, data, error);
+                        }
+                    });
 }
 
 void Zentavo::handleEventAnswer(const std::shared_ptr<const std::string>& body, const std::optional<std::string>& data,
