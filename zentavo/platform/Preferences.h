@@ -40,7 +40,9 @@ public:
     virtual void remove(std::string_view key) = 0;
 
     /// Replaces what is under `key` by what `change` makes of it (none removes), as one step that no other thread or
-    /// process comes between. `change` may be called more than once, must be quick, and must not touch the suite.
+    /// process comes between. `change` may be called more than once, must be quick, and must not touch the suite. It
+    /// is copied and may be called after `update` has returned, where another process kept the suite busy: capture by
+    /// value.
     virtual void update(std::string_view key,
                         const std::function<std::optional<Value>(const std::optional<Value>&)>& change) = 0;
 
