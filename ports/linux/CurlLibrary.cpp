@@ -1,6 +1,7 @@
 #include "ports/linux/CurlLibrary.h"
 
 #include <dlfcn.h>
+#include <openssl/crypto.h>
 
 #include "ports/linux/LoadedPages.h"
 
@@ -21,6 +22,11 @@ Result<CurlLibrary> CurlLibrary::open() {
     }
     ZENTAVO_CURL_FUNCTIONS(ZENTAVO_CURL_LOOK_UP)
 #undef ZENTAVO_CURL_LOOK_UP
+    // The process may begin to exit at this very moment, and OpenSSL's exit handler would pull its tables from under the
+    // thread that is setting them up. Nothing is lost without it: the process ends.
+    if (const auto init = reinterpret_cast<decltype(&OPENSSL_init_crypto)>(dlsym(handle, "OPENSSL_init_crypto"))) {
+        init(OPENSSL_INIT_NO_ATEXIT, nullptr);
+    }
     if (library.curl_global_init(CURL_GLOBAL_ALL) != CURLE_OK) {
         return Error{"libcurl cannot be initialised"};
     }
