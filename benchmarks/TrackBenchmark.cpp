@@ -1,7 +1,6 @@
 // What `track` does on its caller's thread, piece by piece: no network, no store on a medium, no threads.
 
 #include <benchmark/benchmark.h>
-
 #include <ports/memory/MemoryPlatform.h>
 #include <zentavo/core/ZentavoState.h>
 #include <zentavo/tracking/CDPEvent.h>

@@ -33,7 +33,6 @@ private:
 /// Answers with the JSON text of `body`.
 void answerJSON(httplib::Response& response, int status, std::string body);
 
-/// Reads as JSON, and tells the client that it may be any size: the library does not compress it.
 inline constexpr const char* jsonType = "application/json";
 
 } // namespace zentavo::devserver

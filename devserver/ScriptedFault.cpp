@@ -92,8 +92,7 @@ ScriptedFault ScriptedFault::from(const std::vector<QueryItem>& query, Problems&
 }
 
 bool ScriptedFault::matches(Twin twin, std::string_view servicePath) const {
-    return path == "*" || path == servicePath ||
-           (twin == Twin::sandbox && ServicePath::of(path).twin == twin && ServicePath::of(path).path == servicePath);
+    return path == "*" || path == servicePath || (twin == Twin::sandbox && ServicePath::of(path).path == servicePath);
 }
 
 bool ScriptedFault::isSlow() const noexcept {

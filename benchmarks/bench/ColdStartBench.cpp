@@ -5,8 +5,8 @@ namespace bench {
 namespace {
 
 constexpr double perMillisecond = 1e6;
-constexpr double mostStartRatio = 0.7;    // of an empty program that links and initialises libcurl
-constexpr double mostLaterFirst = 1.0;    // milliseconds
+constexpr double mostStartRatio = 0.7; // of an empty program that links and initialises libcurl
+constexpr double mostLaterFirst = 1.0; // milliseconds
 
 /// Milliseconds from the start of the process to `moment`.
 double since(const Results& results, const char* moment) {

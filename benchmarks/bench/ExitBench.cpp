@@ -66,8 +66,7 @@ void benchExit(const Options& options, Report& report) {
     }
     // The longest, not the median: this is a promise.
     report.add("collector answers, longest", "ms", percentile(answering, 1), noFloor, valueAtMost(mostMilliseconds));
-    report.add("collector never answers, longest", "ms", percentile(silent, 1), noFloor,
-               valueAtMost(mostMilliseconds));
+    report.add("collector never answers, longest", "ms", percentile(silent, 1), noFloor, valueAtMost(mostMilliseconds));
     report.add("connection refused, longest", "ms", percentile(refused, 1), noFloor, valueAtMost(mostMilliseconds));
     report.add("arrived of 51 handed over, fewest", "events", percentile(arrived, 0));
     report.flush("exit: from the end of main to the end of the process, 50 events handed over");

@@ -4,9 +4,9 @@ namespace bench {
 
 namespace {
 
-constexpr double mostResident = 10 * 1024;        // kB
-constexpr double mostGrowth = 1024;               // kB, after all events are delivered
-constexpr double mostQueuedBeyondBody = 600;      // bytes an event
+constexpr double mostResident = 10 * 1024;   // kB
+constexpr double mostGrowth = 1024;          // kB, after all events are delivered
+constexpr double mostQueuedBeyondBody = 600; // bytes an event
 constexpr double mostThreads = 3;
 
 } // namespace

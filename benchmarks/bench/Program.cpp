@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -93,7 +94,9 @@ Results Program::run(const std::vector<std::string>& arguments, const std::files
     results.set("exec_at", static_cast<double>(begin));
     results.set("ended_at", static_cast<double>(steadyNanoseconds()));
     errno = 0;
-    check(WIFEXITED(status) && WEXITSTATUS(status) == 0, (path_.filename().string() + " failed").c_str());
+    check(status == 0, (path_.filename().string() + " " + (arguments.empty() ? "" : arguments.front()) +
+                        (WIFSIGNALED(status) ? ": signal " + std::to_string(WTERMSIG(status)) : std::string(" failed")))
+                           .c_str());
     parse(told, results);
     return results;
 }

@@ -63,7 +63,8 @@ void Report::flush(const std::string& title) {
 }
 
 void Report::printTable(const std::string& title) const {
-    std::printf("\n%s\n%-44s %-9s %12s %12s %7s  %-18s\n", title.c_str(), "", "unit", "SDK", "floor", "ratio", "target");
+    std::printf("\n%s\n%-44s %-9s %12s %12s %7s  %-18s\n", title.c_str(), "", "unit", "SDK", "floor", "ratio",
+                "target");
     for (const Row& row : rows_) {
         std::printf("%-44s %-9s %12s %12s %7s  %-18s %s\n", row.name.c_str(), row.unit.c_str(), number(row.sdk).c_str(),
                     number(row.floor).c_str(), number(row.sdk / row.floor).c_str(),

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
-#include <curl/curl.h>
 #include <string_view>
+
+#include <curl/curl.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 

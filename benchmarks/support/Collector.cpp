@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <string_view>
+
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <string_view>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>

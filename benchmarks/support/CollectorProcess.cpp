@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdlib>
+
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+
 #include <sys/types.h>
 
 #include "support/Collector.h"

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <string>
+
 #include <sys/resource.h>
 
 namespace bench {

@@ -1,6 +1,7 @@
 #include "support/Traffic.h"
 
 #include <new>
+
 #include <sys/mman.h>
 #include <unistd.h>
 

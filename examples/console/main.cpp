@@ -77,9 +77,9 @@ Map properties(const std::vector<std::string>& parts) {
 }
 
 bool parse(int argc, char** argv, Options& options) {
-    const std::map<std::string_view, std::string*> texts{
-        {"--suite", &options.suite}, {"--server", &options.server}, {"--portal", &options.portal},
-        {"--props", &options.props}, {"--group", &options.group},   {"--app", &options.app}};
+    const std::map<std::string_view, std::string*> texts{{"--suite", &options.suite},   {"--server", &options.server},
+                                                         {"--portal", &options.portal}, {"--props", &options.props},
+                                                         {"--group", &options.group},   {"--app", &options.app}};
     for (int i = 1; i < argc; ++i) {
         const std::string_view argument = argv[i];
         const auto text = texts.find(argument);
@@ -123,7 +123,10 @@ bool run(const std::string& verb, Zentavo& sdk, const Options& options, console:
     const std::vector<std::string> parts = split(argument, ',');
 
     const std::map<std::string_view, std::function<void()>> verbs{
-        {"activate", [&] { sdk.activate(Configuration{options.portal, options.props, options.group, options.app}); }},
+        {"activate",
+         [&] {
+             sdk.activate(Configuration{options.portal, options.props, options.group, options.app});
+         }},
         {"track",
          [&] {
              CDPEvent event(parts[0]);

@@ -112,13 +112,12 @@ std::optional<URLError> CurlTransfer::begin(std::shared_ptr<CurlTask> task, Mome
 
     deadline_ = now + bounded(request.totalTimeout);
     lastProgress_ = now;
-    progress_ = -1;
-    nextCheck_ = now;
-    overdue(now);
+    progress_ = 0;
+    nextCheck_ = std::min(deadline_, now + std::max(bounded(request.idleTimeout) / 8, shortestTimeout));
     return std::nullopt;
 }
 
-std::optional<URLError> CurlTransfer::setHeaders(const std::vector<Header>& headers) {
+std::optional<URLError> CurlTransfer::setHeaders(const platform::Headers& headers) {
     if (headers_ == headers) {
         return std::nullopt;
     }

@@ -47,7 +47,7 @@ public:
     static CurlTransfer* of(const CurlLibrary& curl, CURL* handle);
 
 private:
-    std::optional<platform::URLError> setHeaders(const std::vector<platform::Header>& headers);
+    std::optional<platform::URLError> setHeaders(const platform::Headers& headers);
     void setMethodAndBody();
     void setScheme(bool secure);
     /// A sum that grows whenever something comes or goes, connecting included.
@@ -65,7 +65,7 @@ private:
 
     // What the handle is set to, so that it need not be set again.
     curl_slist* headerList_ = nullptr;
-    std::optional<std::vector<platform::Header>> headers_;
+    std::optional<platform::Headers> headers_;
     std::optional<bool> secure_;
 
     // The exchange under way.

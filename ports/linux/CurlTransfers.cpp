@@ -168,14 +168,18 @@ void CurlTransfers::wait() {
     for (const auto& transfer : active_) {
         next = std::min(next, transfer->nextCheck());
     }
-    int timeout = std::numeric_limits<int>::max();
+    int timeout = wakeUp_.works() ? std::numeric_limits<int>::max() : 50;
     if (next != CurlTransfer::Moment::max()) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now()).count();
         timeout = static_cast<int>(std::clamp<std::int64_t>(left, 0, timeout));
     }
-    curl_.curl_multi_poll(multi_, nullptr, 0, timeout, nullptr);
+    curl_waitfd wakeUp{wakeUp_.descriptor(), CURL_WAIT_POLLIN, 0};
+    curl_.curl_multi_poll(multi_, &wakeUp, 1, timeout, nullptr);
+    if (wakeUp.revents != 0) {
+        wakeUp_.clear();
+    }
 }
 
-void CurlTransfers::wake() { curl_.curl_multi_wakeup(multi_); }
+void CurlTransfers::wake() { wakeUp_.signal(); }
 
 } // namespace zentavo::linux_port

@@ -19,6 +19,15 @@ bool HostLimiter::admit(const std::shared_ptr<CurlTask>& task) {
     return false;
 }
 
+std::string_view HostLimiter::full() const {
+    for (const auto& [key, host] : hosts_) {
+        if (host.active >= host.limit) {
+            return key;
+        }
+    }
+    return {};
+}
+
 std::vector<std::shared_ptr<CurlTask>> HostLimiter::release(std::string_view origin, std::optional<bool> multiplexed) {
     std::vector<std::shared_ptr<CurlTask>> begin;
     const auto found = hosts_.find(origin);

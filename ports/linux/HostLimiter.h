@@ -29,6 +29,9 @@ public:
     /// Returns what may begin now. Exchanges that were ended while they waited (they have no request any more) are skipped.
     std::vector<std::shared_ptr<CurlTask>> release(std::string_view origin, std::optional<bool> multiplexed);
 
+    /// An origin of which nothing more can begin before something ends; empty when there is none.
+    std::string_view full() const;
+
 private:
     struct Host {
         std::size_t active = 0;

@@ -70,7 +70,7 @@ std::shared_ptr<platform::Platform> makeLinuxPlatform(LinuxOptions options) {
     result->queues = std::make_shared<LinuxDispatchQueues>(worker);
     result->clock = std::make_shared<LinuxClock>();
     result->random = std::make_shared<LinuxRandom>();
-    result->calendar = std::make_shared<IcuCalendar>();
+    result->calendar = std::make_shared<IcuCalendar>("", "", log);
     result->systemLog = log;
     result->console = std::make_shared<StdoutConsole>();
     return result;

@@ -85,7 +85,8 @@ std::string networkKind(const std::filesystem::path& root) {
 }
 
 std::string machineInfo(const std::string& name, const std::filesystem::path& root) {
-    const std::string text = "\n" + readTextFile(root / "etc/machine-info", maximumFileBytes).value_or("");
+    std::string text = "\n";
+    text += readTextFile(root / "etc/machine-info", maximumFileBytes).value_or("");
     const auto at = text.find("\n" + name + "=");
     if (at == std::string::npos) {
         return {};

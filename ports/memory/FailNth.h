@@ -1,11 +1,11 @@
 #pragma once
 
-#include "zentavo/platform/Preferences.h"
-#include "zentavo/platform/URLSession.h"
-
 #include <atomic>
 #include <cstddef>
 #include <memory>
+
+#include "zentavo/platform/Preferences.h"
+#include "zentavo/platform/URLSession.h"
 
 namespace zentavo::testing {
 

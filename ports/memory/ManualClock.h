@@ -1,9 +1,9 @@
 #pragma once
 
+#include <chrono>
+
 #include "zentavo/foundation/Mutex.h"
 #include "zentavo/platform/Clock.h"
-
-#include <chrono>
 
 namespace zentavo::testing {
 

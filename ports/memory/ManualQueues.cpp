@@ -1,8 +1,5 @@
 #include "ports/memory/ManualQueues.h"
 
-#include "zentavo/foundation/Fault.h"
-#include "zentavo/foundation/Mutex.h"
-
 #include <algorithm>
 #include <atomic>
 #include <deque>
@@ -11,6 +8,9 @@
 #include <optional>
 #include <thread>
 #include <utility>
+
+#include "zentavo/foundation/Fault.h"
+#include "zentavo/foundation/Mutex.h"
 
 namespace zentavo::testing {
 
@@ -161,17 +161,13 @@ ManualQueues::ManualQueues(std::shared_ptr<ManualClock> clock)
     : clock_(std::move(clock)), board_(std::make_shared<Board>(clock_)),
       mainQueue_(std::make_shared<MainQueue>(board_)) {}
 
-ManualQueues::~ManualQueues() {
-    board_->end();
-}
+ManualQueues::~ManualQueues() { board_->end(); }
 
 std::shared_ptr<platform::DispatchQueue> ManualQueues::make(std::string, platform::QueueKind) {
     return std::make_shared<Queue>(board_);
 }
 
-std::shared_ptr<platform::MainQueue> ManualQueues::mainQueue() {
-    return mainQueue_;
-}
+std::shared_ptr<platform::MainQueue> ManualQueues::mainQueue() { return mainQueue_; }
 
 std::size_t ManualQueues::run() {
     const auto newest = board_->newest();
@@ -203,12 +199,8 @@ std::size_t ManualQueues::advance(nanoseconds duration) {
     return ran;
 }
 
-std::size_t ManualQueues::waiting() const {
-    return board_->count(true);
-}
+std::size_t ManualQueues::waiting() const { return board_->count(true); }
 
-std::size_t ManualQueues::timers() const {
-    return board_->count(false);
-}
+std::size_t ManualQueues::timers() const { return board_->count(false); }
 
 } // namespace zentavo::testing

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "ports/memory/ManualClock.h"
-#include "zentavo/platform/DispatchQueue.h"
-#include "zentavo/platform/MainQueue.h"
-
 #include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string>
+
+#include "ports/memory/ManualClock.h"
+#include "zentavo/platform/DispatchQueue.h"
+#include "zentavo/platform/MainQueue.h"
 
 namespace zentavo::testing {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "zentavo/foundation/Mutex.h"
-#include "zentavo/platform/Application.h"
-
 #include <cstddef>
 #include <vector>
+
+#include "zentavo/foundation/Mutex.h"
+#include "zentavo/platform/Application.h"
 
 namespace zentavo::testing {
 

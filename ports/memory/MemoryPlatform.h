@@ -1,5 +1,8 @@
 #pragma once
 
+#include <memory>
+#include <string>
+
 #include "ports/memory/FixedZoneCalendar.h"
 #include "ports/memory/ManualClock.h"
 #include "ports/memory/ManualQueues.h"
@@ -13,9 +16,6 @@
 #include "ports/memory/ScriptedURLSession.h"
 #include "ports/memory/SeededRandom.h"
 #include "zentavo/platform/Platform.h"
-
-#include <memory>
-#include <string>
 
 namespace zentavo::testing {
 

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "zentavo/foundation/Mutex.h"
-#include "zentavo/platform/DispatchQueue.h"
-#include "zentavo/platform/UserNotifications.h"
-
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "zentavo/foundation/Mutex.h"
+#include "zentavo/platform/DispatchQueue.h"
+#include "zentavo/platform/UserNotifications.h"
 
 namespace zentavo::testing {
 

@@ -97,7 +97,8 @@ TEST_F(ActivationTest, TheBundleIdentifierIsTheAppsAlsoInsideItsExtension) {
     EXPECT_EQ(Zentavo::getBundleId(), "com.example.shop");
 
     testing::MemoryPlatform inExtension;
-    const auto bundles = std::make_shared<testing::MemoryBundles>("/apps/Shop.app/PlugIns/Push.appex", "com.example.push");
+    const auto bundles =
+        std::make_shared<testing::MemoryBundles>("/apps/Shop.app/PlugIns/Push.appex", "com.example.push");
     inExtension.platform()->bundles = bundles;
     Zentavo::setShared(std::make_shared<Zentavo>(inExtension.platform()));
     EXPECT_EQ(Zentavo::getBundleId(), "com.example.push"); // no app around it: the extension's own

@@ -1,5 +1,6 @@
-#include "tests/support/SdkTest.h"
 #include "zentavo/core/Context.h"
+
+#include "tests/support/SdkTest.h"
 
 namespace zentavo {
 namespace {

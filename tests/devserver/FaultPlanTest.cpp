@@ -47,6 +47,7 @@ TEST(FaultPlan, AServicePathMeansBothTwinsAndATwinsPathMeansOne) {
     plan.add(fault("path=/sandbox/event&status=500"));
     EXPECT_EQ(next(plan, "/event"), "");
     EXPECT_EQ(next(plan, "/event", Twin::sandbox), "status=500");
+    EXPECT_EQ(ServicePath::of("/sandboxed/event").twin, Twin::production);
     plan.add(fault("path=/event&status=501&times=2"));
     EXPECT_EQ(next(plan, "/event", Twin::sandbox), "status=501");
     EXPECT_EQ(next(plan, "/event"), "status=501");

@@ -101,7 +101,9 @@ TEST(RequestLog, WaitingEndsWithTheLastThatIsNeeded) {
     EXPECT_TRUE(log.waitFor(filter, 1, in(0)));
     EXPECT_FALSE(log.waitFor(filter, 2, in(10)));
 
+    const auto start = std::chrono::steady_clock::now();
     std::thread sender([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
         log.add(entry("/other"));
         log.add(entry("/event"));
         log.add(entry("/event"));
@@ -112,6 +114,7 @@ TEST(RequestLog, WaitingEndsWithTheLastThatIsNeeded) {
     std::thread closer([&] { log.close(); });
     EXPECT_FALSE(log.waitFor(filter, 4, in(10'000))) << "a server that stops keeps nobody waiting";
     closer.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(9));
 }
 
 TEST(RequestLog, WhatWasClearedDoesNotCountForTheWaiting) {

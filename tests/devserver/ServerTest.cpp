@@ -50,6 +50,8 @@ TEST_F(ServerTest, AnEventIsAnsweredAndLoggedAsItWasSent) {
     EXPECT_EQ(*logged.find("problems"), Value(List()));
 
     EXPECT_EQ(client().Get("/_dev/body?number=1")->body, text(sampleEvent()));
+    const auto plain = client().Get("/_dev/status", {{"Accept-Encoding", "gzip"}});
+    EXPECT_FALSE(plain->has_header("Content-Encoding")) << "compressing costs more than it saves on one machine";
     EXPECT_EQ(client().Get("/_dev/request?number=2")->status, 404);
     EXPECT_EQ(client().Delete("/_dev/requests")->status, 200);
     EXPECT_TRUE(requests().empty());
@@ -160,6 +162,16 @@ TEST_F(ServerTest, WaitingEndsWhenTheRequestsHaveCome) {
          {"/_dev/wait?timeout=61", "/_dev/wait?count=0", "/_dev/requests?limit=x", "/_dev/requests?paht=/event"}) {
         EXPECT_EQ(client().Get(wrong)->status, 400) << wrong;
     }
+}
+
+TEST_F(ServerTest, AServerThatStopsKeepsNobodyWaiting) {
+    const RawConnection waiting(server->port());
+    waiting.send("GET /_dev/wait?timeout=60 HTTP/1.1\r\n\r\n");
+    const RawConnection idle(server->port());
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const auto start = std::chrono::steady_clock::now();
+    server.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 TEST_F(ServerTest, DevicesAreRemembered) {

@@ -21,6 +21,7 @@ TEST(Text, WhatIsNoUTF8IsReplacedByteByByte) {
         {"plain ü € 😀", "plain ü € 😀"},
         {"a\xFFz", "a" + mark + "z"},
         {"\xC3", mark},                                  // cut short
+        {"\xE0\x80\xAF", mark + mark + mark},            // overlong
         {"\xC0\xAF", mark + mark},                       // overlong
         {"\xED\xA0\x80", mark + mark + mark},            // a surrogate
         {"\xF4\x90\x80\x80", mark + mark + mark + mark}, // beyond U+10FFFF

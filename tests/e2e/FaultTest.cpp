@@ -15,15 +15,11 @@ TEST_F(FaultTest, WhateverTheCollectorDoesTheNextEventArrives) {
         const char* wait;
     };
     const std::vector<Case> cases{
-        {"status=500", "wait"},
-        {"status=404", "wait"},
-        {"reset=1", "wait"},
-        {"empty=1", "wait"},
-        {"body=%7Bgarbage", "wait"},
-        {"size=104857600", "wait"},    // 100 MB
-        {"redirect=/event", "wait"},   // for ever
-        {"hang=1", "wait:0.2"},
-        {"drip=1&body=slowly", "wait:0.2"},
+        {"status=500", "wait"},      {"status=404", "wait"},
+        {"reset=1", "wait"},         {"empty=1", "wait"},
+        {"body=%7Bgarbage", "wait"}, {"size=104857600", "wait"}, // 100 MB
+        {"redirect=/event", "wait"},                             // for ever
+        {"hang=1", "wait:0.2"},      {"drip=1&body=slowly", "wait:0.2"},
     };
     std::size_t before = 1;
     for (const Case& each : cases) {
@@ -86,7 +82,8 @@ TEST_F(FaultTest, ADamagedStoreIsPutAsideAndAFreshOneMade) {
         EXPECT_THAT(output, ::testing::HasSubstr("customer \"\""));
     }
     const auto events = server.events(4);
-    EXPECT_THAT(names(events), ::testing::ElementsAre("app_install", "app_install", "after", "after"));
+    // Requests of one start go out beside each other and arrive in any order.
+    EXPECT_THAT(names(events), ::testing::UnorderedElementsAre("app_install", "app_install", "after", "after"));
 }
 
 TEST_F(FaultTest, AStoreThatCannotBeMadeIsReplacedByMemory) {
@@ -107,6 +104,9 @@ TEST_F(FaultTest, TenThousandEventsIntoAnOutageStayWithinBounds) {
     const std::size_t at = output.rfind("resident ");
     ASSERT_NE(at, std::string::npos);
     const long kilobytes = std::stol(output.substr(at + 9));
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << kilobytes << " kB, most of it the sanitizer's";
+#endif
     EXPECT_LT(kilobytes, 64 * 1024) << "10,000 waiting events, body and bookkeeping";
 }
 

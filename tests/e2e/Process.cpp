@@ -2,9 +2,10 @@
 
 #include <cerrno>
 #include <csignal>
+#include <stdexcept>
+
 #include <fcntl.h>
 #include <poll.h>
-#include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
 

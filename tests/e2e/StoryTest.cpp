@@ -15,7 +15,8 @@ protected:
 };
 
 TEST_F(StoryTest, TheStoreCrossesProcessBorders) {
-    ASSERT_EQ(console({"activate", "track:signup,plan=pro", "screen:Home", "identify:c1", "uid:u1", "wait"}), 0) << output;
+    ASSERT_EQ(console({"activate", "track:signup,plan=pro", "screen:Home", "identify:c1", "uid:u1", "wait"}), 0)
+        << output;
     ASSERT_EQ(console({"activate", "track:again", "wait"}), 0) << output;
 
     const auto events = server.events(4);

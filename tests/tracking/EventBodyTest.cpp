@@ -1,9 +1,10 @@
+#include "zentavo/tracking/EventBody.h"
+
 #include <fstream>
 #include <random>
 #include <sstream>
 
 #include "tests/support/SdkTest.h"
-#include "zentavo/tracking/EventBody.h"
 
 namespace zentavo {
 namespace {
@@ -78,12 +79,16 @@ TEST_F(EventBodyTest, ExtraMergesTheHostsEntriesUnderTheSDKsOwn) {
     store()->set(keys().clkBc, "click");
     store()->set(keys().sessionId, "s1");
     CDPEvent event("e", {}, {}, {}, {{"shared", "object"}, {"sku", "A1"}},
-                   {{"list", "event"}, {"shared", "event"}, {"screen_name", "property"}, {"session_id", "host"},
-                    {"visitor_type", "host"}, {"identify_type", "host"}},
+                   {{"list", "event"},
+                    {"shared", "event"},
+                    {"screen_name", "property"},
+                    {"session_id", "host"},
+                    {"visitor_type", "host"},
+                    {"identify_type", "host"}},
                    "main", "Home page", "Home");
-    const Map expected{{"utm_source", "mail"}, {"list", "event"},       {"shared", "object"},
-                       {"sku", "A1"},          {"screen_name", "Home"}, {"screen_label", "Home page"},
-                       {"atm", "atm-text"},    {"_clk_bc", "click"},    {"session_id", "s1"},
+    const Map expected{{"utm_source", "mail"},  {"list", "event"},       {"shared", "object"},
+                       {"sku", "A1"},           {"screen_name", "Home"}, {"screen_label", "Home page"},
+                       {"atm", "atm-text"},     {"_clk_bc", "click"},    {"session_id", "s1"},
                        {"screen_type", "main"}, {"visitor_type", "new"}, {"identify_type", "predict"}};
     EXPECT_EQ(part(event.bodyMap(), "extra"), expected);
     sdk->setIsAssociatedUTM(false);

@@ -9,9 +9,9 @@ class EventDispatchTest : public SdkTest {};
 
 TEST_F(EventDispatchTest, PortalChoosesSandboxOrProduction) {
     for (const auto& [portal, host] : std::map<std::string, std::string>{{"33167", "sandbox.example"},
-                                                                        {"331670", "production.example"},
-                                                                        {" 33167", "production.example"},
-                                                                        {"", "production.example"}}) {
+                                                                         {"331670", "production.example"},
+                                                                         {" 33167", "production.example"},
+                                                                         {"", "production.example"}}) {
         Endpoints endpoints;
         endpoints.collection = "http://production.example";
         endpoints.collectionSandbox = "http://sandbox.example";

@@ -27,10 +27,9 @@ TEST_F(PushRegistrationTest, ATokenIsIdentifiedAndTheSubscriptionTracked) {
     registerToken();
     const auto requests = sent("/api/app/identify");
     ASSERT_EQ(requests.size(), 1U);
-    EXPECT_EQ(bodyOf(*requests[0]), (Map{{"portal_id", 1001},
-                                         {"identifier", "0aff"},
-                                         {"channel", "ios"},
-                                         {"device_id", sdk->getDeviceId()}}));
+    EXPECT_EQ(
+        bodyOf(*requests[0]),
+        (Map{{"portal_id", 1001}, {"identifier", "0aff"}, {"channel", "ios"}, {"device_id", sdk->getDeviceId()}}));
     EXPECT_EQ(sdk->getPushUid(), "push-1");
     ASSERT_THAT(eventNames(), ElementsAre("app_push_subscribe"));
     const Map body = events()[0];

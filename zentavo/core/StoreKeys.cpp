@@ -7,8 +7,9 @@ StoreKeys::StoreKeys(const std::optional<std::string>& mainBundleIdentifier)
       customerId(prefix + "ZentavoCustomerId"), customerProperties(prefix + "ZentavoCustomerProperties"),
       visitorType(prefix + "visitorType"), sessionId(prefix + "sessionId"), utm(prefix + "utm"), atm(prefix + "atm"),
       clkBc(prefix + "clkBc"), portalId(prefix + "ZenatvoPortalKey"), propsId(prefix + "ZenatvoPropsKey"),
-      pushUid(prefix + "ZentavoUid"), deviceToken(prefix + "ZenatvoDeviceTokenFlag"), appInstall(prefix + "app_install"),
-      operationTime(prefix + "operationTime"), applicationId(prefix + "applicationId"),
+      pushUid(prefix + "ZentavoUid"), deviceToken(prefix + "ZenatvoDeviceTokenFlag"),
+      appInstall(prefix + "app_install"), operationTime(prefix + "operationTime"),
+      applicationId(prefix + "applicationId"),
       badge(mainBundleIdentifier ? *mainBundleIdentifier + ".badge" : "ZentavoSDK.badge") {}
 
 } // namespace zentavo

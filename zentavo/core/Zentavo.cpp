@@ -38,9 +38,8 @@ void Zentavo::setShared(std::shared_ptr<Zentavo> instance) {
 }
 
 Zentavo::Zentavo(std::shared_ptr<platform::Platform> system) : state_(std::make_shared<State>(std::move(system))) {
-    setFaultLog([log = state_->platform->systemLog](const std::string& line) {
-        log->write(platform::LogLevel::error, line);
-    });
+    setFaultLog(
+        [log = state_->platform->systemLog](const std::string& line) { log->write(platform::LogLevel::error, line); });
 }
 
 Zentavo::~Zentavo() = default;

@@ -15,13 +15,10 @@ std::string encode(std::span<const std::uint8_t> bytes) {
 }
 
 std::optional<std::vector<std::uint8_t>> decode(std::string_view text) {
-    if (text.size() % 2 != 0) {
-        return std::nullopt;
-    }
     std::vector<std::uint8_t> bytes;
     bytes.reserve(text.size() / 2);
     for (std::size_t i = 0; i < text.size(); i += 2) {
-        const int byte = detail::hexByte(text, i);
+        const int byte = detail::hexByte(text, i); // -1 also where only one digit is left
         if (byte < 0) {
             return std::nullopt;
         }

@@ -197,7 +197,6 @@ Result<void> JSONWriter::finish() const { return failed_ ? Result<void>(error_) 
 
 /// Appends `text` as a JSON string, part by part: the general case.
 bool JSONWriter::appendEscaped(std::string_view text) {
-    const std::size_t before = out_.size();
     out_ += '"';
     std::size_t runStart = 0;
     std::size_t i = 0;
@@ -205,7 +204,6 @@ bool JSONWriter::appendEscaped(std::string_view text) {
         if (static_cast<unsigned char>(text[i]) >= 0x80) {
             const std::size_t length = utf8::characterLength(text, i);
             if (length == 0) {
-                out_.resize(before);
                 fail("text that is not UTF-8");
                 return false;
             }

@@ -11,24 +11,29 @@ namespace {
 /// Up to here a walk over the entries is faster than a hash, and the map carries no index.
 constexpr std::size_t walkedEntries = 16;
 
-/// Mixes eight bytes at a time by the two halves of a 128-bit product. Where the program lies in memory differs from
-/// run to run and seeds it, so that names which all meet in one slot cannot be prepared beforehand.
+/// The two halves of the 128-bit product, one over the other.
+std::uint64_t foldedProduct(std::uint64_t a, std::uint64_t b) noexcept {
+    constexpr std::uint64_t lower = 0xFFFFFFFFU;
+    const std::uint64_t low = (a & lower) * (b & lower);
+    const std::uint64_t middle = (a >> 32U) * (b & lower);
+    const std::uint64_t cross = (low >> 32U) + (middle & lower) + (a & lower) * (b >> 32U);
+    const std::uint64_t high = (middle >> 32U) + (cross >> 32U) + (a >> 32U) * (b >> 32U);
+    return high ^ (cross << 32U | (low & lower));
+}
+
+/// Eight bytes at a time. Where the program lies in memory differs from run to run and seeds it, so that names which
+/// all meet in one slot cannot be prepared beforehand.
 std::size_t hashOf(std::string_view key) noexcept {
     static const char seed = 0;
-    const auto mix = [](std::uint64_t a, std::uint64_t b) {
-        __extension__ using Wide = unsigned __int128;
-        const Wide product = static_cast<Wide>(a) * b;
-        return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64U);
-    };
     std::uint64_t state = reinterpret_cast<std::uintptr_t>(&seed) ^ (key.size() * 0x9E3779B97F4A7C15U);
     while (!key.empty()) {
         std::uint64_t word = 0;
         const std::size_t taken = std::min(key.size(), sizeof word);
         std::memcpy(&word, key.data(), taken);
-        state = mix(state ^ word, 0xD6E8FEB86659FD93U);
+        state = foldedProduct(state ^ word, 0xD6E8FEB86659FD93U);
         key.remove_prefix(taken);
     }
-    return mix(state ^ 0xA0761D6478BD642FU, 0xE7037ED1A0B428DBU);
+    return static_cast<std::size_t>(foldedProduct(state ^ 0xA0761D6478BD642FU, 0xE7037ED1A0B428DBU));
 }
 
 } // namespace

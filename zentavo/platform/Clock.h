@@ -22,9 +22,7 @@ public:
     virtual LocalTime local(TimePoint moment) const = 0;
 
     /// Seconds since 1970-01-01 UTC, with the fraction.
-    double secondsSince1970() const {
-        return std::chrono::duration<double>(now().time_since_epoch()).count();
-    }
+    double secondsSince1970() const { return std::chrono::duration<double>(now().time_since_epoch()).count(); }
 };
 
 } // namespace zentavo::platform

@@ -10,27 +10,34 @@
 #include "zentavo/platform/Clock.h"
 #include "zentavo/platform/Device.h"
 #include "zentavo/platform/DispatchQueue.h"
+#include "zentavo/platform/KeyServices.h"
 #include "zentavo/platform/MainQueue.h"
 #include "zentavo/platform/Preferences.h"
 #include "zentavo/platform/Random.h"
 #include "zentavo/platform/SystemLog.h"
 #include "zentavo/platform/URLSession.h"
 #include "zentavo/platform/UserNotifications.h"
+#include "zentavo/platform/Views.h"
+#include "zentavo/platform/WebView.h"
 
 namespace zentavo::platform {
 
-/// The answers that only a user interface can give. None of them is ever null.
+/// The answers that only a user interface can give.
 struct UserInterface {
     std::shared_ptr<MainQueue> mainQueue;
     std::shared_ptr<UserNotifications> userNotifications;
     std::shared_ptr<Application> application;
+    /// Null where there is no toolkit; so is `webViews` where it cannot show web pages.
+    std::shared_ptr<Views> views = nullptr;
+    std::shared_ptr<WebViews> webViews = nullptr;
 };
 
 /// Everything that the SDK asks of a system, as one record. A port fills every member before it hands the record out;
 /// from then on the members do not change. The user interface alone may be exchanged later, when a toolkit is attached.
 class ZENTAVO_EXPORT Platform {
 public:
-    explicit Platform(UserInterface interface) : interface_(std::make_shared<const UserInterface>(std::move(interface))) {}
+    explicit Platform(UserInterface interface)
+        : interface_(std::make_shared<const UserInterface>(std::move(interface))) {}
 
     std::shared_ptr<PreferencesProvider> preferences;
     std::shared_ptr<Bundles> bundles;
@@ -40,6 +47,7 @@ public:
     std::shared_ptr<Clock> clock;
     std::shared_ptr<Random> random;
     std::shared_ptr<Calendar> calendar;
+    std::shared_ptr<KeyServices> keyServices;
     std::shared_ptr<SystemLog> systemLog;
     std::shared_ptr<Console> console;
 

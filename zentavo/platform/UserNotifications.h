@@ -26,8 +26,9 @@ public:
 
     virtual void settings(std::function<void(AuthorizationStatus)> completion) = 0;
     /// Asks the user, where the system does that. `error` says why the question could not be put.
-    virtual void requestAuthorization(std::uint32_t options,
-                                      std::function<void(bool granted, std::optional<std::string> error)> completion) = 0;
+    virtual void
+    requestAuthorization(std::uint32_t options,
+                         std::function<void(bool granted, std::optional<std::string> error)> completion) = 0;
 };
 
 } // namespace zentavo::platform

@@ -10,8 +10,8 @@ CDPEvent::CDPEvent(std::string name, std::vector<Map> eventItems, Map user, Map 
     : CDPEvent(*Zentavo::shared(), std::move(name), std::move(eventItems), std::move(user), std::move(customer),
                std::move(object), std::move(event), std::move(type), std::move(label), std::move(screen)) {}
 
-CDPEvent::CDPEvent(Zentavo& instance, std::string name, std::vector<Map> eventItems, Map user, Map customer,
-                   Map object, Map event, std::string type, std::string label, std::string screen)
+CDPEvent::CDPEvent(Zentavo& instance, std::string name, std::vector<Map> eventItems, Map user, Map customer, Map object,
+                   Map event, std::string type, std::string label, std::string screen)
     : portal_id(instance.getPortalId().value_or("")), prop_id(instance.getPropsId()), en(std::move(name)),
       uid(instance.getUid()), items(std::move(eventItems)), customerProps(std::move(customer)),
       userProps(std::move(user)), eventProps(std::move(event)), objectProps(std::move(object)),
@@ -55,11 +55,16 @@ Map CDPEvent::encode() const {
         return value != nullptr ? *value : Value(Map());
     };
     return Map{
-        {"portal_id", portal_id},      {"prop_id", prop_id},
-        {"en", en},                    {"uid", uid},
-        {"dims", part("dims")},        {"extra", part("extra")},
-        {"items", List(items.begin(), items.end())}, {"resp_type", "json"},
-        {"userproperties", userProps}, {"customerproperties", customerProps},
+        {"portal_id", portal_id},
+        {"prop_id", prop_id},
+        {"en", en},
+        {"uid", uid},
+        {"dims", part("dims")},
+        {"extra", part("extra")},
+        {"items", List(items.begin(), items.end())},
+        {"resp_type", "json"},
+        {"userproperties", userProps},
+        {"customerproperties", customerProps},
     };
 }
 

@@ -19,9 +19,9 @@ struct ZENTAVO_EXPORT CDPEvent {
                       Map objectProps = {}, Map evetProps = {}, std::string screenType = {},
                       std::string screenLabel = {}, std::string screenName = {});
     /// An event of an instance of its own.
-    CDPEvent(Zentavo& instance, std::string en, std::vector<Map> items = {}, Map userProps = {},
-             Map customerProps = {}, Map objectProps = {}, Map evetProps = {}, std::string screenType = {},
-             std::string screenLabel = {}, std::string screenName = {});
+    CDPEvent(Zentavo& instance, std::string en, std::vector<Map> items = {}, Map userProps = {}, Map customerProps = {},
+             Map objectProps = {}, Map evetProps = {}, std::string screenType = {}, std::string screenLabel = {},
+             std::string screenName = {});
 
     void setPropsId(std::string propId) { prop_id = std::move(propId); }
     const std::string& getPropsId() const noexcept { return prop_id; }

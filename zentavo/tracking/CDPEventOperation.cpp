@@ -5,7 +5,10 @@ namespace zentavo {
 void CDPEventOperation::send(const EventBody& body, const Endpoints& endpoints, const std::string& portalId,
                              HTTPClient::Completion completion) const {
     URL target = eventURL(endpoints.collectionFor(portalId), portalId, body.propId());
-    auto text = body.text();
+    auto text = body.text(expectedBytes_.load(std::memory_order_relaxed));
+    if (text) {
+        expectedBytes_.store(text->size() + 16, std::memory_order_relaxed); // a number may get another digit or two
+    }
     if (const auto& log = httpClient->log(); log->enabled()) {
         log->write("TrackEvent: URL: " + target.text());
         log->write("TrackEvent: BODY: " + (text ? *text : text.error().message));
@@ -20,8 +23,8 @@ URL CDPEventOperation::eventURL(const std::string& base, const std::string& port
             return last_->url;
         }
     }
-    URL formed = urlWithQuery(url(base, "/event"),
-                              {{"resp_type", "json"}, {"portal_id", portalId}, {"prop_id", propId}});
+    URL formed =
+        urlWithQuery(url(base, "/event"), {{"resp_type", "json"}, {"portal_id", portalId}, {"prop_id", propId}});
     MutexLock lock(mutex_);
     last_ = Formed{base, portalId, propId, formed};
     return formed;

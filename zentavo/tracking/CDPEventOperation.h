@@ -1,10 +1,11 @@
 #pragma once
 
+#include <atomic>
+#include <optional>
+
 #include "zentavo/foundation/Mutex.h"
 #include "zentavo/tracking/BaseOperation.h"
 #include "zentavo/tracking/EventBody.h"
-
-#include <optional>
 
 namespace zentavo {
 
@@ -24,6 +25,8 @@ private:
         std::string base, portalId, propId;
         URL url;
     };
+    /// About how long the last body was.
+    mutable std::atomic<std::size_t> expectedBytes_{1024};
     mutable Mutex mutex_;
     /// The URL of the last event and what it was formed of. The next event has the same one, unless account or
     /// endpoints changed in between.

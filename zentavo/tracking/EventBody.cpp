@@ -201,12 +201,11 @@ void EventBody::describeExtra(Sink& sink) const {
               event_.eventProps, event_.objectProps, screen, attribution, own);
 }
 
-Result<std::string> EventBody::text() const {
+Result<std::string> EventBody::text(std::size_t expectedBytes) const {
     // The text is held until the answer is there, perhaps among thousands: what it takes beyond its length counts.
-    constexpr std::size_t usualEvent = 512;
-    constexpr std::size_t generous = 256;
+    constexpr std::size_t generous = 128;
     std::string out;
-    out.reserve((account_->contextText ? account_->contextText->size() : 0) + usualEvent);
+    out.reserve(expectedBytes);
     TextSink sink(out);
     describe(sink);
     if (auto finished = sink.finish(); !finished) {

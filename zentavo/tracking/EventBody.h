@@ -21,8 +21,8 @@ public:
     EventBody(const Zentavo::State& state, std::shared_ptr<const Account> account, const CDPEvent& event,
               const std::string& portalId, const std::string& propsId);
 
-    /// An error names the entry that JSON cannot say.
-    Result<std::string> text() const;
+    /// An error names the entry that JSON cannot say. `expectedBytes` is a guess at the text's length.
+    Result<std::string> text(std::size_t expectedBytes = 1024) const;
     Map map() const;
 
     const std::string& propId() const noexcept { return propId_; }

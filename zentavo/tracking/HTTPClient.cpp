@@ -73,7 +73,7 @@ void HTTPClient::start(URL url, std::string method, std::shared_ptr<const std::s
     draft.method = std::move(method);
     draft.maximumAnswerBytes = maximumAnswerBytes;
     if (body) {
-        draft.headers.emplace_back("Content-Type", "application/json");
+        draft.headers = headers_;
         draft.body = std::move(body);
     }
     Request request(std::move(owner), &draft);
@@ -101,9 +101,7 @@ void HTTPClient::refuse(const Error& error, const Completion& completion) const 
         log_->write("Error: " + error.message);
     }
     if (completion) {
-        concurrent_->async([completion, error] {
-            entryPoint("completion", [&] { completion(std::nullopt, error); });
-        });
+        concurrent_->async([completion, error] { entryPoint("completion", [&] { completion(std::nullopt, error); }); });
     }
 }
 

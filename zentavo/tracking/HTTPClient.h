@@ -61,6 +61,8 @@ private:
     /// Completions and delayed retries run here.
     const std::shared_ptr<platform::DispatchQueue> concurrent_;
     const std::shared_ptr<HeldBytes> held_;
+    /// Of every request with a body.
+    const platform::Headers headers_{{"Content-Type", "application/json"}};
 
     Mutex mutex_;
     std::unordered_map<Request, int, SameRequest, SameRequest> failedRequestsCount_ ZENTAVO_GUARDED_BY(mutex_);

@@ -13,8 +13,7 @@ public:
 
     void identify(const std::string& pushBase, std::int64_t portalId, const std::string& token,
                   const std::string& deviceId, HTTPClient::Completion completion) const {
-        const Map body{
-            {"portal_id", portalId}, {"identifier", token}, {"channel", "ios"}, {"device_id", deviceId}};
+        const Map body{{"portal_id", portalId}, {"identifier", token}, {"channel", "ios"}, {"device_id", deviceId}};
         httpClient->request(url(pushBase, "/api/app/identify"), "POST", body, std::move(completion));
     }
 };

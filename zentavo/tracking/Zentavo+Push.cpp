@@ -89,14 +89,14 @@ void Zentavo::registerForNotification(std::span<const std::uint8_t> token) {
         }
         const auto operation =
             std::make_shared<RegisterDeviceOperation>(std::make_shared<HTTPClient>(state_->platform, state_->log));
-        operation->identify(account->endpoints.push, *portalNumber, tokenText, *deviceId,
-                            // The operation lives until its answer, so that a failed registration is repeated.
-                            [weak = weak_from_this(), operation](const std::optional<std::string>& data,
-                                                                 const std::optional<Error>&) {
-                                if (const auto self = weak.lock()) {
-                                    self->handleIdentifyAnswer(data);
-                                }
-                            });
+        operation->identify(
+            account->endpoints.push, *portalNumber, tokenText, *deviceId,
+            // The operation lives until its answer, so that a failed registration is repeated.
+            [weak = weak_from_this(), operation](const std::optional<std::string>& data, const std::optional<Error>&) {
+                if (const auto self = weak.lock()) {
+                    self->handleIdentifyAnswer(data);
+                }
+            });
         store->synchronise();
     });
 }
@@ -139,13 +139,13 @@ void Zentavo::trackAppLaunch() {
         }
         const auto operation =
             std::make_shared<PushApplicationOperation>(std::make_shared<HTTPClient>(state_->platform, state_->log));
-        operation->launched(account->endpoints.push, *account->configuration, getDeviceId(),
-                            [log = state_->log, operation](const std::optional<std::string>&,
-                                                           const std::optional<Error>& error) {
-                                if (error) {
-                                    log->write("Error: " + error->message);
-                                }
-                            });
+        operation->launched(
+            account->endpoints.push, *account->configuration, getDeviceId(),
+            [log = state_->log, operation](const std::optional<std::string>&, const std::optional<Error>& error) {
+                if (error) {
+                    log->write("Error: " + error->message);
+                }
+            });
     });
 }
 

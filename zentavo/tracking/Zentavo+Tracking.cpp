@@ -21,9 +21,8 @@ void Zentavo::track(const CDPEvent& event) {
 void Zentavo::trackScreen(std::string name, std::string title, std::string type) {
     entryPoint("trackScreen", [&] {
         CDPEvent event(*this, "view_screenview");
-        event.setEventProperties({{"screen_name", std::move(name)},
-                                  {"screen_label", std::move(title)},
-                                  {"screen_type", std::move(type)}});
+        event.setEventProperties(
+            {{"screen_name", std::move(name)}, {"screen_label", std::move(title)}, {"screen_type", std::move(type)}});
         send(event);
     });
 }

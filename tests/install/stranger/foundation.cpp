@@ -1,8 +1,8 @@
 // A stranger who wants values and JSON, and nothing else.
+#include <cstdio>
+
 #include <zentavo/foundation/JSON.h>
 #include <zentavo/foundation/Version.h>
-
-#include <cstdio>
 
 int main() {
     const auto map = zentavo::json::readMap(R"({"sku":"A1","price":9.5})");

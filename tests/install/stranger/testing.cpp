@@ -1,11 +1,10 @@
 // A stranger who tests his integration against the memory platform, with no port linked: the program answers for the
 // default platform itself, as a porter's would.
-#include <zentavo/Zentavo.h>
-
-#include <ports/memory/MemoryPlatform.h>
-
 #include <cstdio>
 #include <memory>
+
+#include <ports/memory/MemoryPlatform.h>
+#include <zentavo/Zentavo.h>
 
 namespace {
 zentavo::testing::MemoryPlatform& machine() {

@@ -1,7 +1,7 @@
 // A stranger's app on the real port. Nobody listens at the discard port: what is sent is lost, and the app does not care.
-#include <zentavo/Zentavo.h>
-
 #include <cstdio>
+
+#include <zentavo/Zentavo.h>
 
 int main() {
     const auto sdk = zentavo::Zentavo::shared();

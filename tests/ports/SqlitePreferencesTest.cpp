@@ -1,0 +1,341 @@
+// What the suites of SQLite do beyond the questions' promises: other processes, killed ones, damaged files, full disks.
+
+#include <algorithm>
+#include <csignal>
+
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include "ports/linux/GenerationFile.h"
+#include "ports/linux/SqlitePreferencesProvider.h"
+#include "ports/memory/RecordingSystemLog.h"
+#include "ports/memory/SeededRandom.h"
+#include "tests/ports/Child.h"
+#include "tests/ports/TemporaryFolder.h"
+
+namespace zentavo::tests {
+namespace {
+
+using linux_port::GenerationFile;
+using ::testing::Optional;
+
+/// A connection that knows nothing of the SDK.
+class Stranger {
+public:
+    explicit Stranger(const std::filesystem::path& file) { sqlite3_open(file.c_str(), &database_); }
+    ~Stranger() { sqlite3_close(database_); }
+    Stranger(const Stranger&) = delete;
+    Stranger& operator=(const Stranger&) = delete;
+
+    void run(const std::string& sql) {
+        ASSERT_EQ(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(database_);
+    }
+
+private:
+    sqlite3* database_ = nullptr;
+};
+
+/// No file of this process grows beyond `bytes` while it lives: as on a full disk.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit = {bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &before_); }
+
+private:
+    rlimit before_{};
+};
+
+class SqlitePreferencesTest : public ::testing::Test {
+protected:
+    std::shared_ptr<platform::PreferencesProvider> process() {
+        return std::make_shared<linux_port::SqlitePreferencesProvider>(folder.path(), "standard", "", log, nullptr);
+    }
+    std::shared_ptr<platform::Preferences> open() { return process()->suite("shared"); }
+    std::size_t errors() const {
+        const auto entries = log->entries();
+        return static_cast<std::size_t>(std::count_if(entries.begin(), entries.end(), [](const auto& entry) {
+            return entry.level == platform::LogLevel::error;
+        }));
+    }
+    int damagedFiles() const {
+        int count = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+            count += entry.path().filename().string().starts_with("shared.damaged-") ? 1 : 0;
+        }
+        return count;
+    }
+    /// Overwrites the page in which the rows are.
+    void damageRows() const {
+        std::fstream stream(file, std::ios::binary | std::ios::in | std::ios::out);
+        stream.seekp(4096);
+        stream << std::string(4096, '\xA5');
+    }
+
+    const TemporaryFolder folder;
+    const std::filesystem::path file = folder.path() / "shared.sqlite";
+    const std::shared_ptr<testing::RecordingSystemLog> log = std::make_shared<testing::RecordingSystemLog>();
+};
+
+TEST_F(SqlitePreferencesTest, ProcessesLoseNothingToEachOther) {
+    constexpr int rounds = 3000;
+    const std::string worker = ZENTAVO_PREFERENCES_WORKER;
+    Child a({worker, "hammer", folder.path(), "a", std::to_string(rounds)});
+    Child b({worker, "hammer", folder.path(), "b", std::to_string(rounds)});
+    const auto suite = open();
+    ASSERT_NE(suite, nullptr);
+    double last = 0;
+    for (int i = 0; i < 20'000; ++i) {
+        const double counter = suite->number("counter");
+        ASSERT_GE(counter, last);
+        last = counter;
+        if (const auto pair = suite->object("pair")) {
+            const List& both = *pair->asList();
+            ASSERT_EQ(static_cast<std::int64_t>(both[0].asString()->size()), both[1].exactInt64());
+        }
+    }
+    EXPECT_EQ(a.wait(), 0);
+    EXPECT_EQ(b.wait(), 0);
+    EXPECT_EQ(suite->number("counter"), 2 * rounds);
+    for (int i = rounds - 19; i <= rounds; ++i) {
+        EXPECT_EQ(suite->number("a" + std::to_string(i % 20)), i);
+        EXPECT_EQ(suite->number("b" + std::to_string(i % 20)), i);
+    }
+}
+
+TEST_F(SqlitePreferencesTest, AKilledWriterLosesNothingThatItWasToldIsStored) {
+    testing::SeededRandom random(7);
+    const auto witness = open();
+    for (int kill = 0; kill < 20; ++kill) {
+        Child child({ZENTAVO_PREFERENCES_WORKER, "count", folder.path()});
+        int acknowledged = 0;
+        for (std::uint64_t left = 1 + random.below(300); left > 0; --left) {
+            ASSERT_TRUE(child.read(acknowledged));
+        }
+        child.kill();
+        while (child.read(acknowledged)) {
+        }
+        // A process that was there all the time and one that comes now; the last write may have been cut off after it
+        // was stored.
+        for (const auto& suite : {witness, open()}) {
+            ASSERT_THAT(suite->number("n"), ::testing::AnyOf(acknowledged, acknowledged + 1));
+        }
+    }
+    EXPECT_EQ(damagedFiles(), 0);
+}
+
+TEST_F(SqlitePreferencesTest, AWriterKilledBetweenCommitAndNewsHidesNothing) {
+    const auto suite = open();
+    suite->set("key", 1);
+    const auto generation = GenerationFile::open(folder.path() / "shared.generation", true);
+    Stranger stranger(file);
+    // As a writer does, as far as it came.
+    stranger.run("BEGIN IMMEDIATE; UPDATE preferences SET value = '2'");
+    generation->begin();
+    EXPECT_EQ(suite->number("key"), 1);
+    EXPECT_EQ(suite->number("key"), 1);
+    stranger.run("COMMIT");
+    EXPECT_EQ(suite->number("key"), 2);
+    EXPECT_EQ(generation->settled(), std::nullopt);
+    // The next write settles it.
+    open()->set("key", 3);
+    EXPECT_NE(generation->settled(), std::nullopt);
+    EXPECT_EQ(suite->number("key"), 3);
+}
+
+TEST_F(SqlitePreferencesTest, AGenerationFileOfAnyContentWillDo) {
+    std::string content(4096, '\0');
+    content.replace(8, 8, 8, '\xEE'); // done, far beyond begun
+    folder.write("shared.generation", content);
+    const auto suite = open();
+    const auto other = open();
+    for (int i = 0; i < 3; ++i) {
+        suite->set("key", i);
+        EXPECT_EQ(other->number("key"), i);
+    }
+    const auto generation = GenerationFile::open(folder.path() / "shared.generation", true);
+    EXPECT_NE(generation->settled(), std::nullopt) << "reads come from memory again";
+}
+
+TEST_F(SqlitePreferencesTest, FilesAreTheOwnersAlone) {
+    const std::filesystem::path below = folder.path() / "x/y";
+    linux_port::SqlitePreferencesProvider(below, "standard", "", log, nullptr).suite("group.shop");
+    for (const auto& made : {below, below.parent_path()}) {
+        struct stat status {};
+        ASSERT_EQ(::stat(made.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777, 0700u);
+    }
+    EXPECT_TRUE(std::filesystem::exists(below / "group.shop.sqlite"));
+}
+
+TEST_F(SqlitePreferencesTest, APlaceThatCannotBeIsRefused) {
+    linux_port::SqlitePreferencesProvider provider("/proc/self/nowhere", "standard", "", log, nullptr);
+    EXPECT_EQ(provider.suite("shared"), nullptr);
+    EXPECT_EQ(provider.suite(std::string(201, 'x')), nullptr);
+    log->clear();
+    provider.standard()->set("key", 1);
+    provider.standard()->set("other", 2);
+    EXPECT_EQ(provider.standard()->number("key"), 1);
+    EXPECT_EQ(errors(), 1u) << "told once";
+}
+
+TEST_F(SqlitePreferencesTest, AFullDiskKeepsValuesInMemoryUntilItHasRoom) {
+    const auto suite = open();
+    suite->set("before", 1);
+    {
+        const FullDisk disk(32'768); // the log's index has this size already
+        for (int i = 0; i < 20; ++i) {
+            suite->set("key" + std::to_string(i), std::string(4000, 'x'));
+        }
+        suite->update("before", [](const auto& old) { return Value(old->exactInt64().value() + 1); });
+        suite->remove("key0");
+        EXPECT_EQ(suite->string("key19"), std::string(4000, 'x'));
+        EXPECT_EQ(suite->object("key0"), std::nullopt);
+        EXPECT_EQ(suite->number("before"), 2);
+        EXPECT_EQ(errors(), 1u) << "told once";
+    }
+    EXPECT_EQ(open()->object("key19"), std::nullopt);
+    suite->synchronise();
+    const auto other = open();
+    EXPECT_EQ(other->string("key19"), std::string(4000, 'x'));
+    EXPECT_EQ(other->object("key0"), std::nullopt);
+    EXPECT_EQ(other->number("before"), 2);
+    EXPECT_EQ(errors(), 1u);
+    EXPECT_EQ(damagedFiles(), 0);
+}
+
+TEST_F(SqlitePreferencesTest, ALockedDatabaseHoldsNobodyUpForLong) {
+    const auto suite = open();
+    suite->set("key", 1);
+    {
+        Stranger stranger(file);
+        stranger.run("BEGIN IMMEDIATE");
+        for (int i = 2; i < 500; ++i) {
+            suite->set("key", i); // the first waits a quarter of a second, the others do not
+        }
+        suite->update("key", [](const auto&) { return Value(500); });
+        EXPECT_EQ(suite->number("key"), 500);
+        EXPECT_EQ(errors(), 1u) << "told once";
+    }
+    suite->set("other", 1);
+    EXPECT_EQ(open()->number("key"), 500);
+}
+
+TEST_F(SqlitePreferencesTest, ADamagedFileIsMovedAside) {
+    // More often than files are kept.
+    for (int i = 0; i < 5; ++i) {
+        folder.write("shared.sqlite", "no database at all, " + std::string(10'000, 'x'));
+        std::filesystem::remove(file.string() + "-wal"); // which by itself would be enough to go on
+        log->clear();
+        const auto suite = open();
+        ASSERT_NE(suite, nullptr);
+        EXPECT_EQ(errors(), 1u);
+        EXPECT_EQ(suite->object("key"), std::nullopt);
+        suite->set("key", i);
+        EXPECT_EQ(open()->number("key"), i);
+    }
+    EXPECT_EQ(damagedFiles(), 3);
+}
+
+TEST_F(SqlitePreferencesTest, DamageThatShowsLaterCostsOnlyWhatNobodyKnows) {
+    const auto suite = open();
+    suite->set("known", 1);
+    Stranger(file).run("PRAGMA wal_checkpoint(TRUNCATE); INSERT INTO preferences VALUES ('unknown', '1');"
+                       "PRAGMA wal_checkpoint(TRUNCATE)");
+    damageRows();
+    suite->set("new", 2);
+    EXPECT_EQ(damagedFiles(), 1);
+    const auto reader = open();
+    for (const auto& one : {suite, reader}) {
+        EXPECT_EQ(one->number("known"), 1);
+        EXPECT_EQ(one->number("new"), 2);
+        EXPECT_EQ(one->object("unknown"), std::nullopt);
+    }
+    // The same found by another process. This one still has the damaged page in memory and would not find out.
+    Stranger(file).run("PRAGMA wal_checkpoint(TRUNCATE)");
+    EXPECT_EQ(suite->object("never asked for"), std::nullopt);
+    damageRows();
+    const auto finder = open();
+    EXPECT_EQ(finder->object("known"), std::nullopt);
+    EXPECT_EQ(damagedFiles(), 2);
+    finder->set("known", 4);
+    EXPECT_EQ(suite->number("known"), 4);
+    suite->set("known", 5);
+    EXPECT_EQ(finder->number("known"), 5);
+    EXPECT_EQ(damagedFiles(), 2);
+}
+
+TEST_F(SqlitePreferencesTest, ALaterVersionsFileIsLeftAlone) {
+    Stranger(file).run("CREATE TABLE later (x); PRAGMA user_version = 2");
+    const auto bytes = [&] {
+        std::ifstream stream(file, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(stream), {});
+    };
+    const std::string before = bytes();
+    EXPECT_EQ(open(), nullptr);
+    EXPECT_EQ(bytes(), before);
+    EXPECT_EQ(damagedFiles(), 0);
+}
+
+TEST_F(SqlitePreferencesTest, ForeignTablesAndRowsDoNoHarm) {
+    open()->set("good", 1);
+    Stranger(file).run("INSERT INTO preferences VALUES ('text', 'no JSON'), ('blob', x'00FF'), ('null', 'null'),"
+                       "('huge', '\"' || hex(zeroblob(1000000)) || '\"'), ('giant', zeroblob(9000000));"
+                       "CREATE TRIGGER t AFTER UPDATE ON preferences BEGIN DELETE FROM preferences; END");
+    const auto suite = open();
+    for (const char* key : {"text", "blob", "null", "huge", "giant"}) {
+        EXPECT_EQ(suite->object(key), std::nullopt) << key;
+        suite->set(key, "mended");
+        EXPECT_THAT(open()->string(key), Optional(std::string("mended")));
+    }
+    EXPECT_EQ(suite->number("good"), 1);
+
+    Stranger(file).run("DROP TABLE preferences; CREATE TABLE preferences (only INTEGER)");
+    EXPECT_EQ(open()->object("good"), std::nullopt);
+    EXPECT_EQ(damagedFiles(), 1);
+}
+
+TEST_F(SqlitePreferencesTest, TheLogStaysBounded) {
+    const auto suite = open();
+    for (int i = 0; i < 3000; ++i) {
+        suite->set("key" + std::to_string(i % 10), std::string(6000, static_cast<char>('a' + i % 26)));
+    }
+    EXPECT_LT(std::filesystem::file_size(file.string() + "-wal"), 6'000'000u);
+    EXPECT_EQ(open()->string("key9"), std::string(6000, static_cast<char>('a' + 2999 % 26)));
+}
+
+TEST_F(SqlitePreferencesTest, TheMediumIsWaitedForInTheBackground) {
+    std::vector<std::function<void()>> waiting;
+    linux_port::SqlitePreferencesProvider provider(folder.path(), "standard", "", log,
+                                                   [&](auto block) { waiting.push_back(std::move(block)); });
+    auto suite = provider.suite("shared");
+    suite->set("key", 1);
+    EXPECT_EQ(waiting.size(), 0u);
+    suite->synchronise();
+    suite->synchronise();
+    EXPECT_EQ(waiting.size(), 1u) << "one round serves both";
+    waiting.front()();
+    suite->synchronise();
+    EXPECT_EQ(waiting.size(), 2u);
+}
+
+TEST_F(SqlitePreferencesTest, WorkLeftBehindIsHarmless) {
+    std::vector<std::function<void()>> waiting;
+    {
+        linux_port::SqlitePreferencesProvider provider(folder.path(), "standard", "", log,
+                                                       [&](auto block) { waiting.push_back(std::move(block)); });
+        provider.suite("shared")->synchronise();
+    }
+    ASSERT_EQ(waiting.size(), 1u);
+    waiting.front()();
+}
+
+} // namespace
+} // namespace zentavo::tests

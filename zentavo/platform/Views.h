@@ -1,0 +1,101 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "zentavo/foundation/Export.h"
+
+namespace zentavo::platform {
+
+/// Lengths are points from the top left corner of what holds the view.
+struct Point {
+    double x = 0;
+    double y = 0;
+    friend bool operator==(const Point&, const Point&) = default;
+};
+
+struct Size {
+    double width = 0;
+    double height = 0;
+    friend bool operator==(const Size&, const Size&) = default;
+};
+
+struct Rect {
+    double x = 0;
+    double y = 0;
+    double width = 0;
+    double height = 0;
+    friend bool operator==(const Rect&, const Rect&) = default;
+};
+
+/// What the system keeps for itself at the edges of the screen.
+struct Insets {
+    double top = 0;
+    double left = 0;
+    double bottom = 0;
+    double right = 0;
+    friend bool operator==(const Insets&, const Insets&) = default;
+};
+
+/// Components from 0 to 1, not premultiplied.
+struct Colour {
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+    double alpha = 1;
+    friend bool operator==(const Colour&, const Colour&) = default;
+};
+
+/// A rectangle on the screen that may hold others; those added later lie above. Main queue only, its destruction
+/// included: a port asserts it. Held by `std::shared_ptr`; a view in a hierarchy is held by the view that holds it.
+class ZENTAVO_EXPORT View {
+public:
+    virtual ~View() = default;
+
+    /// Exactly so, whatever the view would like to be.
+    virtual void setFrame(Rect frame) = 0;
+    virtual Rect frame() const = 0;
+
+    virtual void setHidden(bool hidden) = 0;
+    virtual bool isHidden() const = 0;
+    virtual void setBackground(Colour colour) = 0;
+    /// Rounds the corners, and clips drawing and input to them.
+    virtual void setCornerRadius(double radius) = 0;
+    virtual double cornerRadius() const = 0;
+
+    /// Called when the view is tapped or clicked, not when one above it is. Null takes it away.
+    virtual void setOnTap(std::function<void()> onTap) = 0;
+
+    /// A view that is elsewhere in a hierarchy is moved.
+    virtual void addSubview(std::shared_ptr<View> view) = 0;
+    virtual void removeFromSuperview() = 0;
+    virtual std::vector<std::shared_ptr<View>> subviews() const = 0;
+
+    /// What the view is called for tests and accessibility tools.
+    virtual void setName(std::string name) = 0;
+};
+
+/// The screen, and the views over the host's window. Main queue only.
+class ZENTAVO_EXPORT Views {
+public:
+    virtual ~Views() = default;
+
+    /// The area that the host's window gives: frames of what is shown over it are within.
+    virtual Rect mainScreenBounds() const = 0;
+    virtual Insets safeAreaInsets() const = 0;
+
+    virtual std::shared_ptr<View> makeView() = 0;
+
+    /// Puts `view` over everything in the host's window, without disturbing focus, text or layout below. False when
+    /// there is no window to put it over.
+    virtual bool showOverWindow(std::shared_ptr<View> view) = 0;
+
+    /// `change` sets frames; they move there within `seconds`. At 0 at once. Then `done`, never inside the call.
+    virtual void animate(double seconds, std::function<void()> change, std::function<void()> done = nullptr) = 0;
+};
+
+} // namespace zentavo::platform
