@@ -15,6 +15,7 @@
 #include "ports/linux/LinuxDevice.h"
 #include "ports/linux/LinuxDispatchQueues.h"
 #include "ports/linux/LinuxRandom.h"
+#include "ports/linux/OpenSslKeyServices.h"
 #include "ports/linux/PlistBundles.h"
 #include "ports/linux/ProcessThreads.h"
 #include "ports/linux/SqlitePreferencesProvider.h"
@@ -71,6 +72,7 @@ std::shared_ptr<platform::Platform> makeLinuxPlatform(LinuxOptions options) {
     result->clock = std::make_shared<LinuxClock>();
     result->random = std::make_shared<LinuxRandom>();
     result->calendar = std::make_shared<IcuCalendar>("", "", log);
+    result->keyServices = std::make_shared<OpenSslKeyServices>();
     result->systemLog = log;
     result->console = std::make_shared<StdoutConsole>();
     return result;

@@ -9,6 +9,7 @@
 #include "ports/memory/MemoryApplication.h"
 #include "ports/memory/MemoryBundles.h"
 #include "ports/memory/MemoryDevice.h"
+#include "ports/memory/MemoryKeyServices.h"
 #include "ports/memory/MemoryPreferencesProvider.h"
 #include "ports/memory/MemoryUserNotifications.h"
 #include "ports/memory/RecordingConsole.h"
@@ -44,6 +45,7 @@ struct ZENTAVO_EXPORT MemoryPlatform {
     const std::shared_ptr<MemoryDevice> device;
     const std::shared_ptr<SeededRandom> random;
     const std::shared_ptr<FixedZoneCalendar> calendar;
+    const std::shared_ptr<MemoryKeyServices> keyServices;
     const std::shared_ptr<MemoryUserNotifications> userNotifications;
     const std::shared_ptr<MemoryApplication> application;
 

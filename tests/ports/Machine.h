@@ -16,6 +16,7 @@
 #include "zentavo/platform/Calendar.h"
 #include "zentavo/platform/Clock.h"
 #include "zentavo/platform/Device.h"
+#include "zentavo/platform/KeyServices.h"
 #include "zentavo/platform/Preferences.h"
 #include "zentavo/platform/Random.h"
 
@@ -44,6 +45,9 @@ public:
     virtual std::shared_ptr<platform::Calendar> calendar(std::chrono::weekday firstWeekday) = 0;
     /// Any calendar; asked for only of a machine that has zones.
     virtual std::shared_ptr<platform::Calendar> calendar(const char* locale, const char* timeZone) = 0;
+
+    /// Null on a machine that has no real cryptography.
+    virtual std::shared_ptr<platform::KeyServices> keyServices() = 0;
 
     const std::shared_ptr<testing::RecordingSystemLog> log = std::make_shared<testing::RecordingSystemLog>();
 };

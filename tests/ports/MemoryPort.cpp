@@ -36,7 +36,8 @@ public:
             const auto query = request->url.query();
             result.push_back({request->method,
                               std::string(request->url.path()) + (query ? "?" + std::string(*query) : ""),
-                              request->headers, request->body ? *request->body : ""});
+                              {request->headers.begin(), request->headers.end()},
+                              request->body ? *request->body : ""});
         }
         return result;
     }
