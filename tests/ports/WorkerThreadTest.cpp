@@ -19,12 +19,14 @@ TEST(WorkerThread, EndKeepsWaitingBlocksAsTheyAreAndDropsLateOnes) {
     std::promise<void> started;
     std::promise<void> release;
     std::atomic<bool> ran = false;
-    worker->async([&] {
-        started.set_value();
-        release.get_future().wait();
+    worker->async([&] { // so that the worker takes both at once
+        worker->async([&] {
+            started.set_value();
+            release.get_future().wait();
+        });
+        worker->async([&, held] { ran = true; });
     });
     started.get_future().wait();
-    worker->async([&, held] { ran = true; });
     worker->after(1ms, [&, held] { ran = true; });
     worker->end();
 
