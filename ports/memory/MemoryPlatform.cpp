@@ -29,4 +29,9 @@ MemoryPlatform::MemoryPlatform(const std::string& identifier, std::shared_ptr<Me
     platform_->console = console;
 }
 
+MemoryPlatform::~MemoryPlatform() {
+    session->clear();
+    queues->end();
+}
+
 } // namespace zentavo::testing
