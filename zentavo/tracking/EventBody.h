@@ -17,7 +17,7 @@ struct CDPEvent;
 /// cannot differ. Refers to the event: use it up before the event changes.
 class EventBody {
 public:
-    /// `portalId` and `propsId` stand in where the event has none of its own.
+    /// `portalId` and `propsId` stand in where the event has none of its own, and must outlive the body.
     EventBody(const Zentavo::State& state, std::shared_ptr<const Account> account, const CDPEvent& event,
               const std::string& portalId, const std::string& propsId);
 
