@@ -10,6 +10,7 @@ Endpoints Endpoints::all(std::string_view base) {
     endpoints.collection = base;
     endpoints.collectionSandbox = std::string(base) + "/sandbox";
     endpoints.push = base;
+    endpoints.inbox = base;
     return endpoints;
 }
 

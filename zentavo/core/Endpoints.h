@@ -8,11 +8,12 @@
 namespace zentavo {
 
 /// Where a deployment's services are: base URLs without a trailing slash. Paths belong to the operations. A base that is
-/// no URL stops the process (see `FaultPolicy`) when a request is built with it.
+/// no URL stops the process (see `FaultPolicy`) when a request is built with it; the inbox's only silences the inbox.
 struct ZENTAVO_EXPORT Endpoints {
     std::string collection = "https://collection.zentavo.example";
     std::string collectionSandbox = "https://sandbox-collection.zentavo.example";
     std::string push = "https://push.zentavo.example";
+    std::string inbox = "https://inbox.zentavo.example";
 
     /// One server for everything, the sandbox twins under its path "/sandbox": the dev server.
     static Endpoints all(std::string_view base);

@@ -19,6 +19,7 @@
 namespace zentavo {
 
 struct CDPEvent;
+class AppInbox;
 class BaseOperation;
 class CDPEventOperation;
 
@@ -137,6 +138,15 @@ public:
     void registerForNotification(std::span<const std::uint8_t> token);
     /// Reports a launch to the push service. Only after activation.
     void trackAppLaunch();
+
+    // --- Inbox -----------------------------------------------------------------------------------------------------
+
+    /// Makes the inbox of a destination for the customer ("customer") or the visitor, and puts it in place of the earlier
+    /// one.
+    void appInboxInit(std::string destinationId, std::string audienceType);
+    /// The process's inbox; null before `appInboxInit`.
+    static std::shared_ptr<AppInbox> appInbox();
+    static void setAppInbox(std::shared_ptr<AppInbox> inbox);
 
     // --- Names in the store ----------------------------------------------------------------------------------------
 
