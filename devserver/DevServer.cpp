@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "devserver/DeliveryService.h"
 #include "devserver/EventService.h"
 #include "devserver/LivePage.h"
 
@@ -17,7 +18,9 @@ Result<std::unique_ptr<DevServer>> DevServer::open(const Settings& settings) {
 
 DevServer::DevServer(const Settings& settings, std::unique_ptr<Listener> listener)
     : host_(settings.host), log_(settings.logBounds), push_(std::make_shared<PushRegistrationService>()),
-      desk_(log_, faults_, {std::make_shared<EventService>(settings.sessionId), push_}, settings.observer),
+      desk_(log_, faults_,
+            {std::make_shared<EventService>(settings.sessionId), push_, std::make_shared<DeliveryService>()},
+            settings.observer),
       devAPI_(log_, faults_, *push_),
       front_([this](IncomingRequest&& request, Connection& connection, httplib::Response& response) {
           handle(std::move(request), connection, response);

@@ -11,6 +11,9 @@ Endpoints Endpoints::all(std::string_view base) {
     endpoints.collectionSandbox = std::string(base) + "/sandbox";
     endpoints.push = base;
     endpoints.inbox = base;
+    endpoints.delivery = base;
+    endpoints.deliverySandbox = std::string(base) + "/sandbox";
+    endpoints.templateHost = base;
     return endpoints;
 }
 

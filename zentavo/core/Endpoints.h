@@ -14,6 +14,10 @@ struct ZENTAVO_EXPORT Endpoints {
     std::string collectionSandbox = "https://sandbox-collection.zentavo.example";
     std::string push = "https://push.zentavo.example";
     std::string inbox = "https://inbox.zentavo.example";
+    std::string delivery = "https://delivery.zentavo.example";
+    std::string deliverySandbox = "https://sandbox-delivery.zentavo.example";
+    /// Serves the page that in-app messages of the visual editor run in.
+    std::string templateHost = "https://templates.zentavo.example";
 
     /// One server for everything, the sandbox twins under its path "/sandbox": the dev server.
     static Endpoints all(std::string_view base);
@@ -22,6 +26,9 @@ struct ZENTAVO_EXPORT Endpoints {
     static bool isSandbox(std::string_view portalId) noexcept { return portalId == "33167"; }
     const std::string& collectionFor(std::string_view portalId) const noexcept {
         return isSandbox(portalId) ? collectionSandbox : collection;
+    }
+    const std::string& deliveryFor(std::string_view portalId) const noexcept {
+        return isSandbox(portalId) ? deliverySandbox : delivery;
     }
 };
 

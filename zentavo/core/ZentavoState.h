@@ -16,6 +16,11 @@
 
 namespace zentavo {
 
+class BaseOperation;
+class CDPDeliveryOperation;
+class CDPDeliveryJsonOperation;
+class TemplatePresenter;
+
 /// What an activation settles, as one unchanging record: an event takes the whole of it with one pointer.
 struct Account {
     std::optional<Configuration> configuration;
@@ -30,6 +35,9 @@ struct Account {
 /// Everything that an instance holds. The members of the facade, spread over the rooms, work on it.
 struct Zentavo::State {
     explicit State(std::shared_ptr<platform::Platform> system);
+    ~State();
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
 
     const std::shared_ptr<platform::Platform> platform;
     const StoreKeys keys;
@@ -66,7 +74,16 @@ struct Zentavo::State {
     std::optional<Map> customerProps ZENTAVO_GUARDED_BY(mutex);
     RouteCallback redirectCallback ZENTAVO_GUARDED_BY(mutex);
     LogCallback logger ZENTAVO_GUARDED_BY(mutex);
+    DeliveryTraceCallback deliveryTraceCallback ZENTAVO_GUARDED_BY(mutex);
+
+    // Made when first asked for, and kept.
+    std::shared_ptr<BaseOperation> baseOperation ZENTAVO_GUARDED_BY(mutex);
     std::shared_ptr<CDPEventOperation> cdpOperation ZENTAVO_GUARDED_BY(mutex);
+    std::shared_ptr<CDPDeliveryOperation> cdpDeliveryOperation ZENTAVO_GUARDED_BY(mutex);
+    std::shared_ptr<CDPDeliveryJsonOperation> cdpDeliveryJsonOperation ZENTAVO_GUARDED_BY(mutex);
+
+    /// The message on screen; null when there is none. Main queue only, its release included.
+    std::shared_ptr<TemplatePresenter> currentTemplate;
 };
 
 } // namespace zentavo

@@ -2,16 +2,22 @@
 
 namespace zentavo {
 
-void CDPEventOperation::send(const EventBody& body, const Endpoints& endpoints, const std::string& portalId,
-                             HTTPClient::Completion completion) const {
-    URL target = eventURL(endpoints.collectionFor(portalId), portalId, body.propId());
+Result<std::shared_ptr<const std::string>> CDPEventOperation::text(const EventBody& body) const {
     auto text = body.text(expectedBytes_.load(std::memory_order_relaxed));
-    if (text) {
-        expectedBytes_.store(text->size() + 16, std::memory_order_relaxed); // a number may get another digit or two
+    if (!text) {
+        return text.error();
     }
+    expectedBytes_.store(text->size() + 16, std::memory_order_relaxed); // a number may get another digit or two
+    return std::make_shared<const std::string>(*std::move(text));
+}
+
+void CDPEventOperation::send(Result<std::shared_ptr<const std::string>> text, const Endpoints& endpoints,
+                             const std::string& portalId, const std::string& propId,
+                             HTTPClient::Completion completion) const {
+    URL target = eventURL(endpoints.collectionFor(portalId), portalId, propId);
     if (const auto& log = httpClient->log(); log->enabled()) {
         log->write("TrackEvent: URL: " + target.text());
-        log->write("TrackEvent: BODY: " + (text ? *text : text.error().message));
+        log->write("TrackEvent: BODY: " + (text ? **text : text.error().message));
     }
     httpClient->request(std::move(target), "POST", std::move(text), std::move(completion));
 }

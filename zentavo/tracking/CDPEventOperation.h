@@ -1,8 +1,11 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
 #include <optional>
+#include <string>
 
+#include "zentavo/core/Endpoints.h"
 #include "zentavo/foundation/Mutex.h"
 #include "zentavo/tracking/BaseOperation.h"
 #include "zentavo/tracking/EventBody.h"
@@ -14,9 +17,13 @@ class CDPEventOperation : public BaseOperation {
 public:
     using BaseOperation::BaseOperation;
 
-    /// `portalId` chooses production or sandbox.
-    void send(const EventBody& body, const Endpoints& endpoints, const std::string& portalId,
-              HTTPClient::Completion completion) const;
+    /// The event's body as text.
+    Result<std::shared_ptr<const std::string>> text(const EventBody& body) const;
+
+    /// `portalId` chooses production or sandbox. `text` is the event's body, shared with whoever needs it again when the
+    /// answer is there.
+    void send(Result<std::shared_ptr<const std::string>> text, const Endpoints& endpoints, const std::string& portalId,
+              const std::string& propId, HTTPClient::Completion completion) const;
 
 private:
     URL eventURL(const std::string& base, const std::string& portalId, const std::string& propId) const;
