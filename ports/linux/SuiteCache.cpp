@@ -50,6 +50,13 @@ std::optional<Value> SuiteCache::get(std::string_view key) {
     return fetch(key);
 }
 
+std::optional<std::uint64_t> SuiteCache::version() {
+    if (!generation_ || *generation_ != suite_.generation().begun()) {
+        return std::nullopt;
+    }
+    return epoch_ + changes_;
+}
+
 std::optional<Value> SuiteCache::fetch(std::string_view key) {
     std::optional<std::string> text;
     StoreStatus status = suite_.ready();
@@ -90,6 +97,7 @@ std::optional<Value> SuiteCache::parsed(const std::optional<std::string>& text) 
 }
 
 void SuiteCache::put(std::string_view key, std::optional<Value> value, const std::optional<std::string>& text) {
+    ++changes_;
     if (!pending_.empty()) {
         pending_.insert_or_assign(std::string(key), Pending{std::move(value), {}});
         flush();
@@ -109,6 +117,7 @@ void SuiteCache::put(std::string_view key, std::optional<Value> value, const std
 }
 
 void SuiteCache::update(std::string_view key, const Change& change) {
+    ++changes_;
     flush();
     StoreStatus status = pending_.empty() ? suite_.ready() : StoreStatus::failed;
     if (status == StoreStatus::ok) {
@@ -168,6 +177,7 @@ void SuiteCache::flush() {
     if (pending_.empty()) {
         return;
     }
+    ++changes_; // an update among them replaces what others have written
     StoreStatus status = writePending();
     if (status == StoreStatus::damaged && replaceDamaged()) {
         status = writePending();

@@ -33,6 +33,8 @@ public:
     bool open();
 
     std::optional<Value> get(std::string_view key);
+    /// Another one after every write of anybody; none unless `get` answers from memory.
+    std::optional<std::uint64_t> version();
     /// Stores `value`, whose JSON is `text`; none of both removes.
     void put(std::string_view key, std::optional<Value> value, const std::optional<std::string>& text);
     void update(std::string_view key, const Change& change);
@@ -83,6 +85,8 @@ private:
     SqliteSuite suite_;
     std::unordered_map<std::string, Entry, Hash, std::equal_to<>> entries_;
     std::uint64_t epoch_ = 1;
+    /// Calls that may have changed something; like the epoch it only grows.
+    std::uint64_t changes_ = 0;
     /// The generation that entries of this epoch are good for; none while nothing may be kept.
     std::optional<std::uint64_t> generation_;
     std::map<std::string, Pending, std::less<>> pending_;

@@ -65,6 +65,33 @@ TEST_P(PreferencesConformance, CoercesAsHostsKnowIt) {
     EXPECT_EQ(suite->map("list"), std::nullopt);
 }
 
+TEST_P(PreferencesConformance, TheVersionTellsOfEveryWrite) {
+    suite->set("a", 1);
+    suite->object("a");
+    auto before = suite->version();
+    ASSERT_TRUE(before);
+    suite->object("absent");
+    EXPECT_EQ(suite->version(), before) << "a read changes nothing";
+
+    const std::function<void()> writes[] = {
+        [&] { suite->set("a", 2); },
+        [&] { foreign->set("a", 3); },
+        [&] { suite->update("b", increment); },
+        [&] { foreign->set("other", 1); },
+        [&] { foreign->update("a", increment); },
+        [&] { suite->remove("a"); },
+    };
+    for (const auto& write : writes) {
+        write();
+        EXPECT_NE(suite->version(), before);
+        suite->object("a"); // who cannot tell must read first
+        const auto now = suite->version();
+        EXPECT_TRUE(now);
+        EXPECT_NE(now, before);
+        before = now;
+    }
+}
+
 TEST_P(PreferencesConformance, NullIsNothing) {
     suite->set("a", 1);
     suite->set("b", 1);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -32,6 +33,10 @@ public:
 
     /// What is stored under `key`; none when nothing is. A stored null counts as nothing.
     virtual std::optional<Value> object(std::string_view key) const = 0;
+
+    /// A mark of what is stored: while it stays the same, so does all that can be read, whoever writes. For readers of
+    /// several keys who keep what they made of them. None where or while that cannot be told. Costs no more than a read.
+    virtual std::optional<std::uint64_t> version() const { return std::nullopt; }
 
     /// Stores `value`; null removes the key. A value that JSON cannot say (non-finite, invalid UTF-8, nested too deep)
     /// or that is longer than `maximumValueBytes` is refused with a line in the system log, and what was stored stays.

@@ -40,13 +40,7 @@ private:
     const std::shared_ptr<const Account> account_;
     const std::string& portalId_;
     const std::string& propId_;
-    std::string uid_;
-    std::string customerId_;
-    std::optional<Value> utm_;
-    std::optional<Value> atm_;
-    std::optional<std::string> clickId_;
-    std::string sessionId_;
-    std::string visitorType_;
+    const std::shared_ptr<const StoredFacts> stored_;
     bool attributed_;
 };
 
