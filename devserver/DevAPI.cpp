@@ -40,8 +40,7 @@ bool refused(httplib::Response& response, const Problems& problems,
 
 /// {"requests": […], "total": …, "dropped": …}
 std::string written(const std::vector<RequestLog::Shared>& requests, const RequestLog::Counters& counters) {
-    std::string text;
-    JSONWriter writer(text);
+    JSONWriter writer;
     writer.beginMap();
     writer.key("requests");
     writer.beginList();
@@ -54,7 +53,7 @@ std::string written(const std::vector<RequestLog::Shared>& requests, const Reque
     writer.key("dropped");
     writer.value(static_cast<std::int64_t>(counters.dropped));
     writer.endMap();
-    return text;
+    return *writer.finish(); // all that the log keeps is UTF-8
 }
 
 /// A browser says which page a request comes from, unless it is a plain visit.
@@ -148,10 +147,9 @@ RequestLog::Shared DevAPI::named(const Call& call) {
 
 void DevAPI::showRequest(const Call& call) {
     if (const RequestLog::Shared request = named(call)) {
-        std::string text;
-        JSONWriter writer(text);
+        JSONWriter writer;
         request->write(writer);
-        answerJSON(call.response, 200, std::move(text));
+        answerJSON(call.response, 200, *writer.finish()); // all that the log keeps is UTF-8
     }
 }
 

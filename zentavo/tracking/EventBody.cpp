@@ -14,7 +14,7 @@ namespace {
 /// Writes the description as JSON text.
 class TextSink {
 public:
-    explicit TextSink(std::string& out) : writer_(out) { writer_.beginMap(); }
+    explicit TextSink(std::size_t expectedBytes) : writer_(buffer(expectedBytes)) { writer_.beginMap(); }
 
     void beginMap(std::string_view key) {
         writer_.key(key);
@@ -43,12 +43,18 @@ public:
         writer_.key(key);
         writer_.raw(*text);
     }
-    Result<void> finish() {
+    Result<std::string> finish() {
         writer_.endMap();
         return writer_.finish();
     }
 
 private:
+    static std::string buffer(std::size_t bytes) {
+        std::string empty;
+        empty.reserve(bytes);
+        return empty;
+    }
+
     JSONWriter writer_;
 };
 
@@ -195,17 +201,13 @@ void EventBody::describeExtra(Sink& sink) const {
 Result<std::string> EventBody::text(std::size_t expectedBytes) const {
     // The text is held until the answer is there, perhaps among thousands: what it takes beyond its length counts.
     constexpr std::size_t generous = 128;
-    std::string out;
-    out.reserve(expectedBytes);
-    TextSink sink(out);
+    TextSink sink(expectedBytes);
     describe(sink);
-    if (auto finished = sink.finish(); !finished) {
-        return finished.error();
+    auto text = sink.finish();
+    if (text && text->capacity() - text->size() > generous) {
+        text->shrink_to_fit();
     }
-    if (out.capacity() - out.size() > generous) {
-        out.shrink_to_fit();
-    }
-    return out;
+    return text;
 }
 
 Map EventBody::map() const {
