@@ -38,8 +38,7 @@ void writeItem(JSONWriter& writer, std::int64_t number) {
 }
 
 std::string page(std::int64_t items) {
-    std::string text;
-    JSONWriter writer(text);
+    JSONWriter writer;
     writer.beginMap();
     writer.key("data");
     writer.beginMap();
@@ -55,7 +54,7 @@ std::string page(std::int64_t items) {
     writer.key("message");
     writer.value("ok");
     writer.endMap();
-    return text;
+    return *writer.finish();
 }
 
 /// Beyond what an answer may have, so that growth can be seen.
