@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <ctime>
 #include <vector>
 
@@ -196,5 +197,17 @@ private:
     const SharedTraffic shared_;
     Client client_;
 };
+
+/// The `main` of a measured program.
+template <class Client>
+int runSubject(int argc, char** argv) {
+    try {
+        Subject<Client>(Job::fromArguments(argc, argv)).run();
+    } catch (const Failure& failure) {
+        std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());
+        return 2;
+    }
+    return 0;
+}
 
 } // namespace bench

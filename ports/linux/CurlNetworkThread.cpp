@@ -128,7 +128,9 @@ void CurlNetworkThread::over(std::size_t count) {
     }
     MutexLock lock(mutex_);
     open_ -= count;
-    if (open_ == 0) {
+    const bool drained = open_ == 0;
+    lock.unlock();
+    if (drained) {
         drained_.notify_all();
     }
 }

@@ -37,4 +37,9 @@ void MemoryPlatform::attachViews(bool attached) {
     platform_->attach(std::move(interface));
 }
 
+MemoryPlatform::~MemoryPlatform() {
+    session->clear();
+    queues->end();
+}
+
 } // namespace zentavo::testing

@@ -37,6 +37,11 @@ struct ZENTAVO_EXPORT MemoryPlatform {
     explicit MemoryPlatform(const std::string& identifier = "com.example.host",
                             std::shared_ptr<MemoryStore> store = nullptr);
 
+    /// The process ends: what waits in queues and open exchanges is dropped, and with it what that keeps alive.
+    ~MemoryPlatform();
+    MemoryPlatform(const MemoryPlatform&) = delete;
+    MemoryPlatform& operator=(const MemoryPlatform&) = delete;
+
     const std::shared_ptr<ManualClock> clock;
     const std::shared_ptr<ManualQueues> queues;
     const std::shared_ptr<RecordingSystemLog> systemLog;

@@ -370,5 +370,15 @@ TEST_F(CurlURLSessionTest, ManyThatCannotBeSentStandInNobodysWay) {
     }
 }
 
+TEST_F(CurlURLSessionTest, WhatComesAfterTheEndIsDroppedAtOnce) {
+    at("/", answer(200, ""));
+    get("/");
+    network.drain(1s);
+    const auto held = std::make_shared<int>(0);
+    session.start(request("/"), queue, [held](const URLResult&) {});
+    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_EQ(server.requests().size(), 1U);
+}
+
 } // namespace
 } // namespace zentavo::linux_port

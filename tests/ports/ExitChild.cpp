@@ -15,31 +15,33 @@ using namespace zentavo;
 
 namespace {
 
-std::shared_ptr<platform::Platform> host;
-std::shared_ptr<platform::DispatchQueue> queue;
-std::shared_ptr<platform::URLTask> lastTask;
-std::string base;
+// Never destroyed: threads and static objects go on using them while the process exits.
+auto& host = *new std::shared_ptr<platform::Platform>;
+auto& queue = *new std::shared_ptr<platform::DispatchQueue>;
+auto& base = *new std::string;
 
-void start(
-    const std::string& path, platform::URLSession::Completion completion = [](auto) {}) {
+void ignore(const platform::URLResult&) {}
+
+std::shared_ptr<platform::URLTask> start(const std::string& path,
+                                         platform::URLSession::Completion completion = &ignore) {
     auto request = std::make_shared<platform::URLRequest>(*URL::parse(base + path));
     request->method = "POST";
     request->body = std::make_shared<std::string>(path);
-    lastTask = host->urlSession->start(std::move(request), queue, std::move(completion));
+    return host->urlSession->start(std::move(request), queue, std::move(completion));
 }
 
 /// What a host's own static object does when it goes after everything else.
 struct LateCaller {
     ~LateCaller() {
-        if (!late) {
+        if (!task) {
             return;
         }
-        lastTask->cancel();
+        task->cancel();
         start("/late");
         queue->async([] { std::abort(); });
         queue->cancel(queue->after(std::chrono::seconds(0), [] { std::abort(); }));
     }
-    bool late = false;
+    std::shared_ptr<platform::URLTask> task;
 } lateCaller;
 
 int run(const std::string& scenario) {
@@ -65,9 +67,8 @@ int run(const std::string& scenario) {
         });
         running.get_future().wait();
     } else if (scenario == "late") {
-        lateCaller.late = true;
         std::promise<void> done;
-        start("/1", [&](auto) { done.set_value(); });
+        lateCaller.task = start("/1", [&](auto) { done.set_value(); });
         done.get_future().wait();
     } else if (scenario == "threads") { // others go on calling while the process exits
         for (int i = 0; i < 4; ++i) {

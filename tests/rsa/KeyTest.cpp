@@ -21,7 +21,7 @@ class KeyTest : public ::testing::Test {
 protected:
     testing::MemoryPlatform system_;
     testing::MemoryKeyServices& services_ = *system_.keyServices;
-    const MadeUpKey parts_;
+    const MadeUpKey parts_{};
 };
 
 TEST_F(KeyTest, SignsTextThroughTheKeyServices) {

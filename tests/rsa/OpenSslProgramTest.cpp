@@ -63,7 +63,7 @@ protected:
 
     const std::string bits_ = std::to_string(GetParam());
     const std::size_t block_ = static_cast<std::size_t>(GetParam()) / 8;
-    const linux_port::OpenSslKeyServices services_;
+    const linux_port::OpenSslKeyServices services_{};
     const Result<PrivateKey> private_ = PrivateKey::fromPEM(testKeyText(bits_ + ".pkcs8.pem"), services_);
     const Result<PublicKey> public_ = PublicKey::fromPEM(testKeyText(bits_ + ".spki.pem"), services_);
     const zentavo::tests::TemporaryFolder folder_;

@@ -27,7 +27,7 @@ TEST(WipeTest, TheWatchSeesWhatIsNotWiped) {
     EXPECT_EQ(memory.betrayals(), 1u);
     {
         SecureBytes careful(Bytes(100, 0x37));
-        careful.vector().resize(3); // what is behind the end goes as well
+        careful.vector().resize(50); // what is behind the end goes as well
         SecureBytes moved(std::move(careful));
         careful = std::move(moved);
     }
@@ -36,7 +36,7 @@ TEST(WipeTest, TheWatchSeesWhatIsNotWiped) {
 }
 
 TEST(WipeTest, AKeyLeavesNothingBehind) {
-    const testing::MemoryKeyServices services;
+    const testing::MemoryKeyServices services{};
     const std::string whole = pemOf(MadeUpKey().privateInfo());
     std::string brokenInside = pemOf(MadeUpKey().privateInfo() + Bytes{0});
     std::string brokenBase64 = whole;

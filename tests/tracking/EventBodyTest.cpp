@@ -15,7 +15,9 @@ protected:
     static const Map& part(const Map& body, const char* key) { return *body.find(key)->asMap(); }
     /// The body as it goes over the wire, read back.
     Map wire(const CDPEvent& event) {
-        const EventBody body(*sdk->state(), sdk->state()->account(), event, "1001", "555");
+        const std::string portal = "1001";
+        const std::string props = "555";
+        const EventBody body(*sdk->state(), sdk->state()->account(), event, portal, props);
         return json::readMap(body.text().value()).value();
     }
 };

@@ -8,6 +8,7 @@
 #include "zentavo/core/Context.h"
 #include "zentavo/core/DebugLog.h"
 #include "zentavo/core/StoreKeys.h"
+#include "zentavo/core/StoredFacts.h"
 #include "zentavo/core/Zentavo.h"
 #include "zentavo/foundation/Atomic.h"
 #include "zentavo/foundation/Mutex.h"
@@ -42,6 +43,7 @@ struct Zentavo::State {
     const StoreKeys keys;
     const std::shared_ptr<DebugLog> log;
     Context contextInstance;
+    const StoredFactsCache storedFacts;
     const std::string& applicationIdKey = keys.applicationId;
     /// Seconds; kept for hosts that know it, read by nothing.
     static constexpr double expiredTime = 300.0;

@@ -95,12 +95,12 @@ InboxItem InboxItem::decode(KeyedDecoder& decoder) {
 }
 
 std::optional<std::string> InboxItem::jsonString() const {
-    std::string text;
-    JSONWriter writer(text);
+    JSONWriter writer;
     writer.beginMap();
     visitFields(*this, Writer(writer));
     writer.endMap();
-    return writer.finish() ? std::optional(std::move(text)) : std::nullopt;
+    auto text = writer.finish();
+    return text ? std::optional(*std::move(text)) : std::nullopt;
 }
 
 } // namespace zentavo

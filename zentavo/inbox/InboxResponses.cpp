@@ -68,8 +68,8 @@ GetMessageByIdAPIResponse GetMessageByIdAPIResponse::decode(KeyedDecoder& decode
 
 UnreadMessageAPIResponse UnreadMessageAPIResponse::decode(KeyedDecoder& decoder) {
     UnreadMessageAPIResponse response;
-    response.data =
-        decodeData<std::int64_t>(decoder, [](KeyedDecoder& data, const std::string& key) { return data.integer(key); });
+    response.data = decodeData<std::int64_t>(
+        decoder, [](KeyedDecoder& counts, const std::string& key) { return counts.integer(key); });
     decodeRest(decoder, response);
     return response;
 }

@@ -7,7 +7,8 @@ Result<std::shared_ptr<const std::string>> CDPEventOperation::text(const EventBo
     if (!text) {
         return text.error();
     }
-    expectedBytes_.store(text->size() + 16, std::memory_order_relaxed); // a number may get another digit or two
+    // A number may get another digit or two, and the writer wants some room ahead.
+    expectedBytes_.store(text->size() + 48, std::memory_order_relaxed);
     return std::make_shared<const std::string>(*std::move(text));
 }
 

@@ -17,7 +17,7 @@ struct CDPEvent;
 /// cannot differ. Refers to the event: use it up before the event changes.
 class EventBody {
 public:
-    /// `portalId` and `propsId` stand in where the event has none of its own.
+    /// `portalId` and `propsId` stand in where the event has none of its own, and must outlive the body.
     EventBody(const Zentavo::State& state, std::shared_ptr<const Account> account, const CDPEvent& event,
               const std::string& portalId, const std::string& propsId);
 
@@ -40,13 +40,7 @@ private:
     const std::shared_ptr<const Account> account_;
     const std::string& portalId_;
     const std::string& propId_;
-    std::string uid_;
-    std::string customerId_;
-    std::optional<Value> utm_;
-    std::optional<Value> atm_;
-    std::optional<std::string> clickId_;
-    std::string sessionId_;
-    std::string visitorType_;
+    const std::shared_ptr<const StoredFacts> stored_;
     bool attributed_;
 };
 
