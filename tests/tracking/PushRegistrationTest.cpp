@@ -55,9 +55,11 @@ TEST_F(PushRegistrationTest, AnUnchangedTokenWaitsFiveMinutesAndAChangedOneDoesN
 
 TEST_F(PushRegistrationTest, AFailedRegistrationDoesNotStartThePauseAndIsRepeated) {
     start();
+    sdk->setDebug(true);
     memory.session->on({"POST", "", "/api/app/identify"},
                        testing::ScriptedAnswer::failure(platform::URLErrorKind::cannotConnect), 1);
     registerToken();
+    EXPECT_THAT(logged(), ElementsAre(::testing::HasSubstr("/api/app/identify is sent again in 60 s")));
     EXPECT_EQ(registrations(), 1U);
     EXPECT_EQ(store()->object(keys().operationTime), std::nullopt);
     memory.queues->advance(60s);

@@ -200,8 +200,7 @@ private:
     std::shared_ptr<BaseOperation> baseOperation();
     std::shared_ptr<CDPDeliveryJsonOperation> cdpDeliveryJsonOperation();
     void send(const CDPEvent& event);
-    void handleEventAnswer(const std::shared_ptr<const std::string>& body, const std::optional<std::string>& data,
-                           const std::optional<Error>& error);
+    void handleEventAnswer(const std::shared_ptr<const std::string>& body, const std::optional<std::string>& data);
     /// Asks which message is due for the event that sent `body`. On the worker.
     void deliver(const std::string& body, const std::string& sessionId);
     void sendFirstInstall();

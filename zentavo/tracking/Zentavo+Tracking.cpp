@@ -51,18 +51,15 @@ void Zentavo::send(const CDPEvent& event) {
     std::shared_ptr<const std::string> sent = text ? *text : nullptr;
     operation->send(std::move(text), account->endpoints, portalId, body.propId(),
                     [weak = weak_from_this(), sent = std::move(sent)](const std::optional<std::string>& data,
-                                                                      const std::optional<Error>& error) {
+                                                                      const std::optional<Error>&) {
                         if (const auto self = weak.lock()) {
-                            self->handleEventAnswer(sent, data, error);
+                            self->handleEventAnswer(sent, data);
                         }
                     });
 }
 
-void Zentavo::handleEventAnswer(const std::shared_ptr<const std::string>& body, const std::optional<std::string>& data,
-                                const std::optional<Error>& error) {
-    if (error) {
-        log("Error: " + error->message);
-    }
+void Zentavo::handleEventAnswer(const std::shared_ptr<const std::string>& body,
+                                const std::optional<std::string>& data) {
     if (!data || data->empty()) {
         return;
     }
