@@ -126,9 +126,6 @@ void Zentavo::trackAppLaunch() {
         if (!account->configuration) {
             fatalError("trackAppLaunch needs an activation first");
         }
-        if (!account->store) {
-            return;
-        }
         const auto operation =
             std::make_shared<PushApplicationOperation>(std::make_shared<HTTPClient>(state_->platform, state_->log));
         operation->launched(

@@ -31,20 +31,14 @@ void Zentavo::trackScreen(std::string name, std::string title, std::string type)
 void Zentavo::sendFirstInstall() { send(CDPEvent(*this, "app_install")); }
 
 void Zentavo::send(const CDPEvent& event) {
-    auto account = state_->account();
+    const auto account = state_->account();
     const auto& configuration = account->configuration;
-    const std::string portalId = configuration ? configuration->portalId : "";
-    std::optional<std::string> propsId;
-    if (configuration) {
-        propsId = configuration->propsId;
-    } else if (account->store) {
-        propsId = account->store->string(state_->keys.propsId);
-    }
-    if (!propsId || !account->store) {
+    if (!configuration) {
         fatalError("an event cannot be sent before the first activation");
     }
 
-    const EventBody body(*state_, account, event, portalId, *propsId);
+    const std::string& portalId = configuration->portalId;
+    const EventBody body(*state_, account, event, portalId, configuration->propsId);
     const auto operation = cdpOperation();
     auto text = operation->text(body);
     // What waits for the answer is the text that waits anyway, not the event.
