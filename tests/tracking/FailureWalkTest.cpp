@@ -12,7 +12,9 @@ public:
         : inner_(std::move(inner)), counter_(std::move(counter)) {}
 
     std::shared_ptr<platform::Preferences> standard() override { return failing(inner_->standard()); }
-    std::shared_ptr<platform::Preferences> suite(std::string_view name) override { return failing(inner_->suite(name)); }
+    std::shared_ptr<platform::Preferences> suite(std::string_view name) override {
+        return failing(inner_->suite(name));
+    }
 
 private:
     std::shared_ptr<platform::Preferences> failing(std::shared_ptr<platform::Preferences> suite) {
@@ -43,10 +45,9 @@ protected:
         };
         const auto requests = [&](const char* path, const std::string& part) {
             const auto all = system.session->requests();
-            return std::ranges::count_if(
-                all, [&](const auto& request) {
-                    return request->url.path() == path && request->body->find(part) != std::string::npos;
-                });
+            return std::ranges::count_if(all, [&](const auto& request) {
+                return request->url.path() == path && request->body->find(part) != std::string::npos;
+            });
         };
 
         auto app = start();
