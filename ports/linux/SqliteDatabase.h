@@ -19,7 +19,8 @@ enum class StoreStatus {
     busy,    ///< another process kept it locked for longer than our patience
     tooLong, ///< this key or value can never be stored
     damaged, ///< the file is no database, or not the one we wrote
-    failed,  ///< the medium refuses: read-only, full, broken; also a file that a later version made
+    failed,  ///< the medium refuses: read-only, full, broken
+    noPlace, ///< no file can be had here, now or later: none can be made, it is not ours, or a later version made it
 };
 
 /// A prepared statement. Between two uses it holds no lock.
@@ -50,10 +51,12 @@ public:
     SqliteDatabase(const SqliteDatabase&) = delete;
     SqliteDatabase& operator=(const SqliteDatabase&) = delete;
 
+    /// A file that may only be read is opened for that.
     StoreStatus open(const std::filesystem::path& path, Mode mode);
     bool isOpen() const noexcept { return connection_ != nullptr; }
     /// Never carries the log over to the file: that would wait for the medium.
     void close() noexcept { connection_.reset(); }
+    bool isReadOnly() const noexcept;
     void setPatience(std::chrono::milliseconds patience) noexcept;
 
     StoreStatus execute(const char* sql);
