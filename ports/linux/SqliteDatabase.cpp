@@ -63,9 +63,9 @@ void SqliteDatabase::Closer::operator()(sqlite3* connection) const noexcept { sq
 
 StoreStatus SqliteDatabase::open(const std::filesystem::path& path, Mode mode) {
     sqlite3* connection = nullptr;
+    const int access = mode == Mode::readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
     const int create = mode == Mode::create ? SQLITE_OPEN_CREATE : 0;
-    const int code =
-        sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | create, nullptr);
+    const int code = sqlite3_open_v2(path.c_str(), &connection, access | create | SQLITE_OPEN_NOMUTEX, nullptr);
     connection_.reset(connection); // also a failed one, which knows the reason
     if (code != SQLITE_OK) {
         return statusOf(code, connection);
@@ -81,7 +81,9 @@ StoreStatus SqliteDatabase::open(const std::filesystem::path& path, Mode mode) {
     return StoreStatus::ok;
 }
 
-bool SqliteDatabase::isReadOnly() const noexcept { return sqlite3_db_readonly(connection_.get(), "main") == 1; }
+bool SqliteDatabase::refusedToWrite() const noexcept {
+    return (sqlite3_errcode(connection_.get()) & 0xFF) == SQLITE_READONLY;
+}
 
 void SqliteDatabase::setPatience(std::chrono::milliseconds patience) noexcept {
     patience_ = patience;

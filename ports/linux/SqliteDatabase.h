@@ -45,7 +45,7 @@ private:
 /// One connection, used by one thread at a time. No call waits longer for a lock than the patience set.
 class SqliteDatabase {
 public:
-    enum class Mode { existing, create };
+    enum class Mode { existing, create, readOnly };
 
     SqliteDatabase() = default;
     SqliteDatabase(const SqliteDatabase&) = delete;
@@ -56,7 +56,8 @@ public:
     bool isOpen() const noexcept { return connection_ != nullptr; }
     /// Never carries the log over to the file: that would wait for the medium.
     void close() noexcept { connection_.reset(); }
-    bool isReadOnly() const noexcept;
+    /// Whether the last call failed because the file, or the log beside it, was opened when it could only be read.
+    bool refusedToWrite() const noexcept;
     void setPatience(std::chrono::milliseconds patience) noexcept;
 
     StoreStatus execute(const char* sql);

@@ -108,7 +108,14 @@ StoreStatus SqliteSuite::openFiles() {
     // Asked for before the file is opened: an exchange in between is then found out by the next call.
     replacements_ = generation_->replacements();
     bool fresh = inodeOf(path()) == 0;
-    status = fresh ? StoreStatus::ok : connect(SqliteDatabase::Mode::existing, fresh);
+    // Without a generation of our own nobody would be told of what we write.
+    const bool readOnly = generation_->isReadOnly();
+    status = fresh ? StoreStatus::ok
+                   : connect(readOnly ? SqliteDatabase::Mode::readOnly : SqliteDatabase::Mode::existing, fresh);
+    if (status == StoreStatus::ok && fresh && readOnly) {
+        problem_ = "it may only be read, and there is nothing";
+        return StoreStatus::noPlace;
+    }
     if (status == StoreStatus::ok && fresh) {
         const GenerationFile::Lock lock(*generation_, openingPatience());
         if (!lock) {
@@ -224,7 +231,6 @@ StoreStatus SqliteSuite::settle(StoreStatus outcome) {
         lastWrite_ = *writing_;
         writing_.reset();
     }
-    wantsToWrite_ = outcome == StoreStatus::failed && database_.isReadOnly();
     return note(outcome);
 }
 
@@ -277,6 +283,7 @@ std::filesystem::path SqliteSuite::damagedName() const {
 StoreStatus SqliteSuite::note(StoreStatus status) {
     if (status != StoreStatus::ok) {
         problem_ = database_.errorText();
+        wantsToWrite_ = wantsToWrite_ || (database_.isOpen() && database_.refusedToWrite());
     }
     return status;
 }
