@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtkmm/box.h>
+#include <gtkmm/button.h>
+#include <gtkmm/listbox.h>
+#include <gtkmm/scrolledwindow.h>
+#include <gtkmm/stack.h>
+#include <zentavo/Zentavo.h>
+#include <zentavo/platform/URLSession.h>
+
+namespace storefront {
+
+/// The messages that the shop has for this customer: catalogs as filters, pages that come as one scrolls, and what one
+/// does with a message. Everything on the main thread.
+class InboxPage : public Gtk::Box {
+public:
+    struct Services {
+        std::shared_ptr<zentavo::Zentavo> sdk;
+        std::shared_ptr<zentavo::platform::URLSession> network; ///< for pictures
+        std::shared_ptr<zentavo::platform::DispatchQueue> queue; ///< where their answers come
+        std::function<void(const zentavo::URL&)> open;
+        std::function<void(std::int64_t)> unreadChanged;
+    };
+    explicit InboxPage(Services services);
+    ~InboxPage() override;
+
+    /// Asks for catalogs, the number of unread messages and the first page anew.
+    void refresh();
+
+private:
+    void askForPage(std::int64_t page);
+    void showPage(std::int64_t page, std::vector<zentavo::InboxItem> items);
+    void showCatalogs(const std::vector<zentavo::Catalog>& catalogs);
+    void askForUnread();
+    void markAllAsRead();
+    void addRow(const zentavo::InboxItem& item);
+    void open(const zentavo::InboxItem& item);
+    void removeMessage(const std::string& id, bool unread, Gtk::ListBoxRow& row);
+    void setUnread(std::int64_t count);
+    void showProblem();
+
+    /// `block` for a completion: it runs on the main thread, unless the page is gone by then.
+    template <class Block>
+    auto later(Block block);
+
+    const Services services_;
+    /// Gone with the page; what comes later sees that.
+    const std::shared_ptr<int> alive_ = std::make_shared<int>(0);
+
+    Gtk::Box bar_{Gtk::Orientation::HORIZONTAL};
+    Gtk::Box filters_{Gtk::Orientation::HORIZONTAL};
+    Gtk::Button markAll_{"Mark all as read"};
+    Gtk::Button refresh_;
+    Gtk::Stack stack_;
+    Gtk::ScrolledWindow scroller_;
+    Gtk::ListBox list_;
+
+    std::string catalog_;        ///< empty: all
+    std::set<std::string> read_; ///< messages that were opened here
+    std::int64_t page_ = 0;
+    std::int64_t unread_ = 0;
+    bool asking_ = false;
+    bool complete_ = false;      ///< there is no further page
+    std::uint64_t question_ = 0; ///< of the newest request; answers to earlier ones are dropped
+};
+
+} // namespace storefront

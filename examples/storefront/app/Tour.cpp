@@ -1,0 +1,160 @@
+#include "Tour.h"
+
+#include <cstdio>
+
+#include <glibmm/main.h>
+#include <webkit/webkit.h>
+
+#include "../support/Screenshot.h"
+#include "MainThread.h"
+
+namespace storefront {
+
+namespace {
+
+constexpr unsigned lookEvery = 20;      // milliseconds
+constexpr unsigned patience = 15'000;   // milliseconds
+constexpr unsigned forNothing = 1'500;  // milliseconds in which a message that must not show would have shown
+
+/// The page of the message on screen, or null.
+WebKitWebView* webViewIn(GtkWidget* widget) {
+    if (WEBKIT_IS_WEB_VIEW(widget)) {
+        return WEBKIT_WEB_VIEW(widget);
+    }
+    for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr;
+         child = gtk_widget_get_next_sibling(child)) {
+        if (auto* found = webViewIn(child)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+void say(const std::string& line) {
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+} // namespace
+
+Tour::Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk, std::filesystem::path folder)
+    : window_(window), sdk_(std::move(sdk)), folder_(std::move(folder)) {
+    std::filesystem::create_directories(folder_);
+    sdk_->setDeliveryTraceCallback([this, alive = std::weak_ptr(alive_)](const zentavo::DeliveryTrace& trace) {
+        onMainThread([this, alive, text = trace.text()] {
+            if (!alive.expired()) {
+                lastTrace_ = text;
+                say("      sdk    | " + text);
+            }
+        });
+    });
+
+    page("01-products", [this] { window_.showList(); });
+    page("02-product", [this] { window_.showProduct(products().front()); });
+    page("03-cart", [this] {
+        window_.cart().add(products()[0]);
+        window_.cart().add(products()[2]);
+        window_.showCart();
+    });
+    page("04-inbox", [this] { window_.showInbox(); });
+    page("", [this] { window_.showList(); });
+    message("10-full-screen", "promo_full_screen");
+    message("11-gamified", "promo_gamified");
+    message("12-bar-top-px", "promo_bar_top_px");
+    message("13-bar-top-percent", "promo_bar_top_percent");
+    message("14-bar-bottom-px", "promo_bar_bottom_px");
+    message("15-bar-bottom-percent", "promo_bar_bottom_percent");
+    message("16-centred", "promo_centred");
+    message("17-hand-written", "promo_code");
+    nothing("promo_slide_in");
+    nothing("promo_inline");
+}
+
+Tour::~Tour() { sdk_->setDeliveryTraceCallback(nullptr); }
+
+void Tour::page(std::string name, std::function<void()> act) {
+    steps_.push_back({std::move(name), std::move(act), [] { return true; }, [] {}});
+}
+
+void Tour::message(std::string name, const std::string& event) {
+    steps_.push_back({std::move(name), [this, event] { window_.events().happened(event); },
+                      [this] { return sdk_->isShowingTemplate(); }, [this] { closeMessage(); }, 1'800});
+    steps_.push_back({"", [] {}, [this] { return !sdk_->isShowingTemplate(); }, [] {}, 0});
+}
+
+void Tour::nothing(const std::string& event) {
+    steps_.push_back({"", [this, event] { window_.events().happened(event); }, [] { return true; },
+                      [this, event] {
+                          if (sdk_->isShowingTemplate()) {
+                              say("  !! " + event + " must show nothing");
+                              good_ = false;
+                          }
+                      },
+                      forNothing});
+}
+
+void Tour::start(std::function<void(bool)> done) {
+    done_ = std::move(done);
+    next();
+}
+
+void Tour::next() {
+    if (steps_.empty()) {
+        done_(good_);
+        return;
+    }
+    if (!steps_.front().name.empty()) {
+        say("  " + steps_.front().name);
+    }
+    steps_.front().act();
+    await(0);
+}
+
+void Tour::await(unsigned waited) {
+    const auto once = [this](auto block, unsigned milliseconds) {
+        Glib::signal_timeout().connect_once(
+            [alive = std::weak_ptr(alive_), block] {
+                if (!alive.expired()) {
+                    block();
+                }
+            },
+            milliseconds);
+    };
+    if (steps_.front().arrived()) {
+        once([this] { photograph(); }, steps_.front().settle);
+    } else if (waited < patience) {
+        once([this, waited] { await(waited + lookEvery); }, lookEvery);
+    } else {
+        say("  !! " + steps_.front().name + " did not come" + (lastTrace_.empty() ? "" : ": " + lastTrace_));
+        good_ = false;
+        steps_.pop_front();
+        next();
+    }
+}
+
+void Tour::photograph() {
+    const Step step = std::move(steps_.front());
+    steps_.pop_front();
+    if (!step.name.empty()) {
+        const auto file = folder_ / (step.name + ".png");
+        if (!savePNG(GTK_WIDGET(window_.gobj()), file)) {
+            say("  !! no picture " + file.string());
+            good_ = false;
+        }
+    }
+    step.leave();
+    next();
+}
+
+void Tour::closeMessage() {
+    if (auto* view = webViewIn(GTK_WIDGET(window_.gobj()))) {
+        // Both kinds of page: whichever this is, the other's message means nothing to it.
+        webkit_web_view_evaluate_javascript(
+            view,
+            "for (const type of ['zentavo-cdp-webview-closed', 'mt.Action.close'])"
+            "  window.webkit.messageHandlers.eventHandler.postMessage({type});",
+            -1, nullptr, nullptr, nullptr, nullptr, nullptr);
+    }
+}
+
+} // namespace storefront

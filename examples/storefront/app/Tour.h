@@ -1,0 +1,52 @@
+#pragma once
+
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <zentavo/Zentavo.h>
+
+#include "ShopWindow.h"
+
+namespace storefront {
+
+/// Walks through the shop by itself and leaves a picture of each place: products, every kind of in-app message that the
+/// dev server offers, cart and inbox. Says on standard output what it does and what the SDK says about each message.
+class Tour {
+public:
+    Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk, std::filesystem::path folder);
+    ~Tour();
+
+    /// Begins; `done` is told whether all was as it should be.
+    void start(std::function<void(bool)> done);
+
+private:
+    struct Step {
+        std::string name;              ///< of the picture; empty: none
+        std::function<void()> act;
+        std::function<bool()> arrived; ///< asked until it is true
+        std::function<void()> leave;
+        unsigned settle = 700;         ///< milliseconds that pages and animations get before the picture
+    };
+
+    void page(std::string name, std::function<void()> act);
+    void message(std::string name, const std::string& event);
+    void nothing(const std::string& event);
+    void next();
+    void await(unsigned waited);
+    void photograph();
+    void closeMessage();
+
+    ShopWindow& window_;
+    const std::shared_ptr<zentavo::Zentavo> sdk_;
+    const std::filesystem::path folder_;
+    std::deque<Step> steps_;
+    std::function<void(bool)> done_;
+    bool good_ = true;
+    const std::shared_ptr<int> alive_ = std::make_shared<int>(0);
+    std::string lastTrace_;
+};
+
+} // namespace storefront
