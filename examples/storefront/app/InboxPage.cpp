@@ -4,13 +4,11 @@
 #include <utility>
 
 #include <glibmm/main.h>
-#include <gtkmm/gestureswipe.h>
-#include <gtkmm/label.h>
 #include <gtkmm/spinner.h>
 #include <gtkmm/togglebutton.h>
 
 #include "MainThread.h"
-#include "MessagePicture.h"
+#include "MessageRow.h"
 #include "Notice.h"
 
 namespace storefront {
@@ -22,23 +20,8 @@ using zentavo::ModifyAction;
 
 namespace {
 
-constexpr std::int64_t unreadStatus = 1;
 /// A request that has failed is told to nobody; after this time it counts as failed.
 constexpr unsigned patienceMilliseconds = 10'000;
-constexpr double swipeSpeed = 400; // points a second
-
-/// "2026-11-03T09:00:00.000Z" as "3 November".
-Glib::ustring dayText(const std::string& iso) {
-    const auto time = Glib::DateTime::create_from_iso8601(iso);
-    return time ? time.to_local().format("%e %B") : "";
-}
-
-Gtk::Label& label(const Glib::ustring& text, const Glib::ustring& style) {
-    auto& made = *Gtk::make_managed<Gtk::Label>(text);
-    made.set_xalign(0);
-    made.add_css_class(style);
-    return made;
-}
 
 } // namespace
 
@@ -77,6 +60,7 @@ InboxPage::InboxPage(Services services) : Gtk::Box(Gtk::Orientation::VERTICAL), 
     stack_.add(waiting, "waiting");
     list_.set_selection_mode(Gtk::SelectionMode::NONE);
     list_.add_css_class("messages");
+    list_.signal_row_activated().connect([this](Gtk::ListBoxRow* row) { open(*static_cast<MessageRow*>(row)); });
     scroller_.set_child(list_);
     scroller_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     scroller_.signal_edge_reached().connect([this](Gtk::PositionType edge) {
@@ -142,8 +126,9 @@ void InboxPage::showPage(std::int64_t page, std::vector<InboxItem> items) {
             list_.remove(*row);
         }
     }
-    for (const InboxItem& item : items) {
-        addRow(item);
+    for (InboxItem& item : items) {
+        list_.append(*Gtk::make_managed<MessageRow>(std::move(item), services_.pictures,
+                                                    [this](MessageRow& row) { remove(row); }));
     }
     stack_.set_visible_child(list_.get_row_at_index(0) != nullptr ? "messages" : "empty");
 }
@@ -184,65 +169,10 @@ void InboxPage::showCatalogs(const std::vector<Catalog>& catalogs) {
     }
 }
 
-void InboxPage::addRow(const InboxItem& item) {
-    auto& row = *Gtk::make_managed<Gtk::ListBoxRow>();
-    row.add_css_class("message");
-    const bool unread = item.status == unreadStatus;
-    auto& content = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL);
-    content.add_css_class("row");
-
-    auto& dot = *Gtk::make_managed<Gtk::Box>();
-    dot.add_css_class("unread-dot");
-    dot.set_valign(Gtk::Align::START);
-    dot.set_opacity(unread ? 1 : 0);
-    content.append(dot);
-
-    auto& text = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL);
-    text.set_hexpand(true);
-    auto& heading = label(item.heading, unread ? "unread-heading" : "read-heading");
-    heading.set_ellipsize(Pango::EllipsizeMode::END);
-    text.append(heading);
-    auto& body = label(item.content, "message-text");
-    body.set_wrap(true);
-    body.set_lines(2);
-    body.set_ellipsize(Pango::EllipsizeMode::END);
-    text.append(body);
-    text.append(label(dayText(item.dateCreated), "message-day"));
-    content.append(text);
-
-    if (item.imageUrl) {
-        auto& picture = *Gtk::make_managed<MessagePicture>(*item.imageUrl, services_.network, services_.queue);
-        content.append(picture);
-    }
-    auto& remove = *Gtk::make_managed<Gtk::Button>();
-    remove.set_icon_name("user-trash-symbolic");
-    remove.set_tooltip_text("Remove");
-    remove.set_valign(Gtk::Align::CENTER);
-    remove.add_css_class("flat");
-    remove.signal_clicked().connect([this, id = item.itemId, unread, &row] { removeMessage(id, unread, row); });
-    content.append(remove);
-
-    const auto swipe = Gtk::GestureSwipe::create();
-    swipe->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
-    swipe->signal_swipe().connect([this, id = item.itemId, unread, &row](double across, double) {
-        if (across < -swipeSpeed) {
-            removeMessage(id, unread, row);
-        }
-    });
-    content.add_controller(swipe);
-
-    row.set_child(content);
-    list_.append(row);
-    row.set_activatable(true);
-    row.signal_activate().connect([this, item, &row, &dot, &heading] {
-        dot.set_opacity(0);
-        heading.remove_css_class("unread-heading");
-        open(item);
-    });
-}
-
-void InboxPage::open(const InboxItem& item) {
-    if (item.status == unreadStatus && read_.insert(item.itemId).second) {
+void InboxPage::open(MessageRow& row) {
+    const InboxItem& item = row.item();
+    if (row.unread()) {
+        row.showRead();
         services_.sdk->appInbox()->modifyMessageStatus({item.itemId}, ModifyAction::read);
         setUnread(unread_ - 1);
     }
@@ -251,15 +181,21 @@ void InboxPage::open(const InboxItem& item) {
     }
 }
 
-void InboxPage::removeMessage(const std::string& id, bool unread, Gtk::ListBoxRow& row) {
-    services_.sdk->appInbox()->modifyMessageStatus({id}, ModifyAction::remove);
-    if (unread && !read_.contains(id)) {
+void InboxPage::remove(MessageRow& row) {
+    services_.sdk->appInbox()->modifyMessageStatus({row.item().itemId}, ModifyAction::remove);
+    if (row.unread()) {
         setUnread(unread_ - 1);
     }
-    list_.remove(row);
-    if (list_.get_row_at_index(0) == nullptr) {
-        stack_.set_visible_child("empty");
-    }
+    // Not while one of its own signals is still under way.
+    onMainThread([this, alive = std::weak_ptr(alive_), &row] {
+        if (alive.expired()) {
+            return;
+        }
+        list_.remove(row);
+        if (list_.get_row_at_index(0) == nullptr) {
+            stack_.set_visible_child("empty");
+        }
+    });
 }
 
 void InboxPage::markAllAsRead() {

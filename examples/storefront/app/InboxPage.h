@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -13,7 +12,8 @@
 #include <gtkmm/scrolledwindow.h>
 #include <gtkmm/stack.h>
 #include <zentavo/Zentavo.h>
-#include <zentavo/platform/URLSession.h>
+
+#include "MessageRow.h"
 
 namespace storefront {
 
@@ -23,8 +23,7 @@ class InboxPage : public Gtk::Box {
 public:
     struct Services {
         std::shared_ptr<zentavo::Zentavo> sdk;
-        std::shared_ptr<zentavo::platform::URLSession> network; ///< for pictures
-        std::shared_ptr<zentavo::platform::DispatchQueue> queue; ///< where their answers come
+        MessageRow::Pictures pictures;
         std::function<void(const zentavo::URL&)> open;
         std::function<void(std::int64_t)> unreadChanged;
     };
@@ -40,9 +39,8 @@ private:
     void showCatalogs(const std::vector<zentavo::Catalog>& catalogs);
     void askForUnread();
     void markAllAsRead();
-    void addRow(const zentavo::InboxItem& item);
-    void open(const zentavo::InboxItem& item);
-    void removeMessage(const std::string& id, bool unread, Gtk::ListBoxRow& row);
+    void open(MessageRow& row);
+    void remove(MessageRow& row);
     void setUnread(std::int64_t count);
     void showProblem();
 
@@ -62,8 +60,7 @@ private:
     Gtk::ScrolledWindow scroller_;
     Gtk::ListBox list_;
 
-    std::string catalog_;        ///< empty: all
-    std::set<std::string> read_; ///< messages that were opened here
+    std::string catalog_; ///< empty: all
     std::int64_t page_ = 0;
     std::int64_t unread_ = 0;
     bool asking_ = false;

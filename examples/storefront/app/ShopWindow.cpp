@@ -48,7 +48,9 @@ ShopWindow::ShopWindow(std::shared_ptr<zentavo::Zentavo> sdk, const std::shared_
                      cart_.remove(product);
                  },
                  [this] { pay(); }}),
-      inbox_({sdk, platform->urlSession, platform->queues->make("storefront", zentavo::platform::QueueKind::serial),
+      inbox_({sdk,
+              {platform->urlSession,
+               platform->queues->make("storefront", zentavo::platform::QueueKind::serial)},
               [this](const URL& url) { go(url); }, [this](std::int64_t number) { count(inboxBadge_, number); }}) {
     set_title("Nordlys");
     set_default_size(width, height);
@@ -126,7 +128,7 @@ void ShopWindow::go(const URL& route) {
     } else if (place == "inbox") {
         showInbox();
     } else if (route.isHTTP()) {
-        gtk_show_uri(gobj(), route.text().c_str(), GDK_CURRENT_TIME);
+        gtk_show_uri(Gtk::Window::gobj(), route.text().c_str(), GDK_CURRENT_TIME);
     }
 }
 

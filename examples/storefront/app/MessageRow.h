@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+
+#include <gtkmm/box.h>
+#include <gtkmm/label.h>
+#include <gtkmm/listboxrow.h>
+#include <zentavo/inbox/InboxItem.h>
+#include <zentavo/platform/DispatchQueue.h>
+#include <zentavo/platform/URLSession.h>
+
+namespace storefront {
+
+/// One message of the inbox as a row of its list.
+class MessageRow : public Gtk::ListBoxRow {
+public:
+    struct Pictures {
+        std::shared_ptr<zentavo::platform::URLSession> network;
+        std::shared_ptr<zentavo::platform::DispatchQueue> queue; ///< where answers come
+    };
+    /// `remove` is called by the button, or by a swipe to the left.
+    MessageRow(zentavo::InboxItem item, const Pictures& pictures, std::function<void(MessageRow&)> remove);
+
+    const zentavo::InboxItem& item() const { return item_; }
+    bool unread() const { return unread_; }
+    void showRead();
+
+private:
+    const zentavo::InboxItem item_;
+    bool unread_;
+    Gtk::Box dot_;
+    Gtk::Label heading_;
+};
+
+} // namespace storefront
