@@ -128,6 +128,19 @@ void GtkWebView::loadHTML(const std::string& html) {
     webkit_web_view_load_html(page_.get(), html.c_str(), nullptr);
 }
 
+void GtkWebView::setOnLoadFinished(std::function<void()> handler) {
+    MainThread::require();
+    onLoadFinished_ = std::move(handler);
+}
+void GtkWebView::setOnLoadFailed(std::function<void(std::string)> handler) {
+    MainThread::require();
+    onLoadFailed_ = std::move(handler);
+}
+void GtkWebView::setOnProcessDied(std::function<void()> handler) {
+    MainThread::require();
+    onProcessDied_ = std::move(handler);
+}
+
 void GtkWebView::stopTimer() {
     if (timer_ != 0) {
         mainQueue_->cancel(std::exchange(timer_, 0));
