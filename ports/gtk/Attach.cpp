@@ -1,0 +1,50 @@
+#include "ports/gtk/Attach.h"
+
+#include <memory>
+#include <utility>
+
+#include <gtk/gtk.h>
+
+#include "ports/gtk/GtkApplicationAnswers.h"
+#include "ports/gtk/GtkMainQueue.h"
+#include "ports/gtk/GtkViews.h"
+#include "ports/gtk/GtkWebViews.h"
+#include "ports/gtk/MainThread.h"
+#include "ports/gtk/WindowStage.h"
+#include "zentavo/core/ZentavoState.h"
+#include "zentavo/foundation/Fault.h"
+
+namespace zentavo::gtk {
+
+bool attach(GtkWindow* window) {
+    const auto sdk = Zentavo::shared();
+    return attach(window, *sdk);
+}
+
+bool attach(GtkWindow* window, Zentavo& sdk) {
+    return entryPoint(
+        "attach",
+        [&] {
+            platform::Platform& system = *sdk.state()->platform;
+            if (window == nullptr || !gtk_is_initialized()) {
+                system.systemLog->write(platform::LogLevel::warning,
+                                        "No window is attached: there is none, or the toolkit is not initialised");
+                return false;
+            }
+            MainThread::adopt();
+            MainThread::require();
+            // One for the process: a sandbox that cannot be made now cannot be made later either.
+            static const auto probe = std::make_shared<WebSandboxProbe>();
+            const auto queue = std::make_shared<GtkMainQueue>();
+            platform::UserInterface interface = *system.userInterface();
+            interface.mainQueue = queue;
+            interface.application = std::make_shared<GtkApplicationAnswers>(system.systemLog);
+            interface.views = std::make_shared<GtkViews>(queue, WindowStage::of(window));
+            interface.webViews = std::make_shared<GtkWebViews>(queue, system.systemLog, probe);
+            system.attach(std::move(interface));
+            return true;
+        },
+        false);
+}
+
+} // namespace zentavo::gtk

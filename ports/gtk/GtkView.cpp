@@ -1,0 +1,155 @@
+#include "ports/gtk/GtkView.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "ports/gtk/FrameAnimation.h"
+#include "ports/gtk/MainThread.h"
+#include "zentavo/foundation/Fault.h"
+
+namespace zentavo::gtk {
+
+GtkView::GtkView(std::shared_ptr<platform::MainQueue> mainQueue) : mainQueue_(std::move(mainQueue)) {
+    MainThread::require();
+    canvas_ = std::make_shared<Canvas>();
+    // What is pressed here is pressed nowhere else: not in what lies below, nor in the window around it.
+    GtkGesture* click = gtk_gesture_click_new();
+    gtk_gesture_single_set_button(reinterpret_cast<GtkGestureSingle*>(click), 0);
+    auto* controller = reinterpret_cast<GtkEventController*>(click);
+    gtk_event_controller_set_propagation_phase(controller, GTK_PHASE_TARGET);
+    signals_.connect(click, "pressed", &GtkView::pressed, this);
+    signals_.connect(click, "released", &GtkView::released, this);
+    gtk_widget_add_controller(canvas_->widget(), controller);
+
+    GtkEventController* scroll = gtk_event_controller_scroll_new(GTK_EVENT_CONTROLLER_SCROLL_BOTH_AXES);
+    gtk_event_controller_set_propagation_phase(scroll, GTK_PHASE_TARGET);
+    signals_.connect(
+        scroll, "scroll", +[](GtkEventControllerScroll*, double, double, gpointer) -> gboolean { return true; }, this);
+    gtk_widget_add_controller(canvas_->widget(), scroll);
+}
+
+GtkView::~GtkView() {
+    entryPoint("view", [] { MainThread::require(); });
+    MainThread::run([canvas = std::move(canvas_), children = children_] {
+        for (const auto& child : *children) {
+            child->canvas().remove();
+        }
+    });
+}
+
+void GtkView::setFrame(platform::Rect frame) {
+    MainThread::require();
+    const platform::Rect before = std::exchange(frame_, frame);
+    if (FrameAnimation* recording = FrameAnimation::recording()) {
+        recording->add(canvas_, before, frame);
+        return;
+    }
+    FrameAnimation::forget(*canvas_);
+    canvas_->setFrame(frame);
+}
+platform::Rect GtkView::frame() const {
+    MainThread::require();
+    return frame_;
+}
+void GtkView::takeFrame(platform::Rect frame) {
+    frame_ = frame;
+    canvas_->takeFrame(frame);
+}
+void GtkView::setHidden(bool hidden) {
+    MainThread::require();
+    gtk_widget_set_visible(canvas_->widget(), !hidden);
+}
+bool GtkView::isHidden() const {
+    MainThread::require();
+    return !gtk_widget_get_visible(canvas_->widget());
+}
+void GtkView::setBackground(platform::Colour colour) {
+    MainThread::require();
+    canvas_->setBackground(colour);
+}
+void GtkView::setCornerRadius(double radius) {
+    MainThread::require();
+    cornerRadius_ = radius;
+    canvas_->setCornerRadius(radius);
+}
+double GtkView::cornerRadius() const {
+    MainThread::require();
+    return cornerRadius_;
+}
+void GtkView::setTouchThrough(bool through) {
+    MainThread::require();
+    canvas_->setTouchThrough(through);
+}
+void GtkView::setOnTap(std::function<void()> onTap) {
+    MainThread::require();
+    onTap_ = std::move(onTap);
+}
+void GtkView::setName(std::string name) {
+    MainThread::require();
+    gtk_widget_set_name(canvas_->widget(), name.c_str());
+}
+
+void GtkView::enter(const std::shared_ptr<Children>& holder, Canvas& around) {
+    holder_ = holder;
+    holder->push_back(shared_from_this());
+    around.add(canvas_->widget());
+}
+
+void GtkView::addSubview(std::shared_ptr<platform::View> view) {
+    MainThread::require();
+    const auto child = std::dynamic_pointer_cast<GtkView>(view);
+    if (!child) {
+        fatalError("a view of another toolkit cannot be shown here");
+    }
+    if (child.get() == this || gtk_widget_is_ancestor(canvas_->widget(), child->canvas().widget())) {
+        fatalError("a view cannot hold itself");
+    }
+    child->removeFromSuperview();
+    child->enter(children_, *canvas_);
+}
+
+void GtkView::removeFromSuperview() {
+    MainThread::require();
+    const auto self = shared_from_this(); // what holds it lets go
+    if (const auto holder = holder_.lock()) {
+        std::erase(*holder, self);
+    }
+    holder_.reset();
+    canvas_->remove();
+}
+
+std::vector<std::shared_ptr<platform::View>> GtkView::subviews() const {
+    MainThread::require();
+    return {children_->begin(), children_->end()};
+}
+
+void GtkView::windowGone() {
+    for (const auto& child : Children(*children_)) {
+        child->windowGone();
+    }
+}
+
+void GtkView::pressed(GtkGestureClick* gesture, int, double, double, gpointer) {
+    gtk_gesture_set_state(reinterpret_cast<GtkGesture*>(gesture), GTK_EVENT_SEQUENCE_CLAIMED);
+}
+
+void GtkView::released(GtkGestureClick* gesture, int count, double x, double y, gpointer self) {
+    auto& view = *static_cast<GtkView*>(self);
+    const guint button = gtk_gesture_single_get_current_button(reinterpret_cast<GtkGestureSingle*>(gesture));
+    // Let go elsewhere is a change of mind.
+    if (count > 0 && button <= GDK_BUTTON_PRIMARY && gtk_widget_contains(view.canvas_->widget(), x, y)) {
+        view.tapped();
+    }
+}
+
+void GtkView::tapped() {
+    mainQueue_->async([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        const auto onTap = self ? self->onTap_ : nullptr;
+        if (onTap) {
+            onTap();
+        }
+    });
+}
+
+} // namespace zentavo::gtk

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ports/gtk/Canvas.h"
+#include "ports/gtk/Signals.h"
+#include "zentavo/platform/MainQueue.h"
+#include "zentavo/platform/Views.h"
+
+namespace zentavo::gtk {
+
+/// A view as a widget. Every member is a fault off the main thread.
+class GtkView : public virtual platform::View, public std::enable_shared_from_this<GtkView> {
+public:
+    using Children = std::vector<std::shared_ptr<GtkView>>;
+
+    explicit GtkView(std::shared_ptr<platform::MainQueue> mainQueue);
+    ~GtkView() override;
+    GtkView(const GtkView&) = delete;
+    GtkView& operator=(const GtkView&) = delete;
+
+    void setFrame(platform::Rect frame) override;
+    platform::Rect frame() const override;
+    void setHidden(bool hidden) override;
+    bool isHidden() const override;
+    void setBackground(platform::Colour colour) override;
+    void setCornerRadius(double radius) override;
+    double cornerRadius() const override;
+    void setTouchThrough(bool through) override;
+    void setOnTap(std::function<void()> onTap) override;
+    void addSubview(std::shared_ptr<platform::View> view) override;
+    void removeFromSuperview() override;
+    std::vector<std::shared_ptr<platform::View>> subviews() const override;
+    void setName(std::string name) override;
+
+    // --- For the port ------------------------------------------------------------------------------------------------
+
+    /// The canvas may outlive the view by a moment: a view that ends on another thread leaves it to the main thread.
+    Canvas& canvas() const noexcept { return *canvas_; }
+    /// Enters `holder` on top, and `around` with its widget.
+    void enter(const std::shared_ptr<Children>& holder, Canvas& around);
+    /// Takes another frame while what is around it is being laid out.
+    void takeFrame(platform::Rect frame);
+    /// The window around it is gone, for good.
+    virtual void windowGone();
+
+protected:
+    const std::shared_ptr<platform::MainQueue> mainQueue_;
+
+private:
+    static void pressed(GtkGestureClick* gesture, int count, double x, double y, gpointer self);
+    static void released(GtkGestureClick* gesture, int count, double x, double y, gpointer self);
+    void tapped();
+
+    std::shared_ptr<Canvas> canvas_;
+    platform::Rect frame_;
+    double cornerRadius_ = 0;
+    std::function<void()> onTap_;
+    const std::shared_ptr<Children> children_ = std::make_shared<Children>();
+    /// The list that this view stands in: another view's children, or the window's.
+    std::weak_ptr<Children> holder_;
+    Signals signals_;
+};
+
+} // namespace zentavo::gtk

@@ -1,0 +1,155 @@
+#include "ports/gtk/WindowStage.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "ports/gtk/MainThread.h"
+#include "zentavo/foundation/Fault.h"
+
+namespace zentavo::gtk {
+
+namespace {
+
+constexpr const char* key = "zentavo-window-stage";
+
+/// What of the focus is lost when its widget is moved inside the window.
+class FocusGuard {
+public:
+    explicit FocusGuard(GtkWindow* window)
+        : window_(window), focus_(Ref<GtkWidget>::share(gtk_window_get_focus(window))),
+          default_(Ref<GtkWidget>::share(gtk_window_get_default_widget(window))) {
+        if (auto* text = editable()) {
+            gtk_editable_get_selection_bounds(text, &start_, &end_);
+            cursorAtStart_ = gtk_editable_get_position(text) == start_;
+        }
+    }
+    ~FocusGuard() {
+        if (default_) {
+            gtk_window_set_default_widget(window_, default_.get());
+        }
+        if (!focus_) {
+            return;
+        }
+        gtk_window_set_focus(window_, focus_.get());
+        if (auto* text = editable()) { // to get the focus selects everything
+            gtk_editable_select_region(text, cursorAtStart_ ? end_ : start_, cursorAtStart_ ? start_ : end_);
+        }
+    }
+    FocusGuard(const FocusGuard&) = delete;
+    FocusGuard& operator=(const FocusGuard&) = delete;
+
+private:
+    GtkEditable* editable() const {
+        return G_TYPE_CHECK_INSTANCE_TYPE(focus_.get(), GTK_TYPE_EDITABLE)
+                   ? reinterpret_cast<GtkEditable*>(focus_.get())
+                   : nullptr;
+    }
+
+    GtkWindow* const window_;
+    const Ref<GtkWidget> focus_;
+    const Ref<GtkWidget> default_;
+    int start_ = 0;
+    int end_ = 0;
+    bool cursorAtStart_ = false;
+};
+
+} // namespace
+
+std::shared_ptr<WindowStage> WindowStage::of(GtkWindow* window) {
+    auto* object = reinterpret_cast<GObject*>(window);
+    if (const auto* held = static_cast<std::shared_ptr<WindowStage>*>(g_object_get_data(object, key))) {
+        return *held;
+    }
+    // Its last holder may be a thread of the SDK; widgets end on the main thread all the same.
+    const std::shared_ptr<WindowStage> stage(new WindowStage(window), [](WindowStage* last) {
+        MainThread::run([last] { delete last; });
+    });
+    g_object_set_data_full(object, key, new std::shared_ptr<WindowStage>(stage),
+                           [](gpointer data) { delete static_cast<std::shared_ptr<WindowStage>*>(data); });
+    return stage;
+}
+
+WindowStage::WindowStage(GtkWindow* window) : window_(window), overlay_(Ref<GtkWidget>::share(gtk_overlay_new())) {
+    root_.setTouchThrough(true);
+    root_.setOnResize([this](int width, int height) { resized(width, height); });
+    gtk_widget_set_name(root(), "zentavo.stage");
+    gtk_overlay_add_overlay(reinterpret_cast<GtkOverlay*>(overlay_.get()), root());
+    signals_.connect(window, "notify::child", &WindowStage::childChanged, this);
+    signals_.connect(window, "destroy", &WindowStage::destroyed, this);
+    wrapChild();
+}
+
+WindowStage::~WindowStage() { close(); }
+
+/// Puts the overlay between the window and what it shows.
+void WindowStage::wrapChild() {
+    GtkWidget* child = gtk_window_get_child(window_);
+    if (child == overlay_.get()) {
+        return;
+    }
+    auto* overlay = reinterpret_cast<GtkOverlay*>(overlay_.get());
+    const auto held = Ref<GtkWidget>::share(child);
+    const FocusGuard focus(window_);
+    wrapping_ = true;
+    gtk_overlay_set_child(overlay, nullptr);
+    gtk_window_set_child(window_, overlay_.get());
+    if (child != nullptr) {
+        gtk_overlay_set_child(overlay, child);
+    }
+    wrapping_ = false;
+}
+
+/// A host may give its window another child at any time.
+void WindowStage::childChanged(GObject*, GParamSpec*, gpointer data) {
+    auto& self = *static_cast<WindowStage*>(data);
+    if (!self.wrapping_ && self.window_ != nullptr) {
+        self.wrapChild();
+    }
+}
+
+void WindowStage::destroyed(GtkWidget*, gpointer self) { static_cast<WindowStage*>(self)->close(); }
+
+void WindowStage::close() {
+    if (std::exchange(window_, nullptr) == nullptr) {
+        return;
+    }
+    signals_.clear();
+    const auto views = std::exchange(shown_, nullptr);
+    for (const auto& view : *views) {
+        view->canvas().remove();
+        entryPoint("view", [&] { view->windowGone(); });
+    }
+}
+
+platform::Rect WindowStage::bounds() const {
+    int width = static_cast<int>(size_.width);
+    int height = static_cast<int>(size_.height);
+    if (window_ != nullptr && (width == 0 || height == 0)) {
+        gtk_window_get_default_size(window_, &width, &height);
+    }
+    return {0, 0, static_cast<double>(std::max(width, 0)), static_cast<double>(std::max(height, 0))};
+}
+
+bool WindowStage::show(GtkView& view) {
+    if (window_ == nullptr || !gtk_widget_get_visible(reinterpret_cast<GtkWidget*>(window_))) {
+        return false;
+    }
+    view.removeFromSuperview();
+    view.enter(shown_, root_);
+    return true;
+}
+
+void WindowStage::resized(int width, int height) {
+    const platform::Rect before = bounds();
+    size_ = {static_cast<double>(width), static_cast<double>(height)};
+    if (window_ == nullptr) {
+        return;
+    }
+    for (const auto& view : *shown_) {
+        if (view->frame() == before) { // it fills the window, and goes on doing so
+            view->takeFrame(bounds());
+        }
+    }
+}
+
+} // namespace zentavo::gtk

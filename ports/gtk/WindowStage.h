@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+
+#include <gtk/gtk.h>
+
+#include "ports/gtk/GtkView.h"
+
+namespace zentavo::gtk {
+
+/// What lies over one window of the host: an overlay around the window's own child, and on it the views. The window
+/// holds its stage; a stage whose window is gone shows nothing. Main thread only, but whoever holds it may let go of it
+/// anywhere.
+class WindowStage {
+public:
+    /// The stage of `window`; made at the first call, which puts the overlay in place.
+    static std::shared_ptr<WindowStage> of(GtkWindow* window);
+
+    explicit WindowStage(GtkWindow* window);
+    ~WindowStage();
+    WindowStage(const WindowStage&) = delete;
+    WindowStage& operator=(const WindowStage&) = delete;
+
+    /// The window's content area; before its first layout the size that it asks for.
+    platform::Rect bounds() const;
+    /// Puts `view` on top. False when the window is gone or not open.
+    bool show(GtkView& view);
+    /// The widget on which everything stands.
+    GtkWidget* root() const noexcept { return root_.widget(); }
+
+private:
+    static void childChanged(GObject* window, GParamSpec* property, gpointer self);
+    static void destroyed(GtkWidget* window, gpointer self);
+    void wrapChild();
+    void resized(int width, int height);
+    void close();
+
+    GtkWindow* window_; ///< null once it is gone
+    const Ref<GtkWidget> overlay_;
+    Canvas root_;
+    platform::Size size_;
+    std::shared_ptr<GtkView::Children> shown_ = std::make_shared<GtkView::Children>();
+    Signals signals_;
+    bool wrapping_ = false;
+};
+
+} // namespace zentavo::gtk
