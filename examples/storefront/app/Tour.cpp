@@ -137,7 +137,7 @@ void Tour::photograph() {
     steps_.pop_front();
     if (!step.name.empty()) {
         const auto file = folder_ / (step.name + ".png");
-        if (!savePNG(GTK_WIDGET(window_.gobj()), file)) {
+        if (!saveScreenshot(GTK_WINDOW(window_.gobj()), file.string())) {
             say("  !! no picture " + file.string());
             good_ = false;
         }
