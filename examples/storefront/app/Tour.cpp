@@ -60,12 +60,12 @@ Tour::Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk, std::files
     page("", [this] { window_.showList(); });
     message("10-full-screen", "promo_full_screen");
     message("11-gamified", "promo_gamified");
-    message("12-bar-top-px", "promo_bar_top_px");
+    message("12-bar-top", "promo_bar_top");
     message("13-bar-top-percent", "promo_bar_top_percent");
-    message("14-bar-bottom-px", "promo_bar_bottom_px");
+    message("14-bar-bottom", "promo_bar_bottom");
     message("15-bar-bottom-percent", "promo_bar_bottom_percent");
     message("16-centred", "promo_centred");
-    message("17-hand-written", "promo_code");
+    message("17-hand-written", "promo_code_mode");
     nothing("promo_slide_in");
     nothing("promo_inline");
 }
