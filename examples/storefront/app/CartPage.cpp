@@ -3,6 +3,7 @@
 #include <gtkmm/button.h>
 #include <gtkmm/label.h>
 
+#include "CartIcon.h"
 #include "Notice.h"
 #include "ProductPicture.h"
 
@@ -17,7 +18,7 @@ void CartPage::show(const Cart& cart) {
         remove(*child);
     }
     if (cart.lines().empty()) {
-        append(*Gtk::make_managed<Notice>("cart-large-symbolic", "Nothing in it yet", "What you add to the cart waits here."));
+        append(*Gtk::make_managed<Notice>(*Gtk::make_managed<CartIcon>(48), "Nothing in it yet", "What you add to the cart waits here."));
         return;
     }
     for (const Cart::Line& one : cart.lines()) {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <glibmm/main.h>
+#include <gtkmm/image.h>
 #include <gtkmm/spinner.h>
 #include <gtkmm/togglebutton.h>
 
@@ -22,6 +23,13 @@ namespace {
 
 /// A request that has failed is told to nobody; after this time it counts as failed.
 constexpr unsigned patienceMilliseconds = 10'000;
+
+Gtk::Widget& sign(const Glib::ustring& icon) {
+    auto& image = *Gtk::make_managed<Gtk::Image>();
+    image.set_from_icon_name(icon);
+    image.set_pixel_size(48);
+    return image;
+}
 
 } // namespace
 
@@ -74,9 +82,9 @@ InboxPage::InboxPage(Services services) : Gtk::Box(Gtk::Orientation::VERTICAL), 
         }
     });
     stack_.add(scroller_, "messages");
-    stack_.add(*Gtk::make_managed<Notice>("mail-read-symbolic", "No messages", "News, offers and orders will be here."),
+    stack_.add(*Gtk::make_managed<Notice>(sign("mail-read-symbolic"), "No messages", "News, offers and orders will be here."),
                "empty");
-    stack_.add(*Gtk::make_managed<Notice>("network-error-symbolic", "That did not work",
+    stack_.add(*Gtk::make_managed<Notice>(sign("network-error-symbolic"), "That did not work",
                                           "The messages cannot be loaded at the moment.", "Try again",
                                           [this] { refresh(); }),
                "problem");

@@ -1,21 +1,17 @@
 #include "Notice.h"
 
 #include <gtkmm/button.h>
-#include <gtkmm/image.h>
 #include <gtkmm/label.h>
 
 namespace storefront {
 
-Notice::Notice(const Glib::ustring& icon, const Glib::ustring& title, const Glib::ustring& text,
+Notice::Notice(Gtk::Widget& sign, const Glib::ustring& title, const Glib::ustring& text,
                const Glib::ustring& action, std::function<void()> act)
     : Gtk::Box(Gtk::Orientation::VERTICAL) {
     add_css_class("notice");
     set_vexpand(true);
     set_valign(Gtk::Align::CENTER);
-    auto& image = *Gtk::make_managed<Gtk::Image>();
-    image.set_from_icon_name(icon);
-    image.set_pixel_size(48);
-    append(image);
+    append(sign);
     auto& head = *Gtk::make_managed<Gtk::Label>(title);
     head.add_css_class("page-title");
     append(head);

@@ -9,7 +9,7 @@ namespace storefront {
 /// What a page shows where it has nothing else: a sign, a line, an explanation, and perhaps a way on.
 class Notice : public Gtk::Box {
 public:
-    Notice(const Glib::ustring& icon, const Glib::ustring& title, const Glib::ustring& text,
+    Notice(Gtk::Widget& sign, const Glib::ustring& title, const Glib::ustring& text,
            const Glib::ustring& action = {}, std::function<void()> act = {});
 };
 

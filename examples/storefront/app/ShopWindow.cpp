@@ -1,9 +1,12 @@
 #include "ShopWindow.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include <gtkmm/image.h>
 #include <gtkmm/overlay.h>
+
+#include "CartIcon.h"
 
 namespace storefront {
 
@@ -15,11 +18,9 @@ constexpr int width = 420;
 constexpr int height = 760;
 
 /// A button of the bar: a sign, and over it how many.
-void dress(Gtk::Button& button, Gtk::Label& badge, const Glib::ustring& icon, const Glib::ustring& tooltip) {
+void dress(Gtk::Button& button, Gtk::Label& badge, Gtk::Widget& sign, const Glib::ustring& tooltip) {
     auto& overlay = *Gtk::make_managed<Gtk::Overlay>();
-    auto& image = *Gtk::make_managed<Gtk::Image>();
-    image.set_from_icon_name(icon);
-    overlay.set_child(image);
+    overlay.set_child(sign);
     badge.add_css_class("badge");
     badge.set_halign(Gtk::Align::END);
     badge.set_valign(Gtk::Align::START);
@@ -60,9 +61,11 @@ ShopWindow::ShopWindow(std::shared_ptr<zentavo::Zentavo> sdk, const std::shared_
     back_.add_css_class("flat");
     back_.signal_clicked().connect([this] { showList(); });
     header_.pack_start(back_);
-    dress(inboxButton_, inboxBadge_, "mail-unread-symbolic", "Inbox");
+    auto& letter = *Gtk::make_managed<Gtk::Image>();
+    letter.set_from_icon_name("mail-unread-symbolic");
+    dress(inboxButton_, inboxBadge_, letter, "Inbox");
     inboxButton_.signal_clicked().connect([this] { showInbox(); });
-    dress(cartButton_, cartBadge_, "cart-symbolic", "Cart");
+    dress(cartButton_, cartBadge_, *Gtk::make_managed<CartIcon>(16), "Cart");
     cartButton_.signal_clicked().connect([this] { showCart(); });
     header_.pack_end(cartButton_);
     header_.pack_end(inboxButton_);
