@@ -1,7 +1,7 @@
 # Makes one C++ source of a folder's files:
 #   cmake -DFOLDER=<dir> -DHEADER=<path> -DFUNCTION=<name> -DOUTPUT=<file> -P EmbedFiles.cmake
 # HEADER declares FUNCTION, which returns a span of EmbeddedFile.
-file(GLOB files ${FOLDER}/*.json ${FOLDER}/*.html ${FOLDER}/*.js)
+file(GLOB files ${FOLDER}/*.json ${FOLDER}/*.html ${FOLDER}/*.js ${FOLDER}/*.svg)
 list(SORT files)
 set(entries "")
 set(count 0)

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "devserver/BodyChecks.h"
+#include "devserver/PictureService.h"
 #include "devserver/Text.h"
 
 namespace zentavo::devserver {
@@ -93,7 +94,7 @@ Answer InboxService::answer(const IncomingRequest& request, std::string_view pat
     }
     checkQuery(request.query, {}, findings.problems);
     if (path == pagePath) {
-        return page(body, findings);
+        return page(request, body, findings);
     }
     if (path == countPath) {
         return count(body, findings);
@@ -105,10 +106,10 @@ Answer InboxService::answer(const IncomingRequest& request, std::string_view pat
         return markAllAsRead(body, findings);
     }
     const std::string_view id = ServicePath::of(request.path).path.substr(messagePath.size());
-    return message(URL::decodeComponent(id).value_or(std::string(id)), body, findings);
+    return message(URL::decodeComponent(id).value_or(std::string(id)), request, body, findings);
 }
 
-Answer InboxService::page(const Map& body, Findings& findings) const {
+Answer InboxService::page(const IncomingRequest& request, const Map& body, Findings& findings) const {
     if (!isRight(body, pageRules, findings)) {
         return {};
     }
@@ -121,9 +122,12 @@ Answer InboxService::page(const Map& body, Findings& findings) const {
     if (!problems.empty()) {
         return {};
     }
-    return success(
-        Map{{"entries", store_->page({userIn(body), integerIn(body, "destinationId"), textsIn(body, "catalogs"),
-                                      integerIn(body, "page"), integerIn(body, "limit")})}});
+    List entries = store_->page({userIn(body), integerIn(body, "destinationId"), textsIn(body, "catalogs"),
+                                 integerIn(body, "page"), integerIn(body, "limit")});
+    for (Value& entry : entries) {
+        entry = PictureService::served(std::move(entry), request);
+    }
+    return success(Map{{"entries", std::move(entries)}});
 }
 
 Answer InboxService::catalogs(const IncomingRequest& request, const Map& body, Findings& findings) const {
@@ -141,12 +145,13 @@ Answer InboxService::count(const Map& body, Findings& findings) const {
     return success(Map{{"total", store_->unreadCount(userIn(body), integerIn(body, "destinationId"))}});
 }
 
-Answer InboxService::message(const std::string& id, const Map& body, Findings& findings) const {
+Answer InboxService::message(const std::string& id, const IncomingRequest& request, const Map& body,
+                             Findings& findings) const {
     if (!isRight(body, messageRules, findings)) {
         return {};
     }
     if (auto item = store_->item(userIn(body), id)) {
-        return success(*std::move(item));
+        return success(PictureService::served(*std::move(item), request));
     }
     return {404, {{"code", 404}, {"message", "this user has no message " + inQuotes(id)}, {"data", nullptr}}};
 }

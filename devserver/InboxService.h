@@ -25,10 +25,10 @@ public:
     std::string add(const Map& message, Problems& problems);
 
 private:
-    Answer page(const Map& body, Findings& findings) const;
+    Answer page(const IncomingRequest& request, const Map& body, Findings& findings) const;
     Answer catalogs(const IncomingRequest& request, const Map& body, Findings& findings) const;
     Answer count(const Map& body, Findings& findings) const;
-    Answer message(const std::string& id, const Map& body, Findings& findings) const;
+    Answer message(const std::string& id, const IncomingRequest& request, const Map& body, Findings& findings) const;
     Answer modify(const Map& body, Findings& findings) const;
     Answer markAllAsRead(const Map& body, Findings& findings) const;
 

@@ -18,7 +18,8 @@ void CartPage::show(const Cart& cart) {
         remove(*child);
     }
     if (cart.lines().empty()) {
-        append(*Gtk::make_managed<Notice>(*Gtk::make_managed<CartIcon>(48), "Nothing in it yet", "What you add to the cart waits here."));
+        append(*Gtk::make_managed<Notice>(*Gtk::make_managed<CartIcon>(48), "Nothing in it yet",
+                                          "What you add to the cart waits here."));
         return;
     }
     for (const Cart::Line& one : cart.lines()) {

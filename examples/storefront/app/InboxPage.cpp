@@ -6,7 +6,6 @@
 #include <glibmm/main.h>
 #include <gtkmm/image.h>
 #include <gtkmm/spinner.h>
-#include <gtkmm/togglebutton.h>
 
 #include "MainThread.h"
 #include "MessageRow.h"
@@ -23,6 +22,8 @@ namespace {
 
 /// A request that has failed is told to nobody; after this time it counts as failed.
 constexpr unsigned patienceMilliseconds = 10'000;
+/// Rows that were added have their sizes by then.
+constexpr unsigned layoutMilliseconds = 100;
 
 Gtk::Widget& sign(const Glib::ustring& icon) {
     auto& image = *Gtk::make_managed<Gtk::Image>();
@@ -82,8 +83,9 @@ InboxPage::InboxPage(Services services) : Gtk::Box(Gtk::Orientation::VERTICAL), 
         }
     });
     stack_.add(scroller_, "messages");
-    stack_.add(*Gtk::make_managed<Notice>(sign("mail-read-symbolic"), "No messages", "News, offers and orders will be here."),
-               "empty");
+    stack_.add(
+        *Gtk::make_managed<Notice>(sign("mail-read-symbolic"), "No messages", "News, offers and orders will be here."),
+        "empty");
     stack_.add(*Gtk::make_managed<Notice>(sign("network-error-symbolic"), "That did not work",
                                           "The messages cannot be loaded at the moment.", "Try again",
                                           [this] { refresh(); }),
@@ -110,12 +112,12 @@ void InboxPage::askForPage(std::int64_t page) {
     asking_ = true;
     const auto question = ++question_;
     const std::vector<std::string> catalogs = catalog_.empty() ? std::vector<std::string>{} : std::vector{catalog_};
-    services_.sdk->appInbox()->forceFetchInboxItem(
-        catalogs, page, later([this, page, question](const std::vector<InboxItem>& items) {
-            if (question == question_) {
-                showPage(page, items);
-            }
-        }));
+    services_.sdk->appInbox()->forceFetchInboxItem(catalogs, page,
+                                                   later([this, page, question](const std::vector<InboxItem>& items) {
+                                                       if (question == question_) {
+                                                           showPage(page, items);
+                                                       }
+                                                   }));
     Glib::signal_timeout().connect_once(
         [this, question, alive = std::weak_ptr(alive_)] {
             if (!alive.expired() && question == question_ && asking_) {
@@ -139,6 +141,19 @@ void InboxPage::showPage(std::int64_t page, std::vector<InboxItem> items) {
                                                     [this](MessageRow& row) { remove(row); }));
     }
     stack_.set_visible_child(list_.get_row_at_index(0) != nullptr ? "messages" : "empty");
+    // A page that does not fill the window cannot be scrolled, so nothing would ever ask for the next.
+    Glib::signal_timeout().connect_once(
+        [this, question = question_, alive = std::weak_ptr(alive_)] {
+            if (!alive.expired() && question == question_ && !complete_ && !canScroll()) {
+                askForPage(page_ + 1);
+            }
+        },
+        layoutMilliseconds);
+}
+
+bool InboxPage::canScroll() const {
+    const auto adjustment = scroller_.get_vadjustment();
+    return adjustment->get_upper() > adjustment->get_page_size();
 }
 
 void InboxPage::showProblem() {
@@ -152,6 +167,7 @@ void InboxPage::showCatalogs(const std::vector<Catalog>& catalogs) {
     while (auto* child = filters_.get_first_child()) {
         filters_.remove(*child);
     }
+    filterButtons_.clear();
     Gtk::ToggleButton* first = nullptr;
     const auto add = [&](const Glib::ustring& name, const std::string& id) {
         auto& button = *Gtk::make_managed<Gtk::ToggleButton>(name);
@@ -164,18 +180,31 @@ void InboxPage::showCatalogs(const std::vector<Catalog>& catalogs) {
         button.set_active(id == catalog_);
         button.signal_toggled().connect([this, &button, id] {
             if (button.get_active() && id != catalog_) {
-                catalog_ = id;
-                stack_.set_visible_child("waiting");
-                askForPage(1);
+                choose(id);
             }
         });
         filters_.append(button);
+        filterButtons_[id] = &button;
     };
     add("All", "");
     for (const Catalog& catalog : catalogs) {
         add(catalog.catalogName, catalog.catalogId);
     }
 }
+
+void InboxPage::filter(const std::string& catalog) {
+    if (const auto button = filterButtons_.find(catalog); button != filterButtons_.end()) {
+        button->second->set_active(true);
+    }
+}
+
+void InboxPage::choose(const std::string& catalog) {
+    catalog_ = catalog;
+    stack_.set_visible_child("waiting");
+    askForPage(1);
+}
+
+MessageRow* InboxPage::row(int place) { return static_cast<MessageRow*>(list_.get_row_at_index(place)); }
 
 void InboxPage::open(MessageRow& row) {
     const InboxItem& item = row.item();

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include <gtkmm/listbox.h>
 #include <gtkmm/scrolledwindow.h>
 #include <gtkmm/stack.h>
+#include <gtkmm/togglebutton.h>
 #include <zentavo/Zentavo.h>
 
 #include "MessageRow.h"
@@ -32,16 +34,25 @@ public:
 
     /// Asks for catalogs, the number of unread messages and the first page anew.
     void refresh();
+    /// Shows the messages of one catalog; of all of them where `catalog` is empty.
+    void filter(const std::string& catalog);
+    void open(MessageRow& row);
+    void remove(MessageRow& row);
+    void markAllAsRead();
+
+    /// What is to be seen: "waiting", "messages", "empty" or "problem".
+    std::string state() const { return stack_.get_visible_child_name(); }
+    /// The message at that place, or null.
+    MessageRow* row(int place);
 
 private:
+    void choose(const std::string& catalog);
     void askForPage(std::int64_t page);
     void showPage(std::int64_t page, std::vector<zentavo::InboxItem> items);
     void showCatalogs(const std::vector<zentavo::Catalog>& catalogs);
     void askForUnread();
-    void markAllAsRead();
-    void open(MessageRow& row);
-    void remove(MessageRow& row);
     void setUnread(std::int64_t count);
+    bool canScroll() const;
     void showProblem();
 
     /// `block` for a completion: it runs on the main thread, unless the page is gone by then.
@@ -61,6 +72,7 @@ private:
     Gtk::ListBox list_;
 
     std::string catalog_; ///< empty: all
+    std::map<std::string, Gtk::ToggleButton*> filterButtons_;
     std::int64_t page_ = 0;
     std::int64_t unread_ = 0;
     bool asking_ = false;

@@ -30,16 +30,17 @@ void MessagePicture::load() {
     }
     auto request = std::make_shared<zentavo::platform::URLRequest>(url_);
     request->maximumAnswerBytes = maximumBytes;
-    network_->start(std::move(request), queue_, [this, alive = std::weak_ptr(alive_)](zentavo::platform::URLResult result) {
-        if (!result.data || !result.response || result.response->status != 200) {
-            return;
-        }
-        onMainThread([this, alive, bytes = *std::move(result.data)] {
-            if (!alive.expired()) {
-                show(bytes);
-            }
-        });
-    });
+    network_->start(std::move(request), queue_,
+                    [this, alive = std::weak_ptr(alive_)](zentavo::platform::URLResult result) {
+                        if (!result.data || !result.response || result.response->status != 200) {
+                            return;
+                        }
+                        onMainThread([this, alive, bytes = *std::move(result.data)] {
+                            if (!alive.expired()) {
+                                show(bytes);
+                            }
+                        });
+                    });
 }
 
 void MessagePicture::show(const std::string& bytes) {

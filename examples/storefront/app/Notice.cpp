@@ -5,8 +5,8 @@
 
 namespace storefront {
 
-Notice::Notice(Gtk::Widget& sign, const Glib::ustring& title, const Glib::ustring& text,
-               const Glib::ustring& action, std::function<void()> act)
+Notice::Notice(Gtk::Widget& sign, const Glib::ustring& title, const Glib::ustring& text, const Glib::ustring& action,
+               std::function<void()> act)
     : Gtk::Box(Gtk::Orientation::VERTICAL) {
     add_css_class("notice");
     set_vexpand(true);

@@ -13,8 +13,8 @@ const std::vector<Product>& products() {
          "Eighteen litres, a sleeve for a laptop, and straps that stay where they are put. Keeps rain out for an hour.",
          "bags", 79.00, Shape::backpack, "#2e86ab"},
         {"BOTTLE-03", "Still", "Cold for a day, hot for a morning",
-         "Steel in two walls with nothing in between. Half a litre, and a lid that closes with one hand.", "kitchen", 24.50,
-         Shape::bottle, "#4c9f70"},
+         "Steel in two walls with nothing in between. Half a litre, and a lid that closes with one hand.", "kitchen",
+         24.50, Shape::bottle, "#4c9f70"},
         {"JACKET-04", "Fjord", "For wind that has an opinion",
          "Three layers, sealed seams, a hood that turns with the head. Folds into its own pocket.", "clothing", 189.00,
          Shape::jacket, "#f2a541"},
@@ -22,8 +22,8 @@ const std::vector<Product>& products() {
          "Cotton, dyed once, with a strap of leather. One size for nearly everybody.", "clothing", 19.90, Shape::cap,
          "#7d5ba6"},
         {"WATCH-06", "Minute", "Two hands, no messages",
-         "Swiss movement, sapphire glass, forty metres under water. The strap changes without a tool.", "watches", 219.00,
-         Shape::watch, "#33415c"},
+         "Swiss movement, sapphire glass, forty metres under water. The strap changes without a tool.", "watches",
+         219.00, Shape::watch, "#33415c"},
     };
     return all;
 }

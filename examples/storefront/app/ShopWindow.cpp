@@ -38,7 +38,8 @@ void count(Gtk::Label& badge, std::int64_t number) {
 
 } // namespace
 
-ShopWindow::ShopWindow(std::shared_ptr<zentavo::Zentavo> sdk, const std::shared_ptr<zentavo::platform::Platform>& platform)
+ShopWindow::ShopWindow(std::shared_ptr<zentavo::Zentavo> sdk,
+                       const std::shared_ptr<zentavo::platform::Platform>& platform)
     : events_(sdk), list_([this](const Product& product) { showProduct(product); }),
       product_([this](const Product& product) {
           cart_.add(product);
@@ -50,9 +51,9 @@ ShopWindow::ShopWindow(std::shared_ptr<zentavo::Zentavo> sdk, const std::shared_
                  },
                  [this] { pay(); }}),
       inbox_({sdk,
-              {platform->urlSession,
-               platform->queues->make("storefront", zentavo::platform::QueueKind::serial)},
-              [this](const URL& url) { go(url); }, [this](std::int64_t number) { count(inboxBadge_, number); }}) {
+              {platform->urlSession, platform->queues->make("storefront", zentavo::platform::QueueKind::serial)},
+              [this](const URL& url) { go(url); },
+              [this](std::int64_t number) { count(inboxBadge_, number); }}) {
     set_title("Nordlys");
     set_default_size(width, height);
     title_.add_css_class("shop-title");

@@ -12,9 +12,9 @@ namespace storefront {
 
 namespace {
 
-constexpr unsigned lookEvery = 20;      // milliseconds
-constexpr unsigned patience = 15'000;   // milliseconds
-constexpr unsigned forNothing = 1'500;  // milliseconds in which a message that must not show would have shown
+constexpr unsigned lookEvery = 20;     // milliseconds
+constexpr unsigned patience = 15'000;  // milliseconds
+constexpr unsigned forNothing = 1'500; // milliseconds in which a message that must not show would have shown
 
 /// The page of the message on screen, or null.
 WebKitWebView* webViewIn(GtkWidget* widget) {
@@ -37,8 +37,10 @@ void say(const std::string& line) {
 
 } // namespace
 
-Tour::Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk, std::filesystem::path folder)
-    : window_(window), sdk_(std::move(sdk)), folder_(std::move(folder)) {
+Tour::Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk,
+           std::shared_ptr<zentavo::platform::Platform> platform, std::string server, std::filesystem::path folder)
+    : window_(window), sdk_(std::move(sdk)), platform_(std::move(platform)), server_(std::move(server)),
+      folder_(std::move(folder)) {
     std::filesystem::create_directories(folder_);
     sdk_->setDeliveryTraceCallback([this, alive = std::weak_ptr(alive_)](const zentavo::DeliveryTrace& trace) {
         onMainThread([this, alive, text = trace.text()] {
@@ -56,7 +58,38 @@ Tour::Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk, std::files
         window_.cart().add(products()[2]);
         window_.showCart();
     });
-    page("04-inbox", [this] { window_.showInbox(); });
+    inbox(
+        "04-inbox", [this](InboxPage&) { window_.showInbox(); }, "messages");
+    inbox(
+        "05-inbox-catalog", [](InboxPage& page) { page.filter("sales"); }, "messages");
+    inbox(
+        "06-inbox-opened-and-removed",
+        [](InboxPage& page) {
+            page.open(*page.row(0));
+            page.remove(*page.row(1));
+        },
+        "messages");
+    inbox(
+        "", [](InboxPage& page) { page.filter("orders"); }, "messages");
+    inbox(
+        "07-inbox-empty",
+        [](InboxPage& page) {
+            for (int i = 0; auto* row = page.row(i); ++i) {
+                page.remove(*row);
+            }
+        },
+        "empty");
+    inbox(
+        "08-inbox-all-read",
+        [](InboxPage& page) {
+            page.markAllAsRead();
+            page.filter("");
+        },
+        "messages");
+    inbox(
+        "09-inbox-out-of-reach",
+        [this](InboxPage& page) { failNext("/access/api/app-inbox/message/performance", [&page] { page.refresh(); }); },
+        "problem");
     page("", [this] { window_.showList(); });
     message("10-full-screen", "promo_full_screen");
     message("11-gamified", "promo_gamified");
@@ -74,6 +107,26 @@ Tour::~Tour() { sdk_->setDeliveryTraceCallback(nullptr); }
 
 void Tour::page(std::string name, std::function<void()> act) {
     steps_.push_back({std::move(name), std::move(act), [] { return true; }, [] {}});
+}
+
+void Tour::inbox(std::string name, std::function<void(InboxPage&)> act, std::string state) {
+    steps_.push_back({std::move(name), [this, act = std::move(act)] { act(window_.inbox()); },
+                      [this, state = std::move(state)] { return window_.inbox().state() == state; }, [] {}});
+}
+
+void Tour::failNext(const std::string& path, std::function<void()> then) {
+    const auto url = zentavo::URL::parse(server_ + "/_dev/fault?status=503&body=busy&times=1&path=" + path);
+    auto request = std::make_shared<zentavo::platform::URLRequest>(*url);
+    request->method = "POST";
+    platform_->urlSession->start(std::move(request),
+                                 platform_->queues->make("tour", zentavo::platform::QueueKind::serial),
+                                 [alive = std::weak_ptr(alive_), then](const zentavo::platform::URLResult&) {
+                                     onMainThread([alive, then] {
+                                         if (!alive.expired()) {
+                                             then();
+                                         }
+                                     });
+                                 });
 }
 
 void Tour::message(std::string name, const std::string& event) {
@@ -149,11 +202,10 @@ void Tour::photograph() {
 void Tour::closeMessage() {
     if (auto* view = webViewIn(GTK_WIDGET(window_.gobj()))) {
         // Both kinds of page: whichever this is, the other's message means nothing to it.
-        webkit_web_view_evaluate_javascript(
-            view,
-            "for (const type of ['zentavo-cdp-webview-closed', 'mt.Action.close'])"
-            "  window.webkit.messageHandlers.eventHandler.postMessage({type});",
-            -1, nullptr, nullptr, nullptr, nullptr, nullptr);
+        webkit_web_view_evaluate_javascript(view,
+                                            "for (const type of ['zentavo-cdp-webview-closed', 'mt.Action.close'])"
+                                            "  window.webkit.messageHandlers.eventHandler.postMessage({type});",
+                                            -1, nullptr, nullptr, nullptr, nullptr, nullptr);
     }
 }
 

@@ -16,7 +16,8 @@ namespace storefront {
 /// dev server offers, cart and inbox. Says on standard output what it does and what the SDK says about each message.
 class Tour {
 public:
-    Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk, std::filesystem::path folder);
+    Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk,
+         std::shared_ptr<zentavo::platform::Platform> platform, std::string server, std::filesystem::path folder);
     ~Tour();
 
     /// Begins; `done` is told whether all was as it should be.
@@ -24,14 +25,18 @@ public:
 
 private:
     struct Step {
-        std::string name;              ///< of the picture; empty: none
+        std::string name; ///< of the picture; empty: none
         std::function<void()> act;
         std::function<bool()> arrived; ///< asked until it is true
         std::function<void()> leave;
-        unsigned settle = 700;         ///< milliseconds that pages and animations get before the picture
+        unsigned settle = 700; ///< milliseconds that pages and animations get before the picture
     };
 
     void page(std::string name, std::function<void()> act);
+    /// A step in the inbox, over when `state` is to be seen.
+    void inbox(std::string name, std::function<void(InboxPage&)> act, std::string state);
+    /// Has the dev server fail the next request to `path`, and does `then`.
+    void failNext(const std::string& path, std::function<void()> then);
     void message(std::string name, const std::string& event);
     void nothing(const std::string& event);
     void next();
@@ -41,6 +46,8 @@ private:
 
     ShopWindow& window_;
     const std::shared_ptr<zentavo::Zentavo> sdk_;
+    const std::shared_ptr<zentavo::platform::Platform> platform_;
+    const std::string server_;
     const std::filesystem::path folder_;
     std::deque<Step> steps_;
     std::function<void(bool)> done_;

@@ -82,7 +82,7 @@ int main(int argc, char** argv) {
             window->showList();
             return;
         }
-        tour = std::make_unique<storefront::Tour>(*window, sdk, options.tour);
+        tour = std::make_unique<storefront::Tour>(*window, sdk, platform, options.server, options.tour);
         tour->start([&](bool good) {
             std::printf("tour: %s\n", good ? "all as it should be" : "FAILED");
             status = good ? 0 : 1;
