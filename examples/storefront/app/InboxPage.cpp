@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <glibmm/main.h>
+#include <gtkmm/adjustment.h>
 #include <gtkmm/image.h>
 #include <gtkmm/spinner.h>
 

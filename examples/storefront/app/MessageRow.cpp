@@ -16,7 +16,7 @@ constexpr double swipeSpeed = 400; // points a second
 /// "2026-11-03T09:00:00.000Z" as "3 November".
 Glib::ustring dayText(const std::string& iso) {
     const auto time = Glib::DateTime::create_from_iso8601(iso);
-    return time ? time.to_local().format("%e %B") : "";
+    return time ? time.to_local().format("%-d %B") : "";
 }
 
 } // namespace
