@@ -26,16 +26,16 @@ Map campaign(std::int64_t number) {
         script += "<p style=\\\"margin:0\\\">Only until Sunday: coats, scarves and boots.</p>";
     }
     script += "</div>\"});";
-    return {{"javascript", std::move(script)},
-            {"template", number % 5 == 0 ? "slide_in" : "floating_bar"},
-            {"designMode", "VISUAL"},
-            {"storyId", 9'000'000 + number},
-            {"variantId", 90'000'000 + number},
-            {"destinationId", 77},
-            {"zoneId", 700 + number % 10},
-            {"frequencyCapping",
-             Map{{"event", "impression"}, {"value", 2}, {"object", "person"}, {"timeUnit", "daily"}}},
-            {"zoneFrequencyCapping", Map{{"event", "impression"}, {"value", 100}, {"timeUnit", "weekly"}}}};
+    return {
+        {"javascript", std::move(script)},
+        {"template", number % 5 == 0 ? "slide_in" : "floating_bar"},
+        {"designMode", "VISUAL"},
+        {"storyId", 9'000'000 + number},
+        {"variantId", 90'000'000 + number},
+        {"destinationId", 77},
+        {"zoneId", 700 + number % 10},
+        {"frequencyCapping", Map{{"event", "impression"}, {"value", 2}, {"object", "person"}, {"timeUnit", "daily"}}},
+        {"zoneFrequencyCapping", Map{{"event", "impression"}, {"value", 100}, {"timeUnit", "weekly"}}}};
 }
 
 std::string answer(std::int64_t campaigns) {

@@ -1,5 +1,7 @@
 // Signatures made here with the key of this build, right and wrong.
 
+#include "devserver/ProofCheck.h"
+
 #include <cstdio>
 #include <memory>
 
@@ -8,7 +10,6 @@
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 
-#include "devserver/ProofCheck.h"
 #include "zentavo/foundation/Base64.h"
 
 namespace zentavo::devserver {
