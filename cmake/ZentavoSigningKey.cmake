@@ -1,7 +1,7 @@
-# The key that signs requests for the content of hand-written messages: ZENTAVO_SIGNING_KEY, or one that is made once for
-# this build folder. Afterwards ZENTAVO_SIGNING_KEY_TEXT is its PEM text and ZENTAVO_SIGNING_PUBLIC_KEY_TEXT that of its
-# public half; both are empty where there is no key. Nothing here prints a key.
-set(ZENTAVO_SIGNING_KEY "" CACHE FILEPATH "RSA key, 2048 bits, PKCS#8 in PEM, that the SDK signs with; a development key without it")
+# The key that signs requests for the content of hand-written messages: ZENTAVO_SIGNING_KEY, or one that is made once
+# for this build folder. Afterwards signing_key is its file, ZENTAVO_SIGNING_KEY_TEXT its PEM text, and
+# ZENTAVO_SIGNING_PUBLIC_KEY_TEXT that of its public half; all are empty where there is no key. Nothing here prints a key.
+set(ZENTAVO_SIGNING_KEY "" CACHE FILEPATH "RSA key (2048 bits, PKCS#8, PEM) to sign with; a development key without it")
 find_program(ZENTAVO_OPENSSL openssl)
 
 set(ZENTAVO_SIGNING_KEY_TEXT "")

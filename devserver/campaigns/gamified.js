@@ -1,5 +1,5 @@
 (() => {
-  const prizes = ["5 %", "€ 10", "8 %", "Post 0", "12 %", "€ 5", "15 %", "A gift"];
+  const prizes = ["5 %", "€ 10", "8 %", "€ 20", "12 %", "€ 5", "15 %", "A gift"];
   const colours = ["#ff5c7a", "#ffcf4a", "#36c9b4", "#7d5cff", "#ff8f4a", "#f5f0ff", "#3aa0ff", "#c95cff"];
   const step = 360 / prizes.length;
   const at = (degrees, r) => {

@@ -1,3 +1,4 @@
+#include <array>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -6,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "devserver/Campaigns.h"
+#include "devserver/Options.h"
 #include "tests/devserver/SampleEvent.h"
 #include "zentavo/foundation/JSON.h"
 
@@ -243,6 +245,22 @@ TEST_F(CampaignFilesTest, AFolderTakesThePlaceOfTheBuiltInOnes) {
     ASSERT_EQ(campaigns->all().size(), 1U);
     EXPECT_EQ(filled(*campaigns->find(1)->html, {"http://h", 7, 1}), "<p>1 {{other}} {{</p>");
     EXPECT_EQ(campaigns->find(2), nullptr);
+}
+
+TEST_F(CampaignFilesTest, TheServerTakesFolderAndCatchAllFromItsSettings) {
+    const std::array<const char*, 3> arguments{"--catch-all", "--campaigns", "dir"};
+    EXPECT_TRUE(Options::parse(arguments)->catchAll);
+    EXPECT_EQ(Options::parse(arguments)->campaignFolder, "dir");
+    DevServer::Settings settings;
+    settings.campaignFolder = folder;
+    settings.catchAll = true;
+    write("mine.json", campaign(""));
+    const RunningServer running(settings);
+    const Map answer = bodyOf(running.client().Get("/_dev/campaigns"));
+    EXPECT_EQ(*answer.find("catch_all"), true);
+    EXPECT_EQ(answer.find("campaigns")->asList()->size(), 1U);
+    write("mine.json", "[]");
+    EXPECT_THAT(DevServer::open(settings).error().message, StartsWith("the campaigns cannot be read: mine.json"));
 }
 
 TEST_F(CampaignFilesTest, AFileWithAMistakeIsNamed) {
