@@ -107,6 +107,7 @@ void GtkWebView::load(const URL& url, std::chrono::seconds limit) {
     MainThread::require();
     stopTimer();
     load_.begin(true);
+    died_ = false; // the engine starts another process
     if (!url.isHTTP()) {
         return take(load_.timedOut("only http and https are loaded"));
     }
@@ -125,6 +126,7 @@ void GtkWebView::loadHTML(const std::string& html) {
     MainThread::require();
     stopTimer();
     load_.begin(false);
+    died_ = false;
     webkit_web_view_load_html(page_.get(), html.c_str(), nullptr);
 }
 

@@ -22,6 +22,9 @@ public:
             gtk_editable_get_selection_bounds(text, &start_, &end_);
             cursorAtStart_ = gtk_editable_get_position(text) == start_;
         }
+        // A window that sees them leave would look for others, a frame later.
+        gtk_window_set_focus(window_, nullptr);
+        gtk_window_set_default_widget(window_, nullptr);
     }
     ~FocusGuard() {
         if (default_) {
@@ -32,7 +35,7 @@ public:
         }
         gtk_window_set_focus(window_, focus_.get());
         if (auto* text = editable()) { // to get the focus selects everything
-            gtk_editable_select_region(text, cursorAtStart_ ? end_ : start_, cursorAtStart_ ? start_ : end_);
+            gtk_editable_select_region(text, cursorAtStart_ ? start_ : end_, cursorAtStart_ ? end_ : start_);
         }
     }
     FocusGuard(const FocusGuard&) = delete;
