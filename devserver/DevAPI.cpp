@@ -7,6 +7,7 @@
 
 #include "devserver/HTTPFront.h"
 #include "devserver/QueryReader.h"
+#include "devserver/TemplateHostService.h"
 #include "devserver/Text.h"
 #include "zentavo/foundation/JSON.h"
 
@@ -79,12 +80,18 @@ const std::vector<DevAPI::Entry>& DevAPI::entries() {
         {"GET", "/_dev/devices", &DevAPI::listDevices},
         {"GET", "/_dev/inbox", &DevAPI::showInbox},
         {"POST", "/_dev/inbox", &DevAPI::addToInbox},
+        {"GET", "/_dev/deliveries", &DevAPI::listDeliveries},
+        {"DELETE", "/_dev/deliveries", &DevAPI::clearDeliveries},
+        {"GET", "/_dev/campaigns", &DevAPI::listCampaigns},
+        {"POST", "/_dev/campaigns", &DevAPI::switchCampaigns},
+        {"GET", "/_dev/preview", &DevAPI::preview},
     };
     return list;
 }
 
-DevAPI::DevAPI(RequestLog& log, FaultPlan& faults, const PushRegistrationService& push, InboxService& inbox)
-    : log_(log), faults_(faults), push_(push), inbox_(inbox), stream_(log, faults) {}
+DevAPI::DevAPI(const Parts& parts)
+    : log_(parts.log), faults_(parts.faults), push_(parts.push), inbox_(parts.inbox), campaigns_(parts.campaigns),
+      deliveries_(parts.deliveries), delivery_(parts.delivery), stream_(parts.log, parts.faults) {}
 
 void DevAPI::handle(const IncomingRequest& request, Connection& connection, httplib::Response& response) {
     if (comesFromElsewhere(request)) {
@@ -237,6 +244,67 @@ void DevAPI::addToInbox(const Call& call) {
     if (!refused(call.response, problems, "this message cannot be added")) {
         answer(call.response, 200, Map{{"status", "ok"}, {"item_id", id}});
     }
+}
+
+void DevAPI::listDeliveries(const Call& call) {
+    answer(call.response, 200, Map{{"deliveries", deliveries_.list()}, {"catch_all", delivery_.catchAll()}});
+}
+
+void DevAPI::clearDeliveries(const Call& call) {
+    deliveries_.clear();
+    answer(call.response, 200, Map{{"status", "ok"}});
+}
+
+void DevAPI::listCampaigns(const Call& call) {
+    List list;
+    for (const Campaign& campaign : campaigns_.all()) {
+        list.emplace_back(Map{{"name", campaign.name},
+                              {"description", campaign.description},
+                              {"events", List(campaign.events.begin(), campaign.events.end())},
+                              {"template", campaign.text("template")},
+                              {"design_mode", campaign.text("designMode")},
+                              {"story_id", campaign.story()}});
+    }
+    answer(call.response, 200, Map{{"campaigns", std::move(list)}, {"catch_all", delivery_.catchAll()}});
+}
+
+void DevAPI::switchCampaigns(const Call& call) {
+    Problems problems;
+    QueryReader reader(call.request.query, problems);
+    const bool on = reader.flag("catch_all");
+    reader.finish();
+    if (call.request.query.empty()) {
+        problems.add("catch_all is missing");
+    }
+    if (!refused(call.response, problems)) {
+        delivery_.setCatchAll(on);
+        answer(call.response, 200, Map{{"status", "ok"}, {"catch_all", on}});
+    }
+}
+
+/// A campaign as a page of its own, in a browser without an app around it.
+void DevAPI::preview(const Call& call) {
+    Problems problems;
+    QueryReader reader(call.request.query, problems);
+    const std::string name = reader.text("campaign").value_or("");
+    reader.finish();
+    if (refused(call.response, problems)) {
+        return;
+    }
+    const auto campaign = std::ranges::find(campaigns_.all(), name, &Campaign::name);
+    if (campaign == campaigns_.all().end()) {
+        answer(call.response, 404, Map{{"error", "there is no campaign " + inQuotes(name)}});
+        return;
+    }
+    const Tracking tracking{serverURL(call.request), 0, campaign->story()};
+    std::string page = campaign->html ? *campaign->html : std::string(TemplateHostService::page());
+    std::string script = campaign->text("javascript");
+    // Inside a page no script may hold what ends one.
+    for (std::size_t at = script.find("</"); at != std::string::npos; at = script.find("</", at + 3)) {
+        script.replace(at, 2, "<\\/");
+    }
+    page += "\n<script>\n" + script + "\n</script>\n";
+    answerContent(call.response, 200, filled(page, tracking), "text/html; charset=utf-8");
 }
 
 } // namespace zentavo::devserver

@@ -6,6 +6,7 @@
 #include <httplib.h>
 
 #include "devserver/Connection.h"
+#include "devserver/DeliveryService.h"
 #include "devserver/FaultPlan.h"
 #include "devserver/InboxService.h"
 #include "devserver/IncomingRequest.h"
@@ -22,7 +23,17 @@ class DevAPI {
 public:
     static constexpr int maximumWaiting = 64;
 
-    DevAPI(RequestLog& log, FaultPlan& faults, const PushRegistrationService& push, InboxService& inbox);
+    /// What it asks and changes; outlives it.
+    struct Parts {
+        RequestLog& log;
+        FaultPlan& faults;
+        const PushRegistrationService& push;
+        InboxService& inbox;
+        const Campaigns& campaigns;
+        DeliveryLog& deliveries;
+        DeliveryService& delivery;
+    };
+    explicit DevAPI(const Parts& parts);
 
     void handle(const IncomingRequest& request, Connection& connection, httplib::Response& response);
 
@@ -52,6 +63,11 @@ private:
     void listDevices(const Call& call);
     void showInbox(const Call& call);
     void addToInbox(const Call& call);
+    void listDeliveries(const Call& call);
+    void clearDeliveries(const Call& call);
+    void listCampaigns(const Call& call);
+    void switchCampaigns(const Call& call);
+    void preview(const Call& call);
 
     /// The logged request that the query names, or null after answering that there is none.
     RequestLog::Shared named(const Call& call);
@@ -60,6 +76,9 @@ private:
     FaultPlan& faults_;
     const PushRegistrationService& push_;
     InboxService& inbox_;
+    const Campaigns& campaigns_;
+    DeliveryLog& deliveries_;
+    DeliveryService& delivery_;
     LiveStream stream_;
     Slots waiting_{maximumWaiting};
 };

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "devserver/DeliveryService.h"
 #include "devserver/DevAPI.h"
 #include "devserver/HTTPFront.h"
 #include "devserver/InboxService.h"
@@ -26,6 +27,10 @@ public:
         std::string inboxStore;
         /// A folder of JSON files with the inbox's first messages; empty means the built-in ones.
         std::string inboxFolder;
+        /// A folder with in-app campaigns; empty means the built-in ones.
+        std::string campaignFolder;
+        /// Offers the campaigns for "*" from the start.
+        bool catchAll = false;
         RequestLog::Bounds logBounds;
         /// Called for each request of the services, on its connection's thread; may be null.
         ServiceDesk::Observer observer;
@@ -44,7 +49,8 @@ public:
     FaultPlan& faults() noexcept { return faults_; }
 
 private:
-    DevServer(const Settings& settings, std::unique_ptr<InboxStore> inbox, std::unique_ptr<Listener> listener);
+    DevServer(const Settings& settings, std::unique_ptr<InboxStore> inbox, Campaigns campaigns,
+              std::unique_ptr<Listener> listener);
     void handle(IncomingRequest&& request, Connection& connection, httplib::Response& response);
 
     const std::string host_;
@@ -52,6 +58,9 @@ private:
     FaultPlan faults_;
     const std::shared_ptr<PushRegistrationService> push_;
     const std::shared_ptr<InboxService> inbox_;
+    const std::shared_ptr<const Campaigns> campaigns_;
+    const std::shared_ptr<DeliveryLog> deliveries_;
+    const std::shared_ptr<DeliveryService> delivery_;
     ServiceDesk desk_;
     DevAPI devAPI_;
     HTTPFront front_;

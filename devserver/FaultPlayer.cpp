@@ -43,14 +43,17 @@ std::string filler(std::size_t size, std::size_t offset, std::size_t count) {
     return piece;
 }
 
-std::string text(const Map& body) {
-    const auto written = json::write(body);
+std::string text(const Answer& answer) {
+    if (!answer.type.empty()) {
+        return answer.content;
+    }
+    const auto written = json::write(answer.body);
     return written ? *written : R"({"error":"the answer cannot be written"})";
 }
 
 /// Half a body, and then nothing but a reset.
-void breakOff(int status, const std::string& body, Connection& connection) {
-    const std::string start = "HTTP/1.1 " + std::to_string(status) + " \r\nContent-Type: " + jsonType +
+void breakOff(int status, const std::string& body, const std::string& type, Connection& connection) {
+    const std::string start = "HTTP/1.1 " + std::to_string(status) + " \r\nContent-Type: " + type +
                               "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
                               body.substr(0, body.size() / 2);
     connection.write(start.data(), start.size());
@@ -73,8 +76,9 @@ std::optional<int> FaultPlayer::statusOf(const ScriptedFault* fault, const Answe
 }
 
 void FaultPlayer::play(const ScriptedFault* fault, Answer answer, Connection& connection, httplib::Response& response) {
+    const std::string type = answer.type.empty() ? jsonType : answer.type;
     if (fault == nullptr) {
-        answerJSON(response, answer.status, text(answer.body));
+        answerContent(response, answer.status, text(answer), type);
         return;
     }
     std::shared_ptr<void> slot;
@@ -90,13 +94,13 @@ void FaultPlayer::play(const ScriptedFault* fault, Answer answer, Connection& co
     if (fault->sessionId) {
         answer.body.set("session_id", *fault->sessionId);
     }
-    std::string body = fault->kind == Kind::body ? fault->text : text(answer.body);
+    std::string body = fault->kind == Kind::body ? fault->text : text(answer);
     switch (fault->kind) {
     case Kind::resetBefore:
         connection.reset();
         return;
     case Kind::resetMidway:
-        breakOff(status, body, connection);
+        breakOff(status, body, type, connection);
         return;
     case Kind::hang:
         while (connection.waitWhileOpen(oneHour)) {
@@ -119,14 +123,14 @@ void FaultPlayer::play(const ScriptedFault* fault, Answer answer, Connection& co
         response.status = status;
         return;
     }
-    answerJSON(response, status, body);
+    answerContent(response, status, body, type);
     if (fault->drip || fault->kind == Kind::size) {
-        dripOrFill(*fault, std::move(body), std::move(slot), connection, response);
+        dripOrFill(*fault, std::move(body), type, std::move(slot), connection, response);
     }
 }
 
-void FaultPlayer::dripOrFill(const ScriptedFault& fault, std::string body, std::shared_ptr<void> slot,
-                             Connection& connection, httplib::Response& response) {
+void FaultPlayer::dripOrFill(const ScriptedFault& fault, std::string body, const std::string& type,
+                             std::shared_ptr<void> slot, Connection& connection, httplib::Response& response) {
     const bool fills = fault.kind == Kind::size;
     const std::size_t size = fills ? fault.size : body.size();
     response.body.clear();
@@ -136,7 +140,7 @@ void FaultPlayer::dripOrFill(const ScriptedFault& fault, std::string body, std::
     // Ten pieces a second, or single bytes where the pace is slower than that.
     const std::size_t piece = fault.drip ? std::clamp<std::size_t>(*fault.drip / 10, 1, largestPiece) : largestPiece;
     const milliseconds pause(fault.drip ? std::max<std::size_t>(1, 1'000 * piece / *fault.drip) : 0);
-    response.set_content_provider(size, jsonType,
+    response.set_content_provider(size, type,
                                   [=, body = std::move(body), slot = std::move(slot),
                                    &connection](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
                                       if (offset > 0 && pause.count() > 0 && !connection.waitWhileOpen(pause)) {

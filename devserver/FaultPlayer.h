@@ -22,8 +22,8 @@ public:
     void play(const ScriptedFault* fault, Answer answer, Connection& connection, httplib::Response& response);
 
 private:
-    void dripOrFill(const ScriptedFault& fault, std::string body, std::shared_ptr<void> slot, Connection& connection,
-                    httplib::Response& response);
+    void dripOrFill(const ScriptedFault& fault, std::string body, const std::string& type, std::shared_ptr<void> slot,
+                    Connection& connection, httplib::Response& response);
 
     Slots slow_{maximumSlow};
 };

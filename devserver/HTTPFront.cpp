@@ -50,10 +50,14 @@ IncomingRequest::Body readBody(const httplib::ContentReader& reader, std::string
 
 } // namespace
 
-void answerJSON(httplib::Response& response, int status, std::string body) {
+void answerContent(httplib::Response& response, int status, std::string body, const std::string& type) {
     response.status = status;
     response.body = std::move(body);
-    response.set_header("Content-Type", jsonType);
+    response.set_header("Content-Type", type);
+}
+
+void answerJSON(httplib::Response& response, int status, std::string body) {
+    answerContent(response, status, std::move(body), jsonType);
 }
 
 HTTPFront::HTTPFront(Handler handler) : handler_(std::move(handler)) {

@@ -30,9 +30,10 @@ private:
     const Handler handler_;
 };
 
+inline constexpr const char* jsonType = "application/json";
+
+void answerContent(httplib::Response& response, int status, std::string body, const std::string& type);
 /// Answers with the JSON text of `body`.
 void answerJSON(httplib::Response& response, int status, std::string body);
-
-inline constexpr const char* jsonType = "application/json";
 
 } // namespace zentavo::devserver

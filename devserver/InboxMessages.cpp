@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 #include "devserver/BodyChecks.h"
@@ -68,33 +65,6 @@ void checkURLs(const Map& message, const std::string& path, Problems& problems) 
                          "; expected a URL");
         }
     }
-}
-
-struct File {
-    std::string name;
-    std::string text;
-};
-
-Result<std::vector<File>> filesOf(const std::string& folder) {
-    std::vector<File> files;
-    if (folder.empty()) {
-        for (const InboxSeed& seed : builtInInbox()) {
-            files.push_back({std::string(seed.name), std::string(seed.text)});
-        }
-        return files;
-    }
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-        if (entry.path().extension() == ".json") {
-            std::ifstream stream(entry.path(), std::ios::binary);
-            files.push_back({entry.path().filename(), {std::istreambuf_iterator<char>(stream), {}}});
-        }
-    }
-    if (error) {
-        return Error{"the folder " + folder + " cannot be read: " + error.message()};
-    }
-    std::ranges::sort(files, {}, &File::name);
-    return files;
 }
 
 } // namespace
@@ -179,13 +149,13 @@ Result<void> InboxMessages::seed(const std::string& folder) {
 }
 
 Result<void> InboxMessages::fill(const std::string& folder) {
-    const auto files = filesOf(folder);
+    const auto files = seedFiles(folder, builtInInbox(), {".json"});
     if (!files) {
         return files.error();
     }
     // Catalogs of all files first: messages name them.
     std::vector<Map> contents;
-    for (const File& file : *files) {
+    for (const SeedFile& file : *files) {
         Problems problems;
         auto map = json::readMap(file.text);
         if (map) {

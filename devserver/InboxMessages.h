@@ -7,6 +7,7 @@
 
 #include "devserver/InboxStore.h"
 #include "devserver/Problems.h"
+#include "devserver/SeedFiles.h"
 #include "zentavo/foundation/Result.h"
 #include "zentavo/foundation/Value.h"
 
@@ -38,10 +39,6 @@ private:
 };
 
 /// The built-in files, each a JSON object with "catalogs" and "messages".
-struct InboxSeed {
-    std::string_view name;
-    std::string_view text;
-};
-std::span<const InboxSeed> builtInInbox() noexcept;
+std::span<const EmbeddedFile> builtInInbox() noexcept;
 
 } // namespace zentavo::devserver

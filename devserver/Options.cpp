@@ -26,6 +26,9 @@ bool* switchOf(Options& options, std::string_view name) {
     if (name == "--parent") {
         return &options.parent;
     }
+    if (name == "--catch-all") {
+        return &options.catchAll;
+    }
     if (name == "--help" || name == "-h") {
         return &options.help;
     }
@@ -41,6 +44,9 @@ std::string* textOf(Options& options, std::string_view name) {
     }
     if (name == "--inbox") {
         return &options.inboxFolder;
+    }
+    if (name == "--campaigns") {
+        return &options.campaignFolder;
     }
     return name == "--inbox-store" ? &options.inboxStore : nullptr;
 }
@@ -97,6 +103,8 @@ std::string_view Options::helpText() noexcept {
   --session-id TEXT put "session_id": TEXT into the answers to events
   --inbox DIR       fill the inbox from the *.json files of this folder instead of the built-in ones
   --inbox-store FILE keep the inbox in this file; it is filled only while it is empty
+  --campaigns DIR   take in-app campaigns from this folder instead of the built-in ones
+  --catch-all       offer the campaigns for "*" for any event; the page can switch that too
   --parent          stop when the parent process ends or the pipe on standard input closes
   --lifetime S      stop after so many seconds
   --version         print the version

@@ -23,6 +23,8 @@ struct Options {
     std::string sessionId;
     std::string inboxFolder;
     std::string inboxStore;
+    std::string campaignFolder;
+    bool catchAll = false;
     std::optional<std::chrono::milliseconds> lifetime;
 
     /// `arguments` without the program's name. "--name value" and "--name=value" mean the same.

@@ -36,6 +36,9 @@ struct Findings {
 struct Answer {
     int status = 200;
     Map body;
+    /// What goes out instead of `body` where there is a `type`: "image/gif".
+    std::string content = {};
+    std::string type = {};
 };
 
 struct Route {
@@ -59,8 +62,8 @@ public:
     virtual ~Service() = default;
 
     virtual std::vector<Route> routes() const = 0;
-    /// `request` has one of the routes; `path` is that route's, and `body` its JSON body. The answer counts only where
-    /// nothing was found wrong.
+    /// `request` has one of the routes; `path` is that route's, and `body` its JSON body, empty for GET. The answer counts
+    /// only where nothing was found wrong.
     virtual Answer answer(const IncomingRequest& request, std::string_view path, Twin twin, const Map& body,
                           Findings& findings) = 0;
 };

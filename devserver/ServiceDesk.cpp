@@ -94,6 +94,13 @@ Answer ServiceDesk::judge(LoggedRequest& logged, httplib::Response& response) {
         findings.problems.add("the body could not be read to its end");
         return refusal(400, findings.problems);
     }
+    if (request.method == "GET") {
+        if (!request.body.empty()) {
+            findings.problems.add("a GET request has no body");
+        }
+        Answer answer = entry->service->answer(request, entry->route.path, logged.twin, Map(), findings);
+        return findings.problems.empty() ? answer : refusal(400, findings.problems);
+    }
     checkContentType(request, findings.problems);
     if (!body || body->asMap() == nullptr) {
         findings.problems.add(request.body.empty() ? "the body is empty; expected a JSON object"

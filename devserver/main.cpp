@@ -33,6 +33,8 @@ int run(const Options& options) {
     settings.sessionId = options.sessionId;
     settings.inboxFolder = options.inboxFolder;
     settings.inboxStore = options.inboxStore;
+    settings.campaignFolder = options.campaignFolder;
+    settings.catchAll = options.catchAll;
     if (!options.quiet) {
         settings.observer = [&console](const LoggedRequest& request) { console.print(request); };
     }

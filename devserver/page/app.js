@@ -320,6 +320,90 @@ byId("inbox-form").addEventListener("submit", async (event) => {
 });
 refreshInbox().catch(() => {});
 
+// ---- deliveries
+
+// The address names the tab: "#deliveries".
+function chooseTab() {
+  const name = location.hash === "#deliveries" ? "deliveries" : "requests";
+  for (const tab of byId("tabs").children) {
+    const on = tab.dataset.tab === name;
+    tab.classList.toggle("on", on);
+    tab.setAttribute("aria-selected", on);
+    byId(tab.dataset.tab).hidden = !on;
+  }
+}
+byId("tabs").addEventListener("click", (event) => {
+  const chosen = event.target.closest("button");
+  if (chosen) location.hash = chosen.dataset.tab;
+});
+addEventListener("hashchange", chooseTab);
+chooseTab();
+
+const fact = (text, kind) => make("span", "fact" + (kind ? " " + kind : ""), text);
+const kindOfVerdict = (verdict) =>
+  /: shown/.test(verdict) ? "shown" : /refused|nothing was offered: (?!no campaign)/.test(verdict) ? "wrong" : "off";
+
+function offerOf(campaign) {
+  const line = make("div", "offer");
+  line.append(make("b", "", campaign.name), fact(campaign.template));
+  if (campaign.limits) line.append(fact("limit: " + campaign.limits));
+  if (campaign.hand_written) {
+    line.append(fact(campaign.layout_asked ? "layout asked for" : "layout not asked for", campaign.layout_asked ? "yes" : ""));
+    line.append(fact("content " + campaign.content, campaign.content === "given" ? "yes" : campaign.content === "not asked for" ? "" : "no"));
+  }
+  for (const what of ["impression", "viewable", "click"]) {
+    line.append(fact(campaign[what] ? `${what} × ${campaign[what]}` : "no " + what, campaign[what] ? "yes" : ""));
+  }
+  return line;
+}
+
+function deliveryRow(delivery) {
+  const row = make("article", "delivery " + kindOfVerdict(delivery.verdict));
+  const line = make("div", "line");
+  line.append(make("span", "time mono", new Date(delivery.time).toTimeString().slice(0, 8)),
+    make("span", "name", delivery.event || "(no name)"), make("span", "tag " + delivery.twin, delivery.twin), make("span", "dim", delivery.uid));
+  row.append(line, make("div", "verdict", delivery.verdict), ...delivery.campaigns.map(offerOf));
+  return row;
+}
+
+const mostDeliveries = 100;
+async function refreshDeliveries() {
+  const { deliveries, catch_all } = await (await fetch("/_dev/deliveries")).json();
+  byId("catch-all").checked = catch_all;
+  byId("delivery-count").textContent = deliveries.length ? deliveries.length.toLocaleString() : "";
+  byId("no-deliveries").hidden = deliveries.length > 0;
+  byId("delivery-rows").replaceChildren(...deliveries.slice(0, mostDeliveries).map(deliveryRow));
+}
+// Once in a while at most, however fast requests come.
+let deliveriesTimer = 0;
+function deliveriesChanged(path) {
+  if (deliveriesTimer || !/^(\/sandbox)?\/(interaction|track)\//.test(path)) return;
+  deliveriesTimer = setTimeout(() => {
+    deliveriesTimer = 0;
+    refreshDeliveries().catch(() => {});
+  }, 250);
+}
+byId("catch-all").addEventListener("change", (event) =>
+  fetch("/_dev/campaigns?catch_all=" + (event.target.checked ? 1 : 0), { method: "POST" }).catch(() => {}));
+byId("clear-deliveries").addEventListener("click", () =>
+  fetch("/_dev/deliveries", { method: "DELETE" }).then(refreshDeliveries).catch(() => {}));
+
+async function showCampaigns() {
+  const { campaigns } = await (await fetch("/_dev/campaigns")).json();
+  byId("campaigns").replaceChildren(...campaigns.map((campaign) => {
+    const card = make("div", "campaign");
+    card.append(make("code", "", campaign.events[0] === "*" ? "any event" : campaign.events[0]), make("p", "", campaign.description));
+    const link = make("a", "", "Look at it");
+    link.href = "/_dev/preview?campaign=" + encodeURIComponent(campaign.name);
+    link.target = "_blank";
+    link.rel = "noopener";
+    if (!["slide_in", "inline"].includes(campaign.template)) card.append(link);
+    return card;
+  }));
+}
+refreshDeliveries().catch(() => {});
+showCampaigns().catch(() => {});
+
 // ---- the stream
 
 function tell(state, text) {
@@ -348,6 +432,7 @@ function connect() {
   on("request", (request) => {
     lastNumber = request.number;
     countAt(request.time);
+    deliveriesChanged(request.path);
     arrivals.push(request);
     if (arrivals.length > mostRows) arrivals.shift();
     later();

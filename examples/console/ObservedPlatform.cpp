@@ -85,6 +85,30 @@ private:
     const std::shared_ptr<Activity> activity_;
 };
 
+/// What waits for the main queue is under way too.
+class ObservedMainQueue final : public MainQueue {
+public:
+    ObservedMainQueue(std::shared_ptr<MainQueue> queue, std::shared_ptr<Activity> activity)
+        : queue_(std::move(queue)), activity_(std::move(activity)) {}
+
+    bool isCurrent() const override { return queue_->isCurrent(); }
+    void async(Block block) override {
+        activity_->began();
+        queue_->async([activity = activity_, block = std::move(block)] {
+            block();
+            activity->ended();
+        });
+    }
+    TimerId after(std::chrono::nanoseconds delay, Block block) override {
+        return queue_->after(delay, std::move(block));
+    }
+    bool cancel(TimerId timer) override { return queue_->cancel(timer); }
+
+private:
+    const std::shared_ptr<MainQueue> queue_;
+    const std::shared_ptr<Activity> activity_;
+};
+
 class ScaledQueues final : public DispatchQueues {
 public:
     ScaledQueues(std::shared_ptr<DispatchQueues> queues, double timeScale, std::shared_ptr<Activity> activity)
@@ -108,6 +132,9 @@ std::shared_ptr<Platform> makeObservedPlatform(const std::filesystem::path& fold
     options.dataFolder = folder;
     auto platform = zentavo::linux_port::makeLinuxPlatform(options);
     platform->urlSession = std::make_shared<ObservedSession>(platform->urlSession, activity);
+    UserInterface interface = *platform->userInterface();
+    interface.mainQueue = std::make_shared<ObservedMainQueue>(interface.mainQueue, activity);
+    platform->attach(std::move(interface));
     platform->queues = std::make_shared<ScaledQueues>(platform->queues, timeScale, std::move(activity));
     return platform;
 }

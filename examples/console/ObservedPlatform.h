@@ -10,7 +10,8 @@
 
 namespace console {
 
-/// Counts what the SDK still has under way: requests without an answer and retries whose time has not come.
+/// Counts what the SDK still has under way: requests without an answer, retries whose time has not come, and blocks for
+/// the main queue.
 class Activity {
 public:
     void began();
@@ -24,7 +25,7 @@ private:
     int underWay_ = 0;
 };
 
-/// The Linux platform with its store in `folder`, and two of its answers wrapped: every exchange is shown on standard
+/// The Linux platform with its store in `folder`, and some of its answers wrapped: every exchange is shown on standard
 /// output, and every delay of a queue is divided by `timeScale`, so that a minute's retry can be watched in a second.
 std::shared_ptr<zentavo::platform::Platform> makeObservedPlatform(const std::filesystem::path& folder, double timeScale,
                                                                   std::shared_ptr<Activity> activity);

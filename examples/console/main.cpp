@@ -14,6 +14,7 @@
 
 #include <zentavo/Zentavo.h>
 #include <zentavo/foundation/Hex.h>
+#include <zentavo/foundation/JSON.h>
 
 #include "InboxVerbs.h"
 #include "ObservedPlatform.h"
@@ -40,6 +41,9 @@ constexpr const char* usage =
     "      catalogs | count | mark-all   all catalogs; the number of unread messages; mark all as read\n"
     "      get,ID                        one message\n"
     "      read,ID… unread,ID… remove,ID…  change messages\n"
+    "  trace                      from now on, print what becomes of each in-app delivery\n"
+    "  media:EVENT[,STORY]        print the content that the host would show for an event\n"
+    "  link:URL                   open the app by a deep link\n"
     "  memory                     print how much memory this process has resident\n"
     "  wait[:SECONDS]             wait until everything sent is answered, retries included (10 s at most)\n"
     "DIR holds the preference store; running again with the same DIR is the next start of the same app.\n";
@@ -122,6 +126,12 @@ void show(const Zentavo& sdk) {
                 sdk.getPushUid().value_or("none").c_str());
 }
 
+void printMedia(const Map& content) {
+    const auto text = json::write(content);
+    std::printf("    media %s\n", text ? text->c_str() : text.error().message.c_str());
+    std::fflush(stdout);
+}
+
 /// False for a verb that is none.
 bool run(const std::string& verb, Zentavo& sdk, const Options& options, console::Activity& activity) {
     const std::size_t colon = verb.find(':');
@@ -153,6 +163,24 @@ bool run(const std::string& verb, Zentavo& sdk, const Options& options, console:
         {"launch", [&] { sdk.trackAppLaunch(); }},
         {"token", [&] { sdk.registerForNotification(hex::decode(argument).value_or(std::vector<std::uint8_t>())); }},
         {"inbox", [&] { understood = console::runInboxVerb(parts, sdk); }},
+        {"trace",
+         [&] {
+             sdk.setDeliveryTraceCallback([](const DeliveryTrace& trace) {
+                 std::printf("    %s\n", trace.text().c_str());
+                 std::fflush(stdout);
+             });
+         }},
+        {"media",
+         [&] {
+             const CDPEvent event(parts[0]);
+             parts.size() > 1 ? sdk.getMediaJson(event, parts[1], printMedia) : sdk.getMediaJson(event, printMedia);
+         }},
+        {"link",
+         [&] {
+             if (const auto url = URL::parse(argument)) {
+                 sdk.handleDeeplinkURL(*url);
+             }
+         }},
         {"show", [&] { show(sdk); }},
         {"memory", printMemory},
         {"wait",

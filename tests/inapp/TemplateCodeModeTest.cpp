@@ -65,6 +65,53 @@ TEST_F(TemplateCodeModeTest, WithoutALayoutItIsAsLargeAsItsPage) {
     }
 }
 
+TEST_F(TemplateCodeModeTest, ItsContentIsAskedForWithASignatureOverExactlyWhatIsSent) {
+    memory.session->on({"POST", "", "/interaction/media-template/view-info"},
+                       testing::ScriptedAnswer{200, R"({"data":{"content":{"html":"<p>hi</p>"},"trackingUrls":{
+                           "impression":"http://t.example/i","viewable":"http://t.example/v"}}})"});
+    present();
+    const auto request = sent("/interaction/media-template/view-info").at(0);
+    EXPECT_EQ(bodyOf(*request), bodyOf(*sent("/interaction/media-template/info").at(0)));
+    const auto query = request->url.queryItems();
+    ASSERT_EQ(query.size(), 3U);
+    EXPECT_EQ(query[0], (QueryItem{"ts", "1768478400000"}));
+    EXPECT_EQ(query[1], (QueryItem{"sn", "c2lnbmF0dXJl"}));
+    EXPECT_EQ(query[2].name, "ri");
+    EXPECT_EQ(query[2].value->size(), 36U);
+    const auto signing = memory.keyServices->signings().at(0);
+    EXPECT_EQ(std::string(signing.message.begin(), signing.message.end()),
+              *request->body + "1768478400000" + *query[2].value);
+    EXPECT_EQ(signing.scheme, platform::RSASignature::pkcs1SHA256);
+
+    EXPECT_EQ(page()->html(), "<p>hi</p>");
+    EXPECT_EQ(sent("/i").size(), 1U);
+    EXPECT_TRUE(sent("/v").empty());
+    page()->finishLoad();
+    settle();
+    EXPECT_EQ(sent("/v").size(), 1U);
+}
+
+TEST_F(TemplateCodeModeTest, WithoutASignatureItIsDropped) {
+    sdk->setDebug(true);
+    memory.keyServices->setSignature(Error{"the card is not in the reader"});
+    offer({campaign(1, {{"designMode", "CODE_MODE"}})});
+    trackAndSettle();
+    EXPECT_THAT(logged(),
+                Contains("In-app message: its content cannot be asked for: the card is not in the reader"));
+    EXPECT_TRUE(sent("/interaction/media-template/view-info").empty());
+    EXPECT_EQ(traces.back().closedBy, ClosedBy::noContent);
+    EXPECT_FALSE(sdk->isShowingTemplate());
+    EXPECT_TRUE(memory.views->shown().empty());
+
+    memory.keyServices->refuseKeys(Error{"no keys today"});
+    trackAndSettle();
+    EXPECT_THAT(logged(), Contains(::testing::EndsWith("no keys today")));
+    memory.keyServices->refuseKeys(std::nullopt);
+    memory.keyServices->setSignature(platform::Bytes{1});
+    trackAndSettle();
+    EXPECT_TRUE(sdk->isShowingTemplate());
+}
+
 TEST_F(TemplateCodeModeTest, APageTracksEventsButNamesNoCustomer) {
     present();
     memory.session->clear();

@@ -39,6 +39,8 @@ const char* words(DeliveryTrace::ClosedBy closedBy) noexcept {
         return "closed because its web process died";
     case DeliveryTrace::ClosedBy::replaced:
         return "closed because another message took its place";
+    case DeliveryTrace::ClosedBy::noContent:
+        return "closed because its content cannot be asked for";
     }
     return "";
 }

@@ -25,7 +25,14 @@ struct ZENTAVO_EXPORT DeliveryTrace {
         alreadyShowing,  ///< another message was on screen
         presented,
     };
-    enum class ClosedBy { page, click, overlay, pageProcessDied, replaced };
+    enum class ClosedBy {
+        page,
+        click,
+        overlay, ///< the user, by a tap beside it
+        pageProcessDied,
+        replaced,
+        noContent, ///< the request for its content could not be signed
+    };
 
     struct Capped {
         CappingLevel level = CappingLevel::story;

@@ -1,6 +1,8 @@
 #include "zentavo/inapp/TemplateCodeMode.h"
 
 #include "zentavo/foundation/Fault.h"
+#include "zentavo/foundation/JSON.h"
+#include "zentavo/inapp/ViewInfoProof.h"
 #include "zentavo/tracking/CDPEvent.h"
 
 namespace zentavo {
@@ -163,8 +165,30 @@ void TemplateCodeMode::handleMessage(Zentavo& facade, const Map& body) {
     }
 }
 
+/// The signature is made on a worker: the first one loads the system's cryptography.
 void TemplateCodeMode::askViewInfo(Zentavo& facade) {
-    facade.log("In-app message: there is no key to sign the request for its content with");
+    auto text = json::write(eventInfo);
+    auto unprovable = onMainQueue(&TemplateCodeMode::handleUnprovable);
+    if (!text) {
+        facade.log("In-app message: its content cannot be asked for: " + text.error().message);
+        return unprovable(std::nullopt, text.error());
+    }
+    const Zentavo::State& state = *facade.state();
+    // As with answers, the worker must not hold the presenter; neither the state, which holds it in turn.
+    state.platform->queues->make("Zentavo.signature", platform::QueueKind::serial)
+        ->async([platform = state.platform, log = state.log, endpoints = facade.endpoints(),
+                 portalId = facade.getPortalId().value_or(""), operation = cdpDeliveryOperation(facade),
+                 text = *std::move(text), unprovable = std::move(unprovable),
+                 answered = onMainQueue(&TemplateCodeMode::handleViewInfo)]() mutable {
+            entryPoint("signature", [&] {
+                const auto proof = proveViewInfo(text, signingKeyPEM(), *platform);
+                if (!proof) {
+                    log->write("In-app message: its content cannot be asked for: " + proof.error().message);
+                    return unprovable(std::nullopt, proof.error());
+                }
+                operation->viewInfo(endpoints, portalId, *proof, std::move(text), std::move(answered));
+            });
+        });
 }
 
 } // namespace zentavo

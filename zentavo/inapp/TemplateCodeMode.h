@@ -33,6 +33,8 @@ private:
     void askViewInfo(Zentavo& facade);
     void handleTemplateInfo(const std::optional<std::string>& data);
     void handleViewInfo(const std::optional<std::string>& data);
+    /// There is nothing to show, and never will be.
+    void handleUnprovable(const std::optional<std::string>&) { close(DeliveryTrace::ClosedBy::noContent); }
     void handleLoaded();
     void measure();
     void fire(const std::optional<std::string>& trackingURL) const;
