@@ -22,10 +22,10 @@ Pointer::~Pointer() {
 
 void Pointer::click(GtkWindow* window, double x, double y) {
     auto* display = static_cast<Display*>(display_);
-    const auto move = reinterpret_cast<int (*)(Display*, int, int, int, unsigned long)>(
-        dlsym(library_, "XTestFakeMotionEvent"));
-    const auto button = reinterpret_cast<int (*)(Display*, unsigned, int, unsigned long)>(
-        dlsym(library_, "XTestFakeButtonEvent"));
+    const auto move =
+        reinterpret_cast<int (*)(Display*, int, int, int, unsigned long)>(dlsym(library_, "XTestFakeMotionEvent"));
+    const auto button =
+        reinterpret_cast<int (*)(Display*, unsigned, int, unsigned long)>(dlsym(library_, "XTestFakeButtonEvent"));
     GdkSurface* surface = gtk_native_get_surface(reinterpret_cast<GtkNative*>(window));
     double left = 0;
     double top = 0;

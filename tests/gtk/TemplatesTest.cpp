@@ -15,8 +15,8 @@ namespace zentavo::tests {
 namespace {
 
 using platform::Rect;
-using testing::ScriptedAnswer;
 using ::testing::ElementsAre;
+using testing::ScriptedAnswer;
 using ClosedBy = DeliveryTrace::ClosedBy;
 
 void serve(const LoopbackServer::Request&, LoopbackServer::Reply& reply) {
@@ -66,8 +66,8 @@ protected:
         });
     }
     void track(const std::string& type, const std::string& script, const std::string& mode = "VISUAL") {
-        const Map campaign{{"javascript", script}, {"template", type},     {"designMode", mode}, {"storyId", 11},
-                          {"variantId", 12},      {"destinationId", 13}, {"zoneId", 14}};
+        const Map campaign{{"javascript", script}, {"template", type},    {"designMode", mode}, {"storyId", 11},
+                           {"variantId", 12},      {"destinationId", 13}, {"zoneId", 14}};
         memory.session->on({"POST", "", "/interaction/v2"},
                            ScriptedAnswer{200, json::write(Map{{"webContents", Map{{"a", campaign}}}}).value()});
         sdk->track(CDPEvent("view"));
@@ -183,11 +183,17 @@ TEST_F(TemplatesTest, AHandWrittenPageIsLaidOutAndClosedBesideIt) {
     memory.session->on({"POST", "", "/interaction/media-template/info"},
                        ScriptedAnswer{200, R"({"data": {"codeModeSettings": {"width": 50, "widthSuffix": "%",
                            "height": 120}, "options": {"positionSettings": {"left": 20, "top": "10%"}}}})"});
-    memory.session->on({"POST", "", "/interaction/media-template/view-info"},
-                       ScriptedAnswer{200, json::write(Map{{"data", Map{{"content", Map{{"html",
-                           "<body style='margin: 0; background: #00ff00'><h3>Hand-written</h3></body>"}}},
-                           {"trackingUrls", Map{{"impression", "http://track.example/impression"},
-                                                {"viewable", "http://track.example/viewable"}}}}}}).value()});
+    memory.session->on(
+        {"POST", "", "/interaction/media-template/view-info"},
+        ScriptedAnswer{
+            200,
+            json::write(
+                Map{{"data",
+                     Map{{"content",
+                          Map{{"html", "<body style='margin: 0; background: #00ff00'><h3>Hand-written</h3></body>"}}},
+                         {"trackingUrls", Map{{"impression", "http://track.example/impression"},
+                                              {"viewable", "http://track.example/viewable"}}}}}})
+                .value()});
     memory.session->clear();
     track("popup", "document.title = 'ran'", "CODE_MODE");
     ASSERT_TRUE(eventually([&] { return pixel(219, 149) == greenPixel; }));
