@@ -12,8 +12,9 @@ namespace zentavo::gtk {
 /// one is used from then on. False when there is no window or no display.
 ///
 /// The window's child is put into a `GtkOverlay`, which is the window's child from then on; the host may give the window
-/// another child at any time, which is wrapped the same way. Focus, text and layout stay as they were. When the window is
-/// destroyed, what is shown over it ends; messages that come later are dropped until another window is attached.
+/// another child at any time, which is wrapped the same way. Focus, cursor, text and layout stay as they were; a text
+/// selection is given up. When the window is destroyed, what is shown over it ends; messages that come later are dropped
+/// until another window is attached.
 ZENTAVO_EXPORT bool attach(GtkWindow* window);
 /// The same for an instance other than `Zentavo::shared()`.
 ZENTAVO_EXPORT bool attach(GtkWindow* window, Zentavo& sdk);

@@ -1,5 +1,7 @@
 #include "ports/gtk/GtkWebView.h"
 
+#include <algorithm>
+#include <array>
 #include <string_view>
 #include <utility>
 
@@ -31,9 +33,11 @@ namespace {
 
 gboolean refuse() { return TRUE; }
 
+/// What pages may show, in their frames too: the web, and what they make up themselves.
 bool isWebAddress(const char* address) {
+    constexpr std::array<std::string_view, 5> schemes{"http:", "https:", "about:", "data:", "blob:"};
     const std::string_view text(address != nullptr ? address : "");
-    return text.starts_with("http://") || text.starts_with("https://") || text == "about:blank";
+    return std::any_of(schemes.begin(), schemes.end(), [&](std::string_view each) { return text.starts_with(each); });
 }
 
 /// Whether a load ended because something else came instead.
@@ -105,6 +109,7 @@ void GtkWebView::load(const URL& url, std::chrono::seconds limit) {
     MainThread::require();
     stopTimer();
     load_.begin(true);
+    died_ = false; // the engine starts another process
     if (!url.isHTTP()) {
         return take(load_.timedOut("only http and https are loaded"));
     }
@@ -123,6 +128,7 @@ void GtkWebView::loadHTML(const std::string& html) {
     MainThread::require();
     stopTimer();
     load_.begin(false);
+    died_ = false;
     webkit_web_view_load_html(page_.get(), html.c_str(), nullptr);
 }
 

@@ -19,9 +19,11 @@ public:
         : window_(window), focus_(Ref<GtkWidget>::share(gtk_window_get_focus(window))),
           default_(Ref<GtkWidget>::share(gtk_window_get_default_widget(window))) {
         if (auto* text = editable()) {
-            gtk_editable_get_selection_bounds(text, &start_, &end_);
-            cursorAtStart_ = gtk_editable_get_position(text) == start_;
+            cursor_ = gtk_editable_get_position(text);
         }
+        // A window that sees them leave would look for others, a frame later.
+        gtk_window_set_focus(window_, nullptr);
+        gtk_window_set_default_widget(window_, nullptr);
     }
     ~FocusGuard() {
         if (default_) {
@@ -32,7 +34,7 @@ public:
         }
         gtk_window_set_focus(window_, focus_.get());
         if (auto* text = editable()) { // to get the focus selects everything
-            gtk_editable_select_region(text, cursorAtStart_ ? end_ : start_, cursorAtStart_ ? start_ : end_);
+            gtk_editable_set_position(text, cursor_);
         }
     }
     FocusGuard(const FocusGuard&) = delete;
@@ -48,9 +50,7 @@ private:
     GtkWindow* const window_;
     const Ref<GtkWidget> focus_;
     const Ref<GtkWidget> default_;
-    int start_ = 0;
-    int end_ = 0;
-    bool cursorAtStart_ = false;
+    int cursor_ = 0;
 };
 
 } // namespace
