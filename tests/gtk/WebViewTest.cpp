@@ -226,6 +226,30 @@ TEST_F(WebViewTest, AfterLayoutThePageKnowsItsNewSize) {
     EXPECT_EQ(pixel(300, 100, greenPixel), greenPixel) << "such as its view's";
 }
 
+TEST_F(WebViewTest, TheFocusGoesBackToTheHost) {
+    GtkWidget* entry = gtk_entry_new();
+    gtk_window_set_child(window, entry);
+    settle(window);
+    gtk_editable_set_text(GTK_EDITABLE(entry), "half a word");
+    gtk_widget_grab_focus(entry);
+    gtk_editable_set_position(GTK_EDITABLE(entry), 5);
+    GtkWidget* focus = gtk_window_get_focus(window);
+
+    page->removeFromSuperview();
+    page = makePage();
+    loadHTML("<body style='background: #00ff00'><input autofocus></body>");
+    EXPECT_EQ(pixel(300, 200, greenPixel), greenPixel);
+    EXPECT_EQ(gtk_window_get_focus(window), focus) << "a page takes it only when the user clicks there";
+    click(300, 200);
+    ASSERT_TRUE(until([&] { return gtk_window_get_focus(window) != focus; }));
+    page->setHidden(true);
+    page->removeFromSuperview();
+    settle(window);
+    EXPECT_EQ(gtk_window_get_focus(window), focus);
+    EXPECT_EQ(gtk_editable_get_position(GTK_EDITABLE(entry)), 5);
+    EXPECT_FALSE(gtk_editable_get_selection_bounds(GTK_EDITABLE(entry), nullptr, nullptr));
+}
+
 TEST_F(WebViewTest, NothingComesAfterTheEndAndACallbackMayBringIt) {
     loadHTML("<body></body>");
     bool called = false;
