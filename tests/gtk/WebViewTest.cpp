@@ -295,7 +295,10 @@ TEST_F(WebViewTest, TheDeathOfTheProcessIsReportedOnce) {
 }
 
 TEST_F(WebViewTest, WithoutASandboxThereAreNoWebViews) {
-    unsetenv("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS");
+    constexpr const char* without = "WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS";
+    const char* before = std::getenv(without);
+    const std::string chosen = before != nullptr ? before : "0";
+    unsetenv(without);
     for (const char* program : {"false", "zentavo-no-such-program"}) {
         const auto log = std::make_shared<testing::RecordingSystemLog>();
         gtk::GtkWebViews webViews(interface()->mainQueue, log, std::make_shared<gtk::WebSandboxProbe>(program));
@@ -304,9 +307,10 @@ TEST_F(WebViewTest, WithoutASandboxThereAreNoWebViews) {
         ASSERT_THAT(log->entries(), SizeIs(1)) << "said once";
     }
     EXPECT_EQ(gtk::WebSandboxProbe("true").problem(), std::nullopt);
-    setenv("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS", "1", 1);
+    setenv(without, "1", 1);
     EXPECT_EQ(gtk::WebSandboxProbe("false").problem(), std::nullopt)
         << "who starts the program has chosen to go without";
+    setenv(without, chosen.c_str(), 1);
 }
 
 } // namespace
