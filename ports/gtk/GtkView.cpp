@@ -5,6 +5,7 @@
 
 #include "ports/gtk/FrameAnimation.h"
 #include "ports/gtk/MainThread.h"
+#include "ports/gtk/WindowStage.h"
 #include "zentavo/foundation/Fault.h"
 
 namespace zentavo::gtk {
@@ -57,6 +58,9 @@ void GtkView::takeFrame(platform::Rect frame) {
 }
 void GtkView::setHidden(bool hidden) {
     MainThread::require();
+    if (hidden) {
+        WindowStage::giveFocusBack(canvas_->widget());
+    }
     gtk_widget_set_visible(canvas_->widget(), !hidden);
 }
 bool GtkView::isHidden() const {
@@ -115,6 +119,7 @@ void GtkView::removeFromSuperview() {
         std::erase(*holder, self);
     }
     holder_.reset();
+    WindowStage::giveFocusBack(canvas_->widget());
     canvas_->remove();
 }
 

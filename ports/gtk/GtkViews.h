@@ -6,7 +6,7 @@
 
 namespace zentavo::gtk {
 
-/// The views over one window of the host.
+/// The views over one window of the host. A view that fills the window goes on filling it when the window is resized.
 class GtkViews final : public platform::Views {
 public:
     GtkViews(std::shared_ptr<platform::MainQueue> mainQueue, std::shared_ptr<WindowStage> stage);

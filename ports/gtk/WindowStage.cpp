@@ -12,15 +12,27 @@ namespace {
 
 constexpr const char* key = "zentavo-window-stage";
 
+/// Gives `widget` the focus; text in it keeps its cursor and is not selected.
+void setFocus(GtkWindow* window, GtkWidget* widget) {
+    auto* text =
+        G_TYPE_CHECK_INSTANCE_TYPE(widget, GTK_TYPE_EDITABLE) ? reinterpret_cast<GtkEditable*>(widget) : nullptr;
+    const int cursor = text != nullptr ? gtk_editable_get_position(text) : 0;
+    gtk_window_set_focus(window, widget);
+    if (text != nullptr) {
+        gtk_editable_set_position(text, cursor);
+    }
+}
+
+bool isInside(GtkWidget* widget, GtkWidget* around) {
+    return widget != nullptr && (widget == around || gtk_widget_is_ancestor(widget, around));
+}
+
 /// What of the focus is lost when its widget is moved inside the window.
 class FocusGuard {
 public:
     explicit FocusGuard(GtkWindow* window)
         : window_(window), focus_(Ref<GtkWidget>::share(gtk_window_get_focus(window))),
           default_(Ref<GtkWidget>::share(gtk_window_get_default_widget(window))) {
-        if (auto* text = editable()) {
-            cursor_ = gtk_editable_get_position(text);
-        }
         // A window that sees them leave would look for others, a frame later.
         gtk_window_set_focus(window_, nullptr);
         gtk_window_set_default_widget(window_, nullptr);
@@ -29,28 +41,17 @@ public:
         if (default_) {
             gtk_window_set_default_widget(window_, default_.get());
         }
-        if (!focus_) {
-            return;
-        }
-        gtk_window_set_focus(window_, focus_.get());
-        if (auto* text = editable()) { // to get the focus selects everything
-            gtk_editable_set_position(text, cursor_);
+        if (focus_) {
+            setFocus(window_, focus_.get());
         }
     }
     FocusGuard(const FocusGuard&) = delete;
     FocusGuard& operator=(const FocusGuard&) = delete;
 
 private:
-    GtkEditable* editable() const {
-        return G_TYPE_CHECK_INSTANCE_TYPE(focus_.get(), GTK_TYPE_EDITABLE)
-                   ? reinterpret_cast<GtkEditable*>(focus_.get())
-                   : nullptr;
-    }
-
     GtkWindow* const window_;
     const Ref<GtkWidget> focus_;
     const Ref<GtkWidget> default_;
-    int cursor_ = 0;
 };
 
 } // namespace
@@ -69,6 +70,7 @@ std::shared_ptr<WindowStage> WindowStage::of(GtkWindow* window) {
 }
 
 WindowStage::WindowStage(GtkWindow* window) : window_(window), overlay_(Ref<GtkWidget>::share(gtk_overlay_new())) {
+    g_weak_ref_init(&hostFocus_, nullptr);
     root_.setTouchThrough(true);
     root_.setOnResize([this](int width, int height) { resized(width, height); });
     gtk_widget_set_name(root(), "zentavo.stage");
@@ -78,7 +80,10 @@ WindowStage::WindowStage(GtkWindow* window) : window_(window), overlay_(Ref<GtkW
     wrapChild();
 }
 
-WindowStage::~WindowStage() { close(); }
+WindowStage::~WindowStage() {
+    close();
+    g_weak_ref_clear(&hostFocus_);
+}
 
 /// Puts the overlay between the window and what it shows.
 void WindowStage::wrapChild() {
@@ -134,8 +139,25 @@ bool WindowStage::show(GtkView& view) {
         return false;
     }
     view.removeFromSuperview();
+    if (GtkWidget* focus = gtk_window_get_focus(window_); !isInside(focus, root())) {
+        g_weak_ref_set(&hostFocus_, focus);
+    }
     view.enter(shown_, root_);
     return true;
+}
+
+void WindowStage::giveFocusBack(GtkWidget* leaving) {
+    auto* root = gtk_widget_get_root(leaving);
+    const auto* held =
+        root != nullptr
+            ? static_cast<std::shared_ptr<WindowStage>*>(g_object_get_data(reinterpret_cast<GObject*>(root), key))
+            : nullptr;
+    if (held == nullptr || !isInside(gtk_root_get_focus(root), leaving)) {
+        return;
+    }
+    const auto host = Ref<GtkWidget>::take(static_cast<GtkWidget*>(g_weak_ref_get(&(*held)->hostFocus_)));
+    const bool there = host && gtk_widget_get_root(host.get()) == root;
+    setFocus(reinterpret_cast<GtkWindow*>(root), there ? host.get() : nullptr);
 }
 
 void WindowStage::resized(int width, int height) {

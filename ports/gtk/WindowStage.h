@@ -25,6 +25,8 @@ public:
     platform::Rect bounds() const;
     /// Puts `view` on top. False when the window is gone or not open.
     bool show(GtkView& view);
+    /// To be called before a view is hidden or removed: where it has the focus, what had it before gets it back.
+    static void giveFocusBack(GtkWidget* leaving);
     /// The widget on which everything stands.
     GtkWidget* root() const noexcept { return root_.widget(); }
 
@@ -42,6 +44,7 @@ private:
     std::shared_ptr<GtkView::Children> shown_ = std::make_shared<GtkView::Children>();
     Signals signals_;
     bool wrapping_ = false;
+    GWeakRef hostFocus_; ///< what had the focus before one of our views got it
 };
 
 } // namespace zentavo::gtk

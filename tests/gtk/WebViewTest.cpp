@@ -226,6 +226,30 @@ TEST_F(WebViewTest, AfterLayoutThePageKnowsItsNewSize) {
     EXPECT_EQ(pixel(300, 100, greenPixel), greenPixel) << "such as its view's";
 }
 
+TEST_F(WebViewTest, TheFocusGoesBackToTheHost) {
+    GtkWidget* entry = gtk_entry_new();
+    gtk_window_set_child(window, entry);
+    settle(window);
+    gtk_editable_set_text(GTK_EDITABLE(entry), "half a word");
+    gtk_widget_grab_focus(entry);
+    gtk_editable_set_position(GTK_EDITABLE(entry), 5);
+    GtkWidget* focus = gtk_window_get_focus(window);
+
+    page->removeFromSuperview();
+    page = makePage();
+    loadHTML("<body style='background: #00ff00'><input autofocus></body>");
+    EXPECT_EQ(pixel(300, 200, greenPixel), greenPixel);
+    EXPECT_EQ(gtk_window_get_focus(window), focus) << "a page takes it only when the user clicks there";
+    click(300, 200);
+    ASSERT_TRUE(until([&] { return gtk_window_get_focus(window) != focus; }));
+    page->setHidden(true);
+    page->removeFromSuperview();
+    settle(window);
+    EXPECT_EQ(gtk_window_get_focus(window), focus);
+    EXPECT_EQ(gtk_editable_get_position(GTK_EDITABLE(entry)), 5);
+    EXPECT_FALSE(gtk_editable_get_selection_bounds(GTK_EDITABLE(entry), nullptr, nullptr));
+}
+
 TEST_F(WebViewTest, NothingComesAfterTheEndAndACallbackMayBringIt) {
     loadHTML("<body></body>");
     bool called = false;
@@ -271,7 +295,10 @@ TEST_F(WebViewTest, TheDeathOfTheProcessIsReportedOnce) {
 }
 
 TEST_F(WebViewTest, WithoutASandboxThereAreNoWebViews) {
-    unsetenv("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS");
+    constexpr const char* without = "WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS";
+    const char* before = std::getenv(without);
+    const std::string chosen = before != nullptr ? before : "0";
+    unsetenv(without);
     for (const char* program : {"false", "zentavo-no-such-program"}) {
         const auto log = std::make_shared<testing::RecordingSystemLog>();
         gtk::GtkWebViews webViews(interface()->mainQueue, log, std::make_shared<gtk::WebSandboxProbe>(program));
@@ -280,9 +307,10 @@ TEST_F(WebViewTest, WithoutASandboxThereAreNoWebViews) {
         ASSERT_THAT(log->entries(), SizeIs(1)) << "said once";
     }
     EXPECT_EQ(gtk::WebSandboxProbe("true").problem(), std::nullopt);
-    setenv("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS", "1", 1);
+    setenv(without, "1", 1);
     EXPECT_EQ(gtk::WebSandboxProbe("false").problem(), std::nullopt)
         << "who starts the program has chosen to go without";
+    setenv(without, chosen.c_str(), 1);
 }
 
 } // namespace
