@@ -1,10 +1,10 @@
-# Makes a header of the style sheet: cmake -DSTYLE=<file> -DOUTPUT=<file> -P EmbedStyle.cmake
+# Makes a source of the style sheet: cmake -DSTYLE=<file> -DOUTPUT=<file> -P EmbedStyle.cmake
 file(READ ${STYLE} style)
-file(WRITE ${OUTPUT} "#pragma once
+file(WRITE ${OUTPUT} "#include \"examples/storefront/app/Style.h\"
 
 namespace storefront {
 
-inline constexpr const char* style = R\"css(${style})css\";
+const char* const style = R\"css(${style})css\";
 
 } // namespace storefront
 ")

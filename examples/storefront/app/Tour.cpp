@@ -5,8 +5,8 @@
 #include <glibmm/main.h>
 #include <webkit/webkit.h>
 
-#include "../support/Screenshot.h"
 #include "MainThread.h"
+#include "examples/storefront/support/Screenshot.h"
 
 namespace storefront {
 
