@@ -16,38 +16,40 @@ namespace zentavo::websocket::test {
 
 using namespace std::chrono_literals;
 
-/// A serial queue on a thread of its own.
+/// A serial queue on a thread of its own. It may go on its own thread, with the last block that held it.
 class ThreadQueue final : public platform::DispatchQueue {
 public:
-    ThreadQueue() : thread_([this] { run(); }) {}
+    ThreadQueue() : thread_([board = board_] { board->run(); }) {}
     ~ThreadQueue() override {
-        async([this] { ended_ = true; });
-        thread_.join();
+        async([board = board_] { board->ended = true; });
+        std::this_thread::get_id() == thread_.get_id() ? thread_.detach() : thread_.join();
     }
     void async(platform::Block block) override {
-        const std::lock_guard lock(mutex_);
-        blocks_.push_back(std::move(block));
-        wake_.notify_one();
+        const std::lock_guard lock(board_->mutex);
+        board_->blocks.push_back(std::move(block));
+        board_->wake.notify_one();
     }
     platform::TimerId after(std::chrono::nanoseconds, platform::Block) override { return 0; }
     bool cancel(platform::TimerId) override { return false; }
-    bool isCurrent() const { return std::this_thread::get_id() == thread_.get_id(); }
 
 private:
-    void run() {
-        while (!ended_) {
-            std::unique_lock lock(mutex_);
-            wake_.wait(lock, [this] { return !blocks_.empty(); });
-            const platform::Block block = std::move(blocks_.front());
-            blocks_.pop_front();
-            lock.unlock();
-            block();
+    struct Board {
+        void run() {
+            while (!ended) {
+                std::unique_lock lock(mutex);
+                wake.wait(lock, [this] { return !blocks.empty(); });
+                const platform::Block block = std::move(blocks.front());
+                blocks.pop_front();
+                lock.unlock();
+                block();
+            }
         }
-    }
-    std::mutex mutex_;
-    std::condition_variable wake_;
-    std::deque<platform::Block> blocks_;
-    bool ended_ = false;
+        std::mutex mutex;
+        std::condition_variable wake;
+        std::deque<platform::Block> blocks;
+        bool ended = false;
+    };
+    const std::shared_ptr<Board> board_ = std::make_shared<Board>();
     std::thread thread_;
 };
 
