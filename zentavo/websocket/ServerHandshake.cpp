@@ -99,7 +99,8 @@ ServerHandshake::Step ServerHandshake::check(const HTTPHead& head) {
     if (!isKey(key_)) {
         return reject(400, "the key is not 16 bytes in base64");
     }
-    for (const std::string_view name : grammar::splitList(head.list("Sec-WebSocket-Protocol"))) {
+    const std::string protocols = head.list("Sec-WebSocket-Protocol");
+    for (const std::string_view name : grammar::splitList(protocols)) {
         if (!grammar::isToken(name)) {
             return reject(400, "a subprotocol is no token");
         }
