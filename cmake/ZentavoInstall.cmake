@@ -21,7 +21,7 @@ function(zentavo_path_from folder target result)
   set(${result} ${path} PARENT_SCOPE)
 endfunction()
 
-# zentavo_sort_links(TARGET OURS THIRD_PARTY …): splits link items into our libraries' names and third parties' -l names.
+# zentavo_sort_links(TARGET OURS THIRD_PARTY ITEM…): splits link items into our libraries' names and third parties' flags.
 function(zentavo_sort_links target ours third_party)
   set(our_names)
   set(flags)

@@ -74,9 +74,9 @@ function(zentavo_library name)
   set_property(GLOBAL APPEND PROPERTY ZENTAVO_LIBRARIES ${target})
 endfunction()
 
-# zentavo_keep_port(NAME): makes sure that whoever links the library NAME really gets it. It answers a question that only a
-# library below it asks (platform::makeDefault), so linkers see no reason to keep it: a shared one they drop, and in an
-# archive they meet the answer before the question.
+# zentavo_keep_port(NAME): makes sure that whoever links the library NAME really gets it. It answers a question that only
+# a library below it asks (platform::makeDefault), so linkers see no reason to keep it: a shared one they drop, and in
+# an archive they meet the answer before the question.
 function(zentavo_keep_port name)
   get_target_property(type zentavo_${name} TYPE)
   if(type STREQUAL "SHARED_LIBRARY")

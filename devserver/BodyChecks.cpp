@@ -29,6 +29,7 @@ bool is(const Value& value, Kind kind) {
         return value.asMap() != nullptr;
     case Kind::list:
     case Kind::listOfMaps:
+    case Kind::listOfTexts:
         return value.asList() != nullptr;
     }
     return false;
@@ -51,6 +52,7 @@ const char* noun(Kind kind) {
         return "a map";
     case Kind::list:
     case Kind::listOfMaps:
+    case Kind::listOfTexts:
         return "a list";
     }
     return "";
@@ -64,12 +66,11 @@ void checkMember(const Value& value, const std::string& path, Kind kind, Problem
     if (kind == Kind::filledText && value.asString()->empty()) {
         problems.add(path + " is empty");
     }
-    if (kind == Kind::listOfMaps) {
+    if (kind == Kind::listOfMaps || kind == Kind::listOfTexts) {
+        const Kind element = kind == Kind::listOfMaps ? Kind::map : Kind::text;
         const List& list = *value.asList();
         for (std::size_t i = 0; i < list.size(); ++i) {
-            if (list[i].asMap() == nullptr) {
-                problems.add(path + "[" + std::to_string(i) + "] is " + list[i].kindName() + "; expected a map");
-            }
+            checkMember(list[i], path + "[" + std::to_string(i) + "]", element, problems);
         }
     }
 }

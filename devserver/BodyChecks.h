@@ -12,7 +12,7 @@
 namespace zentavo::devserver {
 
 /// What a member of a JSON object has to be.
-enum class Kind { any, text, filledText, number, integer, textOrNumber, map, list, listOfMaps };
+enum class Kind { any, text, filledText, number, integer, textOrNumber, map, list, listOfMaps, listOfTexts };
 enum class Need { required, optional };
 /// Whether members that no rule names are a problem.
 enum class Others { refused, accepted };

@@ -25,7 +25,8 @@ void answer(httplib::Response& response, int status, const Value& value) {
 }
 
 /// True after answering, when there are problems.
-bool refused(httplib::Response& response, const Problems& problems) {
+bool refused(httplib::Response& response, const Problems& problems,
+             const char* error = "these parameters cannot be understood") {
     if (problems.empty()) {
         return false;
     }
@@ -33,14 +34,13 @@ bool refused(httplib::Response& response, const Problems& problems) {
     for (std::string& problem : problems.list()) {
         list.emplace_back(std::move(problem));
     }
-    answer(response, 400, Map{{"error", "these parameters cannot be understood"}, {"problems", std::move(list)}});
+    answer(response, 400, Map{{"error", error}, {"problems", std::move(list)}});
     return true;
 }
 
 /// {"requests": […], "total": …, "dropped": …}
 std::string written(const std::vector<RequestLog::Shared>& requests, const RequestLog::Counters& counters) {
-    std::string text;
-    JSONWriter writer(text);
+    JSONWriter writer;
     writer.beginMap();
     writer.key("requests");
     writer.beginList();
@@ -53,7 +53,7 @@ std::string written(const std::vector<RequestLog::Shared>& requests, const Reque
     writer.key("dropped");
     writer.value(static_cast<std::int64_t>(counters.dropped));
     writer.endMap();
-    return text;
+    return *writer.finish(); // all that the log keeps is UTF-8
 }
 
 /// A browser says which page a request comes from, unless it is a plain visit.
@@ -77,12 +77,14 @@ const std::vector<DevAPI::Entry>& DevAPI::entries() {
         {"POST", "/_dev/fault", &DevAPI::addFault},
         {"DELETE", "/_dev/fault", &DevAPI::clearFaults},
         {"GET", "/_dev/devices", &DevAPI::listDevices},
+        {"GET", "/_dev/inbox", &DevAPI::showInbox},
+        {"POST", "/_dev/inbox", &DevAPI::addToInbox},
     };
     return list;
 }
 
-DevAPI::DevAPI(RequestLog& log, FaultPlan& faults, const PushRegistrationService& push)
-    : log_(log), faults_(faults), push_(push), stream_(log, faults) {}
+DevAPI::DevAPI(RequestLog& log, FaultPlan& faults, const PushRegistrationService& push, InboxService& inbox)
+    : log_(log), faults_(faults), push_(push), inbox_(inbox), stream_(log, faults) {}
 
 void DevAPI::handle(const IncomingRequest& request, Connection& connection, httplib::Response& response) {
     if (comesFromElsewhere(request)) {
@@ -145,10 +147,9 @@ RequestLog::Shared DevAPI::named(const Call& call) {
 
 void DevAPI::showRequest(const Call& call) {
     if (const RequestLog::Shared request = named(call)) {
-        std::string text;
-        JSONWriter writer(text);
+        JSONWriter writer;
         request->write(writer);
-        answerJSON(call.response, 200, std::move(text));
+        answerJSON(call.response, 200, *writer.finish()); // all that the log keeps is UTF-8
     }
 }
 
@@ -222,5 +223,20 @@ void DevAPI::clearFaults(const Call& call) {
 }
 
 void DevAPI::listDevices(const Call& call) { answer(call.response, 200, push_.devices()); }
+
+void DevAPI::showInbox(const Call& call) { answer(call.response, 200, inbox_.everything()); }
+
+void DevAPI::addToInbox(const Call& call) {
+    Problems problems;
+    std::string id;
+    if (const auto message = json::readMap(call.request.body)) {
+        id = inbox_.add(*message, problems);
+    } else {
+        problems.add("the body cannot be read: " + utf8Text(message.error().message));
+    }
+    if (!refused(call.response, problems, "this message cannot be added")) {
+        answer(call.response, 200, Map{{"status", "ok"}, {"item_id", id}});
+    }
+}
 
 } // namespace zentavo::devserver

@@ -7,6 +7,7 @@
 
 #include "devserver/Connection.h"
 #include "devserver/FaultPlan.h"
+#include "devserver/InboxService.h"
 #include "devserver/IncomingRequest.h"
 #include "devserver/LiveStream.h"
 #include "devserver/PushRegistrationService.h"
@@ -21,7 +22,7 @@ class DevAPI {
 public:
     static constexpr int maximumWaiting = 64;
 
-    DevAPI(RequestLog& log, FaultPlan& faults, const PushRegistrationService& push);
+    DevAPI(RequestLog& log, FaultPlan& faults, const PushRegistrationService& push, InboxService& inbox);
 
     void handle(const IncomingRequest& request, Connection& connection, httplib::Response& response);
 
@@ -49,6 +50,8 @@ private:
     void addFault(const Call& call);
     void clearFaults(const Call& call);
     void listDevices(const Call& call);
+    void showInbox(const Call& call);
+    void addToInbox(const Call& call);
 
     /// The logged request that the query names, or null after answering that there is none.
     RequestLog::Shared named(const Call& call);
@@ -56,6 +59,7 @@ private:
     RequestLog& log_;
     FaultPlan& faults_;
     const PushRegistrationService& push_;
+    InboxService& inbox_;
     LiveStream stream_;
     Slots waiting_{maximumWaiting};
 };

@@ -2,23 +2,34 @@
 
 #include <utility>
 
+#include "devserver/DeliveryService.h"
 #include "devserver/EventService.h"
 #include "devserver/LivePage.h"
 
 namespace zentavo::devserver {
 
 Result<std::unique_ptr<DevServer>> DevServer::open(const Settings& settings) {
+    auto inbox = InboxStore::open(settings.inboxStore);
+    if (!inbox) {
+        return inbox.error();
+    }
+    if (auto seeded = InboxMessages(**inbox).seed(settings.inboxFolder); !seeded) {
+        return Error{"the inbox cannot be filled: " + seeded.error().message};
+    }
     auto listener = Listener::open(settings.host, settings.port);
     if (!listener) {
         return listener.error();
     }
-    return std::unique_ptr<DevServer>(new DevServer(settings, *std::move(listener)));
+    return std::unique_ptr<DevServer>(new DevServer(settings, *std::move(inbox), *std::move(listener)));
 }
 
-DevServer::DevServer(const Settings& settings, std::unique_ptr<Listener> listener)
+DevServer::DevServer(const Settings& settings, std::unique_ptr<InboxStore> inbox, std::unique_ptr<Listener> listener)
     : host_(settings.host), log_(settings.logBounds), push_(std::make_shared<PushRegistrationService>()),
-      desk_(log_, faults_, {std::make_shared<EventService>(settings.sessionId), push_}, settings.observer),
-      devAPI_(log_, faults_, *push_),
+      inbox_(std::make_shared<InboxService>(std::move(inbox))),
+      desk_(log_, faults_,
+            {std::make_shared<EventService>(settings.sessionId), push_, std::make_shared<DeliveryService>(), inbox_},
+            settings.observer),
+      devAPI_(log_, faults_, *push_, *inbox_),
       front_([this](IncomingRequest&& request, Connection& connection, httplib::Response& response) {
           handle(std::move(request), connection, response);
       }),

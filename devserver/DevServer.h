@@ -6,6 +6,7 @@
 
 #include "devserver/DevAPI.h"
 #include "devserver/HTTPFront.h"
+#include "devserver/InboxService.h"
 #include "devserver/Listener.h"
 #include "devserver/ServiceDesk.h"
 #include "zentavo/foundation/Result.h"
@@ -21,6 +22,10 @@ public:
         std::uint16_t port = 0;
         /// Stands in the answers to events when not empty.
         std::string sessionId;
+        /// The inbox's database; empty means memory.
+        std::string inboxStore;
+        /// A folder of JSON files with the inbox's first messages; empty means the built-in ones.
+        std::string inboxFolder;
         RequestLog::Bounds logBounds;
         /// Called for each request of the services, on its connection's thread; may be null.
         ServiceDesk::Observer observer;
@@ -39,13 +44,14 @@ public:
     FaultPlan& faults() noexcept { return faults_; }
 
 private:
-    DevServer(const Settings& settings, std::unique_ptr<Listener> listener);
+    DevServer(const Settings& settings, std::unique_ptr<InboxStore> inbox, std::unique_ptr<Listener> listener);
     void handle(IncomingRequest&& request, Connection& connection, httplib::Response& response);
 
     const std::string host_;
     RequestLog log_;
     FaultPlan faults_;
     const std::shared_ptr<PushRegistrationService> push_;
+    const std::shared_ptr<InboxService> inbox_;
     ServiceDesk desk_;
     DevAPI devAPI_;
     HTTPFront front_;

@@ -82,12 +82,11 @@ void LoggedRequest::writeSummary(JSONWriter& writer) const {
 }
 
 std::string LoggedRequest::summary() const {
-    std::string text;
-    JSONWriter writer(text);
+    JSONWriter writer;
     writer.beginMap();
     writeSummary(writer);
     writer.endMap();
-    return text;
+    return *writer.finish(); // all that the log keeps is UTF-8
 }
 
 void LoggedRequest::write(JSONWriter& writer) const {

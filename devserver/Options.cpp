@@ -32,13 +32,22 @@ bool* switchOf(Options& options, std::string_view name) {
     return name == "--version" ? &options.version : nullptr;
 }
 
-Result<void> setValue(Options& options, const std::string& name, const std::string& value) {
-    if (name == "--host" && !value.empty()) {
-        options.host = value;
-        return {};
+std::string* textOf(Options& options, std::string_view name) {
+    if (name == "--host") {
+        return &options.host;
     }
-    if (name == "--session-id" && !value.empty()) {
-        options.sessionId = value;
+    if (name == "--session-id") {
+        return &options.sessionId;
+    }
+    if (name == "--inbox") {
+        return &options.inboxFolder;
+    }
+    return name == "--inbox-store" ? &options.inboxStore : nullptr;
+}
+
+Result<void> setValue(Options& options, const std::string& name, const std::string& value) {
+    if (std::string* const text = textOf(options, name); text != nullptr && !value.empty()) {
+        *text = value;
         return {};
     }
     if (name == "--port" && read(value, options.port)) {
@@ -64,7 +73,7 @@ Result<Options> Options::parse(std::span<const char* const> arguments) {
         }
         const std::size_t equals = argument.find('=');
         const std::string name = argument.substr(0, equals);
-        if (name != "--host" && name != "--port" && name != "--session-id" && name != "--lifetime") {
+        if (textOf(options, name) == nullptr && name != "--port" && name != "--lifetime") {
             return Error{"\"" + argument + "\" is no option"};
         }
         if (equals == std::string::npos && i + 1 == arguments.size()) {
@@ -86,6 +95,8 @@ std::string_view Options::helpText() noexcept {
   --expose          allow an address that other machines can reach; there is no password
   --quiet, -q       print no line for each request
   --session-id TEXT put "session_id": TEXT into the answers to events
+  --inbox DIR       fill the inbox from the *.json files of this folder instead of the built-in ones
+  --inbox-store FILE keep the inbox in this file; it is filled only while it is empty
   --parent          stop when the parent process ends or the pipe on standard input closes
   --lifetime S      stop after so many seconds
   --version         print the version

@@ -21,6 +21,8 @@ struct Options {
     bool help = false;
     bool version = false;
     std::string sessionId;
+    std::string inboxFolder;
+    std::string inboxStore;
     std::optional<std::chrono::milliseconds> lifetime;
 
     /// `arguments` without the program's name. "--name value" and "--name=value" mean the same.

@@ -39,9 +39,18 @@ struct Answer {
 };
 
 struct Route {
+    /// One path, or every path that begins with it and goes on.
+    enum class Covers { exactly, below };
+
     std::string_view method;
     /// Without the twin's prefix.
     std::string_view path;
+    Covers covers = Covers::exactly;
+
+    bool matches(std::string_view servicePath) const noexcept {
+        return covers == Covers::exactly ? servicePath == path
+                                         : servicePath.size() > path.size() && servicePath.starts_with(path);
+    }
 };
 
 /// One of the platform's services. Called from many threads at once, and never throws for what a client sent.

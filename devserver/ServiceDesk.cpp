@@ -82,7 +82,7 @@ Answer ServiceDesk::judge(LoggedRequest& logged, httplib::Response& response) {
         return refusal(400, findings.problems);
     }
     const auto entry = std::ranges::find_if(
-        entries_, [&](const Entry& e) { return e.route.path == path && e.route.method == request.method; });
+        entries_, [&](const Entry& e) { return e.route.matches(path) && e.route.method == request.method; });
     if (entry == entries_.end()) {
         return routeMissed(request, path, findings, response);
     }
@@ -109,7 +109,7 @@ Answer ServiceDesk::routeMissed(const IncomingRequest& request, std::string_view
                                 httplib::Response& response) const {
     std::string allowed;
     for (const Entry& entry : entries_) {
-        if (entry.route.path == path) {
+        if (entry.route.matches(path)) {
             allowed += (allowed.empty() ? "" : ", ") + std::string(entry.route.method);
         }
     }
@@ -127,7 +127,8 @@ Answer ServiceDesk::routeMissed(const IncomingRequest& request, std::string_view
 List ServiceDesk::available() const {
     List list;
     for (const Entry& entry : entries_) {
-        list.emplace_back(std::string(entry.route.method) + " " + std::string(entry.route.path));
+        const char* rest = entry.route.covers == Route::Covers::below ? "…" : "";
+        list.emplace_back(std::string(entry.route.method) + " " + std::string(entry.route.path) + rest);
     }
     return list;
 }

@@ -31,6 +31,8 @@ int run(const Options& options) {
     settings.host = options.host;
     settings.port = options.port;
     settings.sessionId = options.sessionId;
+    settings.inboxFolder = options.inboxFolder;
+    settings.inboxStore = options.inboxStore;
     if (!options.quiet) {
         settings.observer = [&console](const LoggedRequest& request) { console.print(request); };
     }

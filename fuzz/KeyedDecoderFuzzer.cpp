@@ -38,6 +38,12 @@ void step(KeyedDecoder& decoder, char letter, std::string_view key, int depth) {
         return checkRead(decoder, there.asMap(), decoder.map(key));
     case 'l':
         return checkRead(decoder, there.asList(), decoder.list(key));
+    case 't': {
+        const auto read = decoder.stringList(key);
+        const zentavo::List* list = there.asList();
+        return check(decoder.failed() || (list != nullptr && list->size() == read.size()),
+                     "all texts of a list are read");
+    }
     case 'i': {
         const auto read = decoder.integer(key);
         return check(decoder.failed() || there.exactInt64() == read, "integers are exact");

@@ -5,4 +5,7 @@
 #include "zentavo/core/Endpoints.h"
 #include "zentavo/core/UserDefaultsManager.h"
 #include "zentavo/core/Zentavo.h"
+#include "zentavo/inapp/DeliveryTrace.h"
+#include "zentavo/inbox/AppInbox.h"
+#include "zentavo/inbox/SocketIOManager.h"
 #include "zentavo/tracking/CDPEvent.h"

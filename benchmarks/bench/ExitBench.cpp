@@ -20,7 +20,7 @@ public:
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof address;
         auto* generic = reinterpret_cast<sockaddr*>(&address);
-        check(bind(socket_, generic, size) == 0 && getsockname(socket_, generic, &size) == 0, "a closed port");
+        checkSystem(bind(socket_, generic, size) == 0 && getsockname(socket_, generic, &size) == 0, "a closed port");
         port_ = ntohs(address.sin_port);
     }
     ~ClosedPort() { close(socket_); }

@@ -64,7 +64,7 @@ void parse(const std::string& text, Results& results) {
 
 double Results::at(const std::string& name) const {
     const auto found = values_.find(name);
-    check(found != values_.end(), ("a measured program did not tell " + name).c_str());
+    check(found != values_.end(), "a measured program did not tell " + name);
     return found->second;
 }
 
@@ -76,7 +76,7 @@ Results Program::run(const std::vector<std::string>& arguments, const std::files
     const std::vector<char*> envp = pointers(environment);
 
     std::array<int, 2> pipe{};
-    check(pipe2(pipe.data(), O_CLOEXEC) == 0, "a pipe");
+    checkSystem(pipe2(pipe.data(), O_CLOEXEC) == 0, "a pipe");
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, pipe[1], STDOUT_FILENO);
@@ -84,7 +84,7 @@ Results Program::run(const std::vector<std::string>& arguments, const std::files
     Results results;
     pid_t child = -1;
     const std::int64_t begin = steadyNanoseconds();
-    check(posix_spawn(&child, path_.c_str(), &actions, nullptr, argv.data(), envp.data()) == 0, path_.c_str());
+    checkSystem(posix_spawn(&child, path_.c_str(), &actions, nullptr, argv.data(), envp.data()) == 0, path_.c_str());
     posix_spawn_file_actions_destroy(&actions);
     close(pipe[1]);
     const std::string told = readAll(pipe[0]);
@@ -93,10 +93,9 @@ Results Program::run(const std::vector<std::string>& arguments, const std::files
     waitpid(child, &status, 0);
     results.set("exec_at", static_cast<double>(begin));
     results.set("ended_at", static_cast<double>(steadyNanoseconds()));
-    errno = 0;
-    check(status == 0, (path_.filename().string() + " " + (arguments.empty() ? "" : arguments.front()) +
-                        (WIFSIGNALED(status) ? ": signal " + std::to_string(WTERMSIG(status)) : std::string(" failed")))
-                           .c_str());
+    const std::string name = path_.filename().string() + " " + (arguments.empty() ? "" : arguments.front());
+    check(!WIFSIGNALED(status), name + " was ended by signal " + std::to_string(WTERMSIG(status)));
+    check(status == 0, name + " failed");
     parse(told, results);
     return results;
 }
@@ -105,7 +104,7 @@ std::filesystem::path Program::folder() { return std::filesystem::read_symlink("
 
 TemporaryFolder::TemporaryFolder() {
     std::string pattern = (Program::folder() / "store-XXXXXX").string();
-    check(mkdtemp(pattern.data()) != nullptr, "a folder for stores");
+    checkSystem(mkdtemp(pattern.data()) != nullptr, "a folder for stores");
     path_ = pattern;
 }
 

@@ -20,7 +20,7 @@ double strippedSize(const std::filesystem::path& library, const std::filesystem:
     std::string file = copy.string();
     char* argv[] = {command.data(), file.data(), nullptr};
     pid_t child = -1;
-    check(posix_spawnp(&child, "strip", nullptr, nullptr, argv, environ) == 0, "strip");
+    checkSystem(posix_spawnp(&child, "strip", nullptr, nullptr, argv, environ) == 0, "strip");
     int status = 0;
     waitpid(child, &status, 0);
     check(status == 0, "strip failed");

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "bench/Benches.h"
+#include "support/Failure.h"
 
 namespace {
 
@@ -52,11 +53,16 @@ int main(int argc, char** argv) {
     const bool all = std::strcmp(argv[1], "all") == 0;
     bench::Report report(json);
     bool ran = false;
-    for (const Command& command : commands) {
-        if (all || std::strcmp(argv[1], command.name) == 0) {
-            command.run(options, report);
-            ran = true;
+    try {
+        for (const Command& command : commands) {
+            if (all || std::strcmp(argv[1], command.name) == 0) {
+                command.run(options, report);
+                ran = true;
+            }
         }
+    } catch (const bench::Failure& failure) {
+        std::fprintf(stderr, "zentavo-bench: %s\n", failure.what());
+        return 2;
     }
     if (!ran) {
         return usage();

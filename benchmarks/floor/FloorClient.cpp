@@ -52,7 +52,7 @@ FloorClient::FloorClient(const Job& job)
 FloorClient::~FloorClient() {
     over_ = true;
     const std::uint64_t one = 1;
-    check(write(wake_, &one, sizeof one) == sizeof one, "waking the worker");
+    checkSystem(write(wake_, &one, sizeof one) == sizeof one, "waking the worker");
     if (worker_.joinable()) {
         worker_.join();
     }
@@ -103,7 +103,7 @@ void FloorClient::track(const FloorEvent& event) {
     }
     if (wake) {
         const std::uint64_t one = 1;
-        check(write(wake_, &one, sizeof one) == sizeof one, "waking the worker");
+        checkSystem(write(wake_, &one, sizeof one) == sizeof one, "waking the worker");
     }
 }
 

@@ -3,4 +3,4 @@
 #include "floor/FloorClient.h"
 #include "support/Subject.h"
 
-int main(int argc, char** argv) { bench::Subject<bench::FloorClient>(bench::Job::fromArguments(argc, argv)).run(); }
+int main(int argc, char** argv) { return bench::runSubject<bench::FloorClient>(argc, argv); }

@@ -3,4 +3,4 @@
 #include "sdk/SdkClient.h"
 #include "support/Subject.h"
 
-int main(int argc, char** argv) { bench::Subject<bench::SdkClient>(bench::Job::fromArguments(argc, argv)).run(); }
+int main(int argc, char** argv) { return bench::runSubject<bench::SdkClient>(argc, argv); }

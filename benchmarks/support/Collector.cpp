@@ -45,7 +45,7 @@ void watch(int poller, int descriptor) {
     epoll_event event{};
     event.events = EPOLLIN;
     event.data.fd = descriptor;
-    check(epoll_ctl(poller, EPOLL_CTL_ADD, descriptor, &event) == 0, "the collector's poller");
+    checkSystem(epoll_ctl(poller, EPOLL_CTL_ADD, descriptor, &event) == 0, "the collector's poller");
 }
 
 } // namespace
@@ -58,9 +58,9 @@ Collector::Collector(CollectorMode mode, Traffic& traffic)
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
     auto* generic = reinterpret_cast<sockaddr*>(&address);
-    check(bind(listener_, generic, size) == 0 && listen(listener_, 128) == 0 &&
-              getsockname(listener_, generic, &size) == 0,
-          "the collector's port");
+    checkSystem(bind(listener_, generic, size) == 0 && listen(listener_, 128) == 0 &&
+                    getsockname(listener_, generic, &size) == 0,
+                "the collector's port");
     port_ = ntohs(address.sin_port);
     watch(poller_, listener_);
     watch(poller_, stopper_);
@@ -77,7 +77,7 @@ Collector::~Collector() {
 
 void Collector::stop() {
     const std::uint64_t one = 1;
-    check(write(stopper_, &one, sizeof one) == sizeof one, "stopping the collector");
+    checkSystem(write(stopper_, &one, sizeof one) == sizeof one, "stopping the collector");
 }
 
 void Collector::run() {

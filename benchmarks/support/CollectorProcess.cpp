@@ -15,11 +15,14 @@ CollectorProcess::CollectorProcess(CollectorMode mode) {
     Collector collector(mode, *traffic_);
     port_ = collector.port();
     child_ = fork();
-    check(child_ >= 0, "a process for the collector");
+    checkSystem(child_ >= 0, "a process for the collector");
     if (child_ == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         alarm(120);
-        collector.run();
+        try {
+            collector.run();
+        } catch (...) { // the parent's stack is none of the child's business
+        }
         std::_Exit(0);
     }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <ctime>
 #include <vector>
 
@@ -164,7 +165,10 @@ private:
     void queue() {
         client_.start();
         client_.prepare();
-        client_.track();
+        // The first thousand make connections and fill what the heap has left over.
+        for (std::size_t i = 0; i < 1000; ++i) {
+            client_.track();
+        }
         waitFor(1);
         sleepFor(std::chrono::milliseconds(300));
         const auto start = ProcessStatus::now();
@@ -193,5 +197,17 @@ private:
     const SharedTraffic shared_;
     Client client_;
 };
+
+/// The `main` of a measured program.
+template <class Client>
+int runSubject(int argc, char** argv) {
+    try {
+        Subject<Client>(Job::fromArguments(argc, argv)).run();
+    } catch (const Failure& failure) {
+        std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());
+        return 2;
+    }
+    return 0;
+}
 
 } // namespace bench

@@ -23,7 +23,8 @@ bool waitForRequests(const Traffic& traffic, std::uint64_t count, std::chrono::m
 }
 
 SharedTraffic::SharedTraffic() : descriptor_(memfd_create("zentavo-bench-traffic", 0)) {
-    check(descriptor_ >= 0 && ftruncate(descriptor_, sizeof(Traffic)) == 0, "memory for the collector's counters");
+    checkSystem(descriptor_ >= 0 && ftruncate(descriptor_, sizeof(Traffic)) == 0,
+                "memory for the collector's counters");
     map();
     new (traffic_) Traffic;
 }
@@ -37,7 +38,7 @@ SharedTraffic::~SharedTraffic() {
 
 void SharedTraffic::map() {
     void* memory = mmap(nullptr, sizeof(Traffic), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor_, 0);
-    check(memory != MAP_FAILED, "mapping the collector's counters");
+    checkSystem(memory != MAP_FAILED, "mapping the collector's counters");
     traffic_ = static_cast<Traffic*>(memory);
 }
 

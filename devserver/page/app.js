@@ -283,6 +283,43 @@ for (const [name, hint, parameters] of faults) {
 byId("clear-faults").addEventListener("click", () =>
   fetch("/_dev/fault", { method: "DELETE" }).then(refreshStatus, () => note("The server does not answer.", true)));
 
+// ---- inbox
+
+const inboxNote = (text, bad) => {
+  byId("inbox-note").textContent = text;
+  byId("inbox-note").classList.toggle("bad", Boolean(bad));
+};
+async function refreshInbox() {
+  const { catalogs, messages } = await (await fetch("/_dev/inbox")).json();
+  byId("inbox-count").textContent = `${messages.length.toLocaleString()} messages`;
+  const chosen = byId("inbox-catalog").value;
+  const option = (value, text) => Object.assign(make("option", "", text), { value });
+  byId("inbox-catalog").replaceChildren(option("", "none"), ...catalogs.map((each) => option(each.catalogId, each.catalogName)));
+  byId("inbox-catalog").value = chosen;
+}
+byId("inbox-form").addEventListener("submit", async (event) => {
+  event.preventDefault();
+  const catalog = byId("inbox-catalog").value;
+  const message = {
+    heading: byId("inbox-heading").value,
+    content: byId("inbox-content").value,
+    lookup_type: byId("inbox-type").value,
+    lookup_id: byId("inbox-id").value || "*",
+    destination_id: Number(byId("inbox-destination").value),
+    catalog_ids: catalog ? [catalog] : [],
+  };
+  try {
+    const answer = await fetch("/_dev/inbox", { method: "POST", body: JSON.stringify(message) });
+    const told = await answer.json();
+    inboxNote(answer.ok ? `Added as ${told.item_id}` : (told.problems || [told.error]).join("; "), !answer.ok);
+    if (answer.ok) byId("inbox-form").reset();
+    await refreshInbox();
+  } catch {
+    inboxNote("The server does not answer.", true);
+  }
+});
+refreshInbox().catch(() => {});
+
 // ---- the stream
 
 function tell(state, text) {

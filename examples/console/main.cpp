@@ -15,6 +15,7 @@
 #include <zentavo/Zentavo.h>
 #include <zentavo/foundation/Hex.h>
 
+#include "InboxVerbs.h"
 #include "ObservedPlatform.h"
 
 using namespace zentavo;
@@ -33,6 +34,12 @@ constexpr const char* usage =
     "  launch                     report a launch to the push service\n"
     "  token:HEX                  register a push token\n"
     "  show                       print who the SDK thinks this is\n"
+    "  inbox:WHAT[,…]             ask or change the app inbox; each prints what comes, so wait before the next\n"
+    "      open,DESTINATION[,AUDIENCE]   which inbox (77, customer; made at the first other call)\n"
+    "      list[,PAGE[,CATALOG…]]        a page of messages\n"
+    "      catalogs | count | mark-all   all catalogs; the number of unread messages; mark all as read\n"
+    "      get,ID                        one message\n"
+    "      read,ID… unread,ID… remove,ID…  change messages\n"
     "  memory                     print how much memory this process has resident\n"
     "  wait[:SECONDS]             wait until everything sent is answered, retries included (10 s at most)\n"
     "DIR holds the preference store; running again with the same DIR is the next start of the same app.\n";
@@ -121,6 +128,7 @@ bool run(const std::string& verb, Zentavo& sdk, const Options& options, console:
     const std::string name = verb.substr(0, colon);
     const std::string argument = colon == std::string::npos ? "" : verb.substr(colon + 1);
     const std::vector<std::string> parts = split(argument, ',');
+    bool understood = true;
 
     const std::map<std::string_view, std::function<void()>> verbs{
         {"activate",
@@ -144,6 +152,7 @@ bool run(const std::string& verb, Zentavo& sdk, const Options& options, console:
          }},
         {"launch", [&] { sdk.trackAppLaunch(); }},
         {"token", [&] { sdk.registerForNotification(hex::decode(argument).value_or(std::vector<std::uint8_t>())); }},
+        {"inbox", [&] { understood = console::runInboxVerb(parts, sdk); }},
         {"show", [&] { show(sdk); }},
         {"memory", printMemory},
         {"wait",
@@ -161,7 +170,7 @@ bool run(const std::string& verb, Zentavo& sdk, const Options& options, console:
     std::printf("  %s\n", verb.c_str());
     std::fflush(stdout);
     found->second();
-    return true;
+    return understood;
 }
 
 } // namespace

@@ -23,7 +23,6 @@ namespace zentavo::linux_port {
     X(curl_multi_perform)                                                                                              \
     X(curl_multi_info_read)                                                                                            \
     X(curl_multi_poll)                                                                                                 \
-    X(curl_multi_wakeup)                                                                                               \
     X(curl_share_init)                                                                                                 \
     X(curl_share_cleanup)                                                                                              \
     X(curl_share_setopt)                                                                                               \

@@ -27,12 +27,16 @@ void CurlNetworkThread::start(std::shared_ptr<CurlTask> task) {
         refuse(task, reason);
         return;
     }
+    const bool canBegin = full_.empty() || origin(task->request->url) != full_;
     inbox_.push_back(std::move(task));
     ++open_;
     if (!started_) {
         started_ = thread_.start([this] { run(); });
     }
-    const bool wake = std::exchange(asleep_, false);
+    const bool wake = asleep_ && canBegin;
+    if (wake) {
+        asleep_ = false;
+    }
     lock.unlock();
     if (wake) {
         transfers_->wake();
@@ -114,6 +118,7 @@ bool CurlNetworkThread::takeInbox() {
 bool CurlNetworkThread::fallAsleep() {
     MutexLock lock(mutex_);
     asleep_ = inbox_.empty() && cancelled_.empty() && !ended_;
+    full_ = transfers_->full();
     return asleep_;
 }
 
@@ -123,7 +128,9 @@ void CurlNetworkThread::over(std::size_t count) {
     }
     MutexLock lock(mutex_);
     open_ -= count;
-    if (open_ == 0) {
+    const bool drained = open_ == 0;
+    lock.unlock();
+    if (drained) {
         drained_.notify_all();
     }
 }

@@ -16,8 +16,8 @@
 namespace zentavo::linux_port {
 
 /// The one thread that talks to the network, and the inbox through which others reach it. The thread starts, and libcurl
-/// is loaded, with the first request. A request costs its caller a push, and a wake-up only where the thread sleeps.
-/// Any thread may call.
+/// is loaded, with the first request. A request costs its caller a push, and a wake-up only where the thread sleeps and
+/// could begin it. Any thread may call.
 class CurlNetworkThread {
 public:
     /// `libraryLoaded` is called once on the network thread, when libcurl and what it needs are in place.
@@ -59,6 +59,8 @@ private:
     std::string refusal_ ZENTAVO_GUARDED_BY(mutex_); ///< why nothing can be sent; empty while it can
     bool ended_ ZENTAVO_GUARDED_BY(mutex_) = false;
     bool asleep_ ZENTAVO_GUARDED_BY(mutex_) = false;
+    /// While it sleeps: the origin whose requests need not wake it, or empty.
+    std::string full_ ZENTAVO_GUARDED_BY(mutex_);
     std::size_t open_ ZENTAVO_GUARDED_BY(mutex_) = 0;
     std::vector<std::shared_ptr<CurlTask>> inbox_ ZENTAVO_GUARDED_BY(mutex_);
     std::vector<std::shared_ptr<CurlTask>> cancelled_ ZENTAVO_GUARDED_BY(mutex_);

@@ -34,7 +34,7 @@ public:
     CurlTransfer* transfer = nullptr;
 
 private:
-    CurlNetworkThread& network_; ///< lives as long as the process, or as every session made from it
+    CurlNetworkThread& network_; ///< outlives its tasks
     std::shared_ptr<platform::DispatchQueue> queue_;
     platform::URLSession::Completion completion_;
     std::atomic<bool> cancelled_ = false;

@@ -112,13 +112,12 @@ std::optional<URLError> CurlTransfer::begin(std::shared_ptr<CurlTask> task, Mome
 
     deadline_ = now + bounded(request.totalTimeout);
     lastProgress_ = now;
-    progress_ = -1;
-    nextCheck_ = now;
-    overdue(now);
+    progress_ = 0;
+    nextCheck_ = std::min(deadline_, now + std::max(bounded(request.idleTimeout) / 8, shortestTimeout));
     return std::nullopt;
 }
 
-std::optional<URLError> CurlTransfer::setHeaders(const std::vector<Header>& headers) {
+std::optional<URLError> CurlTransfer::setHeaders(const platform::Headers& headers) {
     if (headers_ == headers) {
         return std::nullopt;
     }
@@ -168,7 +167,8 @@ void CurlTransfer::setMethodAndBody() {
     const auto& request = *task_->request;
     const auto size = static_cast<curl_off_t>(request.body ? request.body->size() : 0);
     const char* custom = nullptr;
-    set(handle_, CURLOPT_HTTPGET, 1L); // ends whatever the handle did before
+    set(handle_, CURLOPT_POSTFIELDS, nullptr); // while this is set, a redirected PUT would not be read again
+    set(handle_, CURLOPT_HTTPGET, 1L);         // ends whatever else the handle did before
     if (request.method == "PUT") {
         // libcurl's own upload, because that knows what redirects make of a PUT.
         set(handle_, CURLOPT_UPLOAD, 1L);
@@ -224,7 +224,10 @@ curl_off_t CurlTransfer::progress() const {
     return sum;
 }
 
-bool CurlTransfer::multiplexed() const {
+std::optional<bool> CurlTransfer::multiplexed() const {
+    if (!headComplete_) {
+        return std::nullopt;
+    }
     long version = 0;
     curl_.curl_easy_getinfo(handle_, CURLINFO_HTTP_VERSION, &version);
     return version >= CURL_HTTP_VERSION_2_0;

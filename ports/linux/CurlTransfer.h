@@ -41,12 +41,13 @@ public:
     const std::shared_ptr<CurlTask>& task() const { return task_; }
 
     CURL* handle() const { return handle_; }
-    /// Whether the exchange that is ending ran over a connection that carries several at a time.
-    bool multiplexed() const;
+    /// Whether the exchange that is ending ran over a connection that carries several at a time; none when it came to no
+    /// answer.
+    std::optional<bool> multiplexed() const;
     static CurlTransfer* of(const CurlLibrary& curl, CURL* handle);
 
 private:
-    std::optional<platform::URLError> setHeaders(const std::vector<platform::Header>& headers);
+    std::optional<platform::URLError> setHeaders(const platform::Headers& headers);
     void setMethodAndBody();
     void setScheme(bool secure);
     /// A sum that grows whenever something comes or goes, connecting included.
@@ -64,7 +65,7 @@ private:
 
     // What the handle is set to, so that it need not be set again.
     curl_slist* headerList_ = nullptr;
-    std::optional<std::vector<platform::Header>> headers_;
+    std::optional<platform::Headers> headers_;
     std::optional<bool> secure_;
 
     // The exchange under way.

@@ -77,7 +77,18 @@ void CurlTransfers::cancel(const std::shared_ptr<CurlTask>& task) {
     if (task->transfer != nullptr) {
         finish(*task->transfer, std::move(result));
     } else if (task->request) {
+        const auto place = std::find(admitted_.begin(), admitted_.end(), task);
+        if (place != admitted_.end()) {
+            admitted_.erase(place);
+            leave(task->request->url, std::nullopt);
+        }
         finish(task, std::move(result));
+    }
+}
+
+void CurlTransfers::leave(const URL& url, std::optional<bool> multiplexed) {
+    for (auto& next : hosts_.release(origin(url), multiplexed)) {
+        admitted_.push_back(std::move(next));
     }
 }
 
@@ -101,8 +112,7 @@ std::size_t CurlTransfers::turn() {
 void CurlTransfers::finish(CurlTransfer& transfer, URLResult result) {
     curl_.curl_multi_remove_handle(multi_, transfer.handle());
     auto task = transfer.takeTask();
-    const auto request = task->request; // the origin lies in it
-    const auto next = hosts_.release(origin(request->url), transfer.multiplexed());
+    leave(task->request->url, transfer.multiplexed());
     finish(std::move(task), std::move(result));
 
     const auto place =
@@ -111,9 +121,6 @@ void CurlTransfers::finish(CurlTransfer& transfer, URLResult result) {
     active_.erase(place);
     if (idle_.size() < idleHandles) {
         idle_.push_back(std::move(free));
-    }
-    for (const auto& one : next) {
-        admitted_.push_back(one);
     }
 }
 
@@ -161,14 +168,18 @@ void CurlTransfers::wait() {
     for (const auto& transfer : active_) {
         next = std::min(next, transfer->nextCheck());
     }
-    int timeout = std::numeric_limits<int>::max();
+    int timeout = wakeUp_.works() ? std::numeric_limits<int>::max() : 50;
     if (next != CurlTransfer::Moment::max()) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now()).count();
         timeout = static_cast<int>(std::clamp<std::int64_t>(left, 0, timeout));
     }
-    curl_.curl_multi_poll(multi_, nullptr, 0, timeout, nullptr);
+    curl_waitfd wakeUp{wakeUp_.descriptor(), CURL_WAIT_POLLIN, 0};
+    curl_.curl_multi_poll(multi_, &wakeUp, 1, timeout, nullptr);
+    if (wakeUp.revents != 0) {
+        wakeUp_.clear();
+    }
 }
 
-void CurlTransfers::wake() { curl_.curl_multi_wakeup(multi_); }
+void CurlTransfers::wake() { wakeUp_.signal(); }
 
 } // namespace zentavo::linux_port

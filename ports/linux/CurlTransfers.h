@@ -4,12 +4,15 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <optional>
+#include <string_view>
 #include <vector>
 
 #include "ports/linux/CurlLibrary.h"
 #include "ports/linux/CurlTask.h"
 #include "ports/linux/CurlTransfer.h"
 #include "ports/linux/HostLimiter.h"
+#include "ports/linux/WakeUp.h"
 
 namespace zentavo::linux_port {
 
@@ -33,6 +36,8 @@ public:
     void wait();
     /// Any thread.
     void wake();
+    /// An origin for whose exchanges there is no need to wake anybody: they can only begin when others end.
+    std::string_view full() const { return hosts_.full(); }
 
 private:
     struct Ended {
@@ -42,6 +47,8 @@ private:
 
     void begin(std::shared_ptr<CurlTask> task);
     void beginAdmitted();
+    /// Makes room at the host of an admitted exchange.
+    void leave(const URL& url, std::optional<bool> multiplexed);
     void finish(CurlTransfer& transfer, platform::URLResult result);
     void finish(std::shared_ptr<CurlTask> task, platform::URLResult result);
     void finishOverdue(CurlTransfer::Moment now);
@@ -50,6 +57,7 @@ private:
     const CurlLibrary curl_;
     CURLM* const multi_;
     CURLSH* const share_;
+    WakeUp wakeUp_;
     HostLimiter hosts_;
     std::deque<std::shared_ptr<CurlTask>> admitted_; ///< to begin in the next turn
     std::vector<std::unique_ptr<CurlTransfer>> active_;

@@ -7,17 +7,17 @@
 
 namespace zentavo::linux_port {
 
-/// Sends requests with libcurl. See docs of `CurlNetworkThread` for what `start` costs.
+/// Sends requests with libcurl. `CurlNetworkThread` says what `start` costs.
 class CurlURLSession final : public platform::URLSession {
 public:
-    explicit CurlURLSession(std::shared_ptr<CurlNetworkThread> network) : network_(std::move(network)) {}
+    explicit CurlURLSession(CurlNetworkThread& network) : network_(network) {}
 
     std::shared_ptr<platform::URLTask> start(std::shared_ptr<const platform::URLRequest> request,
                                              std::shared_ptr<platform::DispatchQueue> queue,
                                              Completion completion) override;
 
 private:
-    std::shared_ptr<CurlNetworkThread> network_;
+    CurlNetworkThread& network_; ///< outlives its sessions and their tasks
 };
 
 } // namespace zentavo::linux_port

@@ -12,19 +12,19 @@ namespace {
 /// Completions run on the worker.
 class DetachedUserNotifications final : public platform::UserNotifications {
 public:
-    explicit DetachedUserNotifications(std::shared_ptr<WorkerThread> worker) : worker_(std::move(worker)) {}
+    explicit DetachedUserNotifications(WorkerThread& worker) : worker_(worker) {}
 
     void settings(std::function<void(platform::AuthorizationStatus)> completion) override {
-        worker_->async(
+        worker_.async(
             [completion = std::move(completion)] { completion(platform::AuthorizationStatus::notDetermined); });
     }
     void requestAuthorization(std::uint32_t,
                               std::function<void(bool, std::optional<std::string>)> completion) override {
-        worker_->async([completion = std::move(completion)] { completion(false, "no user interface is attached"); });
+        worker_.async([completion = std::move(completion)] { completion(false, "no user interface is attached"); });
     }
 
 private:
-    std::shared_ptr<WorkerThread> worker_;
+    WorkerThread& worker_;
 };
 
 class DetachedApplication final : public platform::Application {
@@ -44,8 +44,7 @@ private:
 
 } // namespace
 
-platform::UserInterface detachedUserInterface(std::shared_ptr<WorkerThread> worker,
-                                              std::shared_ptr<platform::SystemLog> log) {
+platform::UserInterface detachedUserInterface(WorkerThread& worker, std::shared_ptr<platform::SystemLog> log) {
     return {std::make_shared<WorkerQueue>(worker), std::make_shared<DetachedUserNotifications>(worker),
             std::make_shared<DetachedApplication>(std::move(log))};
 }

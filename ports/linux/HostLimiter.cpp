@@ -19,12 +19,23 @@ bool HostLimiter::admit(const std::shared_ptr<CurlTask>& task) {
     return false;
 }
 
-std::vector<std::shared_ptr<CurlTask>> HostLimiter::release(std::string_view origin, bool multiplexed) {
+std::string_view HostLimiter::full() const {
+    for (const auto& [key, host] : hosts_) {
+        if (host.active >= host.limit) {
+            return key;
+        }
+    }
+    return {};
+}
+
+std::vector<std::shared_ptr<CurlTask>> HostLimiter::release(std::string_view origin, std::optional<bool> multiplexed) {
     std::vector<std::shared_ptr<CurlTask>> begin;
     const auto found = hosts_.find(origin);
     auto& host = found->second;
     --host.active;
-    host.limit = multiplexed ? multiplexedLimit : limit;
+    if (multiplexed) {
+        host.limit = *multiplexed ? multiplexedLimit : limit;
+    }
     while (host.active < host.limit && !host.waiting.empty()) {
         auto task = std::move(host.waiting.front());
         host.waiting.pop_front();

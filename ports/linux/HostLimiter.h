@@ -4,6 +4,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -24,9 +25,12 @@ public:
     /// True: `task` begins now. False: it waits, and `release` will hand it out.
     bool admit(const std::shared_ptr<CurlTask>& task);
 
-    /// An admitted exchange with `origin` is over; `multiplexed` tells what its connection can do. Returns what may
-    /// begin now. Exchanges that were ended while they waited (they have no request any more) are skipped.
-    std::vector<std::shared_ptr<CurlTask>> release(std::string_view origin, bool multiplexed);
+    /// An admitted exchange with `origin` is over; `multiplexed` tells what its connection can do, where it had one.
+    /// Returns what may begin now. Exchanges that were ended while they waited (they have no request any more) are skipped.
+    std::vector<std::shared_ptr<CurlTask>> release(std::string_view origin, std::optional<bool> multiplexed);
+
+    /// An origin of which nothing more can begin before something ends; empty when there is none.
+    std::string_view full() const;
 
 private:
     struct Host {

@@ -15,6 +15,7 @@
 #include "ports/linux/LinuxDevice.h"
 #include "ports/linux/LinuxDispatchQueues.h"
 #include "ports/linux/LinuxRandom.h"
+#include "ports/linux/OpenSslKeyServices.h"
 #include "ports/linux/PlistBundles.h"
 #include "ports/linux/ProcessThreads.h"
 #include "ports/linux/SqlitePreferencesProvider.h"
@@ -53,7 +54,7 @@ std::string vendorOf(const std::string& identifier) {
 
 std::shared_ptr<platform::Platform> makeLinuxPlatform(LinuxOptions options) {
     auto& threads = ProcessThreads::shared();
-    const auto& worker = threads.worker();
+    auto& worker = threads.worker();
     const auto program = executableName();
     const auto log = std::make_shared<SyslogSystemLog>(program);
     const auto bundles = std::make_shared<PlistBundles>(std::move(options.mainBundle));
@@ -63,7 +64,7 @@ std::shared_ptr<platform::Platform> makeLinuxPlatform(LinuxOptions options) {
     auto result = std::make_shared<platform::Platform>(detachedUserInterface(worker, log));
     result->preferences = std::make_shared<SqlitePreferencesProvider>(
         folder / "preferences", identifier.empty() ? program : identifier, identifier, log,
-        [worker](std::function<void()> block) { worker->async(std::move(block)); });
+        [&worker](std::function<void()> block) { worker.async(std::move(block)); });
     result->bundles = bundles;
     result->device = std::make_shared<LinuxDevice>(identifier.empty() ? program : vendorOf(identifier));
     result->urlSession = std::make_shared<CurlURLSession>(threads.network());
@@ -71,6 +72,7 @@ std::shared_ptr<platform::Platform> makeLinuxPlatform(LinuxOptions options) {
     result->clock = std::make_shared<LinuxClock>();
     result->random = std::make_shared<LinuxRandom>();
     result->calendar = std::make_shared<IcuCalendar>("", "", log);
+    result->keyServices = std::make_shared<OpenSslKeyServices>();
     result->systemLog = log;
     result->console = std::make_shared<StdoutConsole>();
     return result;

@@ -10,8 +10,11 @@ namespace zentavo::linux_port {
 namespace {
 using std::chrono::milliseconds;
 
-/// How long a thread may take to notice that it is over: the network in the middle of a turn, a host's callback.
-constexpr milliseconds stopping{60};
+/// How long the host's block that is running on the worker may hold up the end.
+constexpr milliseconds blockEnding{60};
+/// The network thread never waits for anything but its wake-up, so it ends at once; only a machine that gives it no
+/// processor makes this take long. It must be gone before libraries are torn down, so it gets its time.
+constexpr milliseconds networkEnding{1000};
 } // namespace
 
 ProcessThreads& ProcessThreads::shared() {
@@ -24,10 +27,9 @@ ProcessThreads& ProcessThreads::shared() {
     return *threads;
 }
 
-// Exit handlers run in reverse order. libcurl's libraries register their own while they are loaded and initialised, so
-// ours is registered once more after that: the threads must be gone before OpenSSL tidies up.
-ProcessThreads::ProcessThreads()
-    : worker_(std::make_shared<WorkerThread>()), network_(std::make_shared<CurlNetworkThread>(&watchExit)) {}
+// Exit handlers run in reverse order. What libcurl brings along may register handlers while it is loaded, so ours is
+// registered once more after that: the threads must be gone before anything that they use is tidied up.
+ProcessThreads::ProcessThreads() : network_(&watchExit) {}
 
 void ProcessThreads::watchExit() { std::atexit(&endWithProcess); }
 
@@ -37,15 +39,15 @@ void ProcessThreads::endWithProcess() {
         return;
     }
     auto& threads = shared();
-    threads.worker_->end();
-    threads.network_->drain(grace);
-    threads.network_->end(stopping);
-    threads.worker_->join(stopping);
+    threads.worker_.end();
+    threads.network_.drain(grace);
+    threads.network_.end(networkEnding);
+    threads.worker_.join(blockEnding);
 }
 
 void ProcessThreads::forgetThreads() noexcept {
-    shared().worker_->forkedAway();
-    shared().network_->forkedAway();
+    shared().worker_.forkedAway();
+    shared().network_.forkedAway();
 }
 
 } // namespace zentavo::linux_port

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <memory>
+#include <chrono>
 
 #include "ports/linux/CurlNetworkThread.h"
 #include "ports/linux/WorkerThread.h"
@@ -20,8 +20,8 @@ public:
 
     static ProcessThreads& shared();
 
-    const std::shared_ptr<WorkerThread>& worker() const { return worker_; }
-    const std::shared_ptr<CurlNetworkThread>& network() const { return network_; }
+    WorkerThread& worker() { return worker_; }
+    CurlNetworkThread& network() { return network_; }
 
 private:
     ProcessThreads();
@@ -30,8 +30,8 @@ private:
     static void watchExit();
     static void forgetThreads() noexcept;
 
-    const std::shared_ptr<WorkerThread> worker_;
-    const std::shared_ptr<CurlNetworkThread> network_;
+    WorkerThread worker_;
+    CurlNetworkThread network_;
 };
 
 } // namespace zentavo::linux_port

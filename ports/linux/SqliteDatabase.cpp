@@ -1,6 +1,7 @@
 #include "ports/linux/SqliteDatabase.h"
 
 #include <charconv>
+#include <thread>
 
 #include <sqlite3.h>
 
@@ -75,7 +76,26 @@ StoreStatus SqliteDatabase::open(const std::filesystem::path& path, Mode mode) {
     return sqlite3_db_readonly(connection, "main") == 1 ? StoreStatus::failed : StoreStatus::ok;
 }
 
-void SqliteDatabase::setPatience(int milliseconds) noexcept { sqlite3_busy_timeout(connection_.get(), milliseconds); }
+void SqliteDatabase::setPatience(std::chrono::milliseconds patience) noexcept {
+    patience_ = patience;
+    // The library's own way of waiting sleeps for milliseconds, while a write takes microseconds: a process that writes
+    // all the time would starve the others.
+    sqlite3_busy_handler(
+        connection_.get(),
+        [](void* self, int attempts) {
+            auto& database = *static_cast<SqliteDatabase*>(self);
+            const auto now = std::chrono::steady_clock::now();
+            if (attempts == 0) {
+                database.deadline_ = now + database.patience_;
+            }
+            if (now >= database.deadline_) {
+                return 0;
+            }
+            std::this_thread::sleep_for(std::chrono::microseconds(attempts < 4 ? 50 : 500));
+            return 1;
+        },
+        this);
+}
 
 StoreStatus SqliteDatabase::execute(const char* sql) {
     return statusOf(sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr));

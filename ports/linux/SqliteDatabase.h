@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -46,12 +47,14 @@ public:
     enum class Mode { existing, create };
 
     SqliteDatabase() = default;
+    SqliteDatabase(const SqliteDatabase&) = delete;
+    SqliteDatabase& operator=(const SqliteDatabase&) = delete;
 
     StoreStatus open(const std::filesystem::path& path, Mode mode);
     bool isOpen() const noexcept { return connection_ != nullptr; }
     /// Never carries the log over to the file: that would wait for the medium.
     void close() noexcept { connection_.reset(); }
-    void setPatience(int milliseconds) noexcept;
+    void setPatience(std::chrono::milliseconds patience) noexcept;
 
     StoreStatus execute(const char* sql);
     StoreStatus prepare(SqliteStatement& statement, std::string_view sql);
@@ -67,6 +70,8 @@ private:
         void operator()(sqlite3* connection) const noexcept;
     };
     std::unique_ptr<sqlite3, Closer> connection_;
+    std::chrono::milliseconds patience_ = {};
+    std::chrono::steady_clock::time_point deadline_;
 };
 
 } // namespace zentavo::linux_port

@@ -29,6 +29,10 @@ std::optional<Value> SqlitePreferences::object(std::string_view key) const {
     return locked([&](SuiteCache& cache) { return cache.get(key); });
 }
 
+std::optional<std::uint64_t> SqlitePreferences::version() const {
+    return locked([](SuiteCache& cache) { return cache.version(); });
+}
+
 void SqlitePreferences::set(std::string_view key, Value value) {
     if (value.isNull()) {
         store(key, std::nullopt, std::nullopt);

@@ -25,6 +25,7 @@ public:
     bool open();
 
     std::optional<Value> object(std::string_view key) const override;
+    std::optional<std::uint64_t> version() const override;
     void set(std::string_view key, Value value) override;
     void remove(std::string_view key) override;
     void update(std::string_view key,

@@ -16,7 +16,7 @@
 namespace zentavo::linux_port {
 namespace {
 
-constexpr int patienceMilliseconds = 250;
+constexpr std::chrono::milliseconds patience(250);
 /// Pages of 4 KiB in the log.
 constexpr int longLog = 1000;
 constexpr std::int64_t schemaVersion = 1;
@@ -91,7 +91,7 @@ StoreStatus SqliteSuite::openFiles() {
     bool fresh = inodeOf(path()) == 0;
     StoreStatus status = fresh ? StoreStatus::ok : connect(SqliteDatabase::Mode::existing, fresh);
     if (status == StoreStatus::ok && fresh) {
-        const GenerationFile::Lock lock(*generation_, std::chrono::milliseconds(patienceMilliseconds));
+        const GenerationFile::Lock lock(*generation_, patience);
         if (!lock) {
             problem_ = "another process holds it";
             return StoreStatus::busy;
@@ -147,7 +147,7 @@ StoreStatus SqliteSuite::connect(SqliteDatabase::Mode mode, bool& fresh) {
     StoreStatus status = database_.open(path(), mode);
     std::int64_t version = 0;
     if (status == StoreStatus::ok) {
-        database_.setPatience(patienceMilliseconds);
+        database_.setPatience(patience);
         status = database_.userVersion(version);
     }
     if (status == StoreStatus::ok && version > schemaVersion) {
@@ -204,14 +204,16 @@ StoreStatus SqliteSuite::settle(StoreStatus outcome) {
     return note(outcome);
 }
 
-void SqliteSuite::setPatient(bool patient) noexcept { database_.setPatience(patient ? patienceMilliseconds : 0); }
+void SqliteSuite::setPatient(bool patient) noexcept {
+    database_.setPatience(patient ? patience : std::chrono::milliseconds(0));
+}
 
 std::optional<std::string> SqliteSuite::setAside() {
     database_.close();
     if (!generation_) {
         return std::nullopt;
     }
-    const GenerationFile::Lock lock(*generation_, std::chrono::milliseconds(patienceMilliseconds));
+    const GenerationFile::Lock lock(*generation_, patience);
     if (!lock) {
         return std::nullopt;
     }
@@ -276,7 +278,7 @@ void SqliteSuite::carryOver(const std::filesystem::path& path) {
     if (database.open(path, SqliteDatabase::Mode::existing) != StoreStatus::ok) {
         return;
     }
-    database.setPatience(patienceMilliseconds);
+    database.setPatience(patience);
     int inLog = 0;
     int carried = 0;
     int code = SQLITE_BUSY;

@@ -38,7 +38,7 @@ std::optional<Value> SuiteCache::get(std::string_view key) {
     if (!pending_.empty()) {
         const auto found = pending_.find(key);
         if (found != pending_.end()) {
-            return found->second;
+            return found->second.value;
         }
     }
     if (generation_ && *generation_ == suite_.generation().begun()) {
@@ -48,6 +48,13 @@ std::optional<Value> SuiteCache::get(std::string_view key) {
         }
     }
     return fetch(key);
+}
+
+std::optional<std::uint64_t> SuiteCache::version() {
+    if (!generation_ || *generation_ != suite_.generation().begun()) {
+        return std::nullopt;
+    }
+    return epoch_ + changes_;
 }
 
 std::optional<Value> SuiteCache::fetch(std::string_view key) {
@@ -72,12 +79,7 @@ std::optional<Value> SuiteCache::fetch(std::string_view key) {
         return known != entries_.end() ? known->second.value : std::nullopt;
     }
     isInTrouble_ = isInTrouble_ && !pending_.empty();
-    std::optional<Value> value;
-    if (text && text->size() <= platform::Preferences::maximumValueBytes) {
-        if (auto parsed = json::read(*text); parsed && !parsed->isNull()) {
-            value = std::move(*parsed);
-        }
-    }
+    std::optional<Value> value = parsed(text);
     if (!value && (text || status == StoreStatus::tooLong) && known == entries_.end()) {
         say(platform::LogLevel::warning, "the row of \"" + std::string(key) + "\" is unusable and counts as absent");
     }
@@ -85,9 +87,19 @@ std::optional<Value> SuiteCache::fetch(std::string_view key) {
     return value;
 }
 
+std::optional<Value> SuiteCache::parsed(const std::optional<std::string>& text) {
+    if (text && text->size() <= platform::Preferences::maximumValueBytes) {
+        if (auto value = json::read(*text); value && !value->isNull()) {
+            return std::move(*value);
+        }
+    }
+    return std::nullopt;
+}
+
 void SuiteCache::put(std::string_view key, std::optional<Value> value, const std::optional<std::string>& text) {
+    ++changes_;
     if (!pending_.empty()) {
-        pending_.insert_or_assign(std::string(key), std::move(value));
+        pending_.insert_or_assign(std::string(key), Pending{std::move(value), {}});
         flush();
         return;
     }
@@ -100,11 +112,12 @@ void SuiteCache::put(std::string_view key, std::optional<Value> value, const std
         noteOwnWrite();
         remember(key, std::move(value));
     } else {
-        keepPending(key, std::move(value), status);
+        keepPending(key, {std::move(value), {}}, status);
     }
 }
 
 void SuiteCache::update(std::string_view key, const Change& change) {
+    ++changes_;
     flush();
     StoreStatus status = pending_.empty() ? suite_.ready() : StoreStatus::failed;
     if (status == StoreStatus::ok) {
@@ -135,16 +148,24 @@ void SuiteCache::update(std::string_view key, const Change& change) {
         remember(key, std::move(next));
     } else {
         suite_.rollBack();
-        keepPending(key, std::move(next), status);
+        Pending pending{std::move(next), {change}};
+        if (const auto earlier = pending_.find(key); earlier != pending_.end()) {
+            // On a value that was set outright the outcome is as certain as that value.
+            pending.changes = std::move(earlier->second.changes);
+            if (!pending.changes.empty()) {
+                pending.changes.push_back(change);
+            }
+        }
+        keepPending(key, std::move(pending), status);
     }
 }
 
-void SuiteCache::keepPending(std::string_view key, std::optional<Value> value, StoreStatus reason) {
+void SuiteCache::keepPending(std::string_view key, Pending pending, StoreStatus reason) {
     if (reason == StoreStatus::tooLong) {
         refused(key, "it is too long");
         return;
     }
-    pending_.insert_or_assign(std::string(key), std::move(value));
+    pending_.insert_or_assign(std::string(key), std::move(pending));
     if (reason == StoreStatus::damaged && replaceDamaged()) {
         flush();
     } else {
@@ -156,6 +177,7 @@ void SuiteCache::flush() {
     if (pending_.empty()) {
         return;
     }
+    ++changes_; // an update among them replaces what others have written
     StoreStatus status = writePending();
     if (status == StoreStatus::damaged && replaceDamaged()) {
         status = writePending();
@@ -165,8 +187,8 @@ void SuiteCache::flush() {
         return;
     }
     noteOwnWrite();
-    for (auto& [key, value] : pending_) {
-        remember(key, std::move(value));
+    for (auto& [key, pending] : pending_) {
+        remember(key, std::move(pending.value));
     }
     pending_.clear();
     if (isInTrouble_) {
@@ -184,9 +206,13 @@ StoreStatus SuiteCache::writePending() {
     const RollBack rollBack(suite_);
     status = suite_.begin();
     for (auto entry = pending_.begin(); status == StoreStatus::ok && entry != pending_.end();) {
+        status = redo(entry->first, entry->second);
+        if (status != StoreStatus::ok) {
+            break;
+        }
         std::optional<std::string> text;
-        if (entry->second) {
-            if (auto written = textOf(*entry->second)) {
+        if (entry->second.value) {
+            if (auto written = textOf(*entry->second.value)) {
                 text = std::move(*written);
             }
         }
@@ -206,6 +232,29 @@ StoreStatus SuiteCache::writePending() {
     return status;
 }
 
+/// Makes the pending updates of `key` anew, on what the file holds now. Inside a transaction.
+StoreStatus SuiteCache::redo(const std::string& key, Pending& pending) {
+    if (pending.changes.empty()) {
+        return StoreStatus::ok;
+    }
+    std::optional<std::string> text;
+    const StoreStatus status = suite_.read(key, text);
+    if (status != StoreStatus::ok) {
+        return status;
+    }
+    std::optional<Value> value = parsed(text);
+    for (const Change& change : pending.changes) {
+        value = change(value);
+        if (value && value->isNull()) {
+            value.reset();
+        }
+    }
+    if (!value || textOf(*value)) { // what cannot be stored leaves the outcome that could
+        pending.value = std::move(value);
+    }
+    return StoreStatus::ok;
+}
+
 bool SuiteCache::replaceDamaged() {
     if (replacementsLeft_ == 0) {
         return false;
@@ -220,9 +269,13 @@ bool SuiteCache::replaceDamaged() {
     if (!movedTo->empty()) {
         say(platform::LogLevel::error,
             "the file is damaged; it is kept as " + *movedTo + " and a fresh one takes its place");
+        // What the pending updates were made on has gone with the file; their outcome is what is left of it.
+        for (auto& [key, pending] : pending_) {
+            pending.changes.clear();
+        }
         for (const auto& [key, entry] : entries_) {
             if (entry.value) {
-                pending_.try_emplace(key, entry.value);
+                pending_.try_emplace(key, Pending{entry.value, {}});
             }
         }
     }

@@ -17,8 +17,8 @@ namespace zentavo::linux_port {
 /// that somebody has written; a write of our own leaves the others good. One thread at a time.
 ///
 /// What the medium refuses is pending: it counts as stored in this process, and goes into the file with the next write
-/// that succeeds. The result of a pending `update` then replaces what others have written meanwhile. While something is
-/// pending, no call waits for another process.
+/// that succeeds. A pending `update` is then made anew on what others have written meanwhile, so it loses nothing of
+/// theirs. While something is pending, no call waits for another process.
 /// A damaged file is moved aside, and what this process still knows of it goes into the fresh one.
 class SuiteCache {
 public:
@@ -33,6 +33,8 @@ public:
     bool open();
 
     std::optional<Value> get(std::string_view key);
+    /// Another one after every write of anybody; none unless `get` answers from memory.
+    std::optional<std::uint64_t> version();
     /// Stores `value`, whose JSON is `text`; none of both removes.
     void put(std::string_view key, std::optional<Value> value, const std::optional<std::string>& text);
     void update(std::string_view key, const Change& change);
@@ -60,10 +62,20 @@ private:
         using is_transparent = void;
     };
 
+    /// What has not reached the file yet.
+    struct Pending {
+        /// What this process reads until then.
+        std::optional<Value> value;
+        /// The updates that led to it from what the file holds, in order; none where `value` was set outright.
+        std::vector<Change> changes;
+    };
+
     std::optional<Value> fetch(std::string_view key);
+    static std::optional<Value> parsed(const std::optional<std::string>& text);
     void remember(std::string_view key, std::optional<Value> value);
     void noteOwnWrite();
-    void keepPending(std::string_view key, std::optional<Value> value, StoreStatus reason);
+    void keepPending(std::string_view key, Pending pending, StoreStatus reason);
+    StoreStatus redo(const std::string& key, Pending& pending);
     StoreStatus writePending();
     bool replaceDamaged();
     void trouble();
@@ -73,9 +85,11 @@ private:
     SqliteSuite suite_;
     std::unordered_map<std::string, Entry, Hash, std::equal_to<>> entries_;
     std::uint64_t epoch_ = 1;
+    /// Calls that may have changed something; like the epoch it only grows.
+    std::uint64_t changes_ = 0;
     /// The generation that entries of this epoch are good for; none while nothing may be kept.
     std::optional<std::uint64_t> generation_;
-    std::map<std::string, std::optional<Value>, std::less<>> pending_;
+    std::map<std::string, Pending, std::less<>> pending_;
     /// From the first refused access until all is stored again: the log is told once.
     bool isInTrouble_ = false;
     /// A medium that damages every file shall not have us make files for ever.

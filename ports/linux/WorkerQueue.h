@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <utility>
 
 #include "ports/linux/WorkerThread.h"
@@ -11,17 +10,17 @@ namespace zentavo::linux_port {
 /// A queue of the worker. It also stands in for the main thread of a toolkit where there is no toolkit.
 class WorkerQueue final : public platform::MainQueue {
 public:
-    explicit WorkerQueue(std::shared_ptr<WorkerThread> worker) : worker_(std::move(worker)) {}
+    explicit WorkerQueue(WorkerThread& worker) : worker_(worker) {}
 
-    void async(platform::Block block) override { worker_->async(std::move(block)); }
+    void async(platform::Block block) override { worker_.async(std::move(block)); }
     platform::TimerId after(std::chrono::nanoseconds delay, platform::Block block) override {
-        return worker_->after(delay, std::move(block));
+        return worker_.after(delay, std::move(block));
     }
-    bool cancel(platform::TimerId timer) override { return worker_->cancel(timer); }
-    bool isCurrent() const override { return worker_->isCurrent(); }
+    bool cancel(platform::TimerId timer) override { return worker_.cancel(timer); }
+    bool isCurrent() const override { return worker_.isCurrent(); }
 
 private:
-    std::shared_ptr<WorkerThread> worker_;
+    WorkerThread& worker_; ///< outlives all its queues
 };
 
 } // namespace zentavo::linux_port

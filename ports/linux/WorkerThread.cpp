@@ -27,25 +27,34 @@ void WorkerThread::async(Block block) {
         return;
     }
     MutexLock lock(mutex_);
-    makeReady(std::move(block));
+    const bool asleep = makeReady(std::move(block));
+    lock.unlock();
+    if (asleep) {
+        wake_.notify_one();
+    }
 }
 
 TimerId WorkerThread::after(nanoseconds delay, Block block) {
     if (ended_) {
         return 0;
     }
+    bool asleep = false;
     MutexLock lock(mutex_);
     const auto id = ++lastTimer_;
     if (delay <= nanoseconds(0)) {
         timers_.emplace(id, Timer{{}, std::move(block)});
-        makeReady([this, id] { runTimer(id); });
-        return id;
+        asleep = makeReady([this, id] { runTimer(id); });
+    } else {
+        const auto due = Clock::now() + std::min(delay, longestDelay);
+        timers_.emplace(id, Timer{due, std::move(block)});
+        const auto place = schedule_.emplace(due, id).first;
+        if (place == schedule_.begin()) {
+            asleep = makeReady(nullptr); // nothing to run, but an earlier moment to wake at
+        }
     }
-    const auto due = Clock::now() + std::min(delay, longestDelay);
-    timers_.emplace(id, Timer{due, std::move(block)});
-    const auto place = schedule_.emplace(due, id).first;
-    if (place == schedule_.begin()) {
-        makeReady(nullptr); // nothing to run, but an earlier moment to wake at
+    lock.unlock();
+    if (asleep) {
+        wake_.notify_one();
     }
     return id;
 }
@@ -66,16 +75,15 @@ bool WorkerThread::cancel(TimerId timer) {
     return true;
 }
 
-void WorkerThread::makeReady(Block block) {
+bool WorkerThread::makeReady(Block block) {
     if (block) {
         ready_.push_back(std::move(block));
     }
     if (!started_) {
         started_ = thread_.start([this] { run(); });
-    } else if (asleep_) {
-        asleep_ = false;
-        wake_.notify_one();
+        return false;
     }
+    return std::exchange(asleep_, false);
 }
 
 void WorkerThread::takeDueTimers() {

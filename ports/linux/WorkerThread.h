@@ -45,7 +45,8 @@ private:
 
     void run();
     void runTimer(platform::TimerId id);
-    void makeReady(platform::Block block) ZENTAVO_REQUIRES(mutex_);
+    /// True when the worker sleeps and is to be notified, once the lock is gone.
+    [[nodiscard]] bool makeReady(platform::Block block) ZENTAVO_REQUIRES(mutex_);
     void takeDueTimers() ZENTAVO_REQUIRES(mutex_);
 
     std::atomic<bool> ended_ = false;

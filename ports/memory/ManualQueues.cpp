@@ -161,7 +161,9 @@ ManualQueues::ManualQueues(std::shared_ptr<ManualClock> clock)
     : clock_(std::move(clock)), board_(std::make_shared<Board>(clock_)),
       mainQueue_(std::make_shared<MainQueue>(board_)) {}
 
-ManualQueues::~ManualQueues() { board_->end(); }
+ManualQueues::~ManualQueues() { end(); }
+
+void ManualQueues::end() { board_->end(); }
 
 std::shared_ptr<platform::DispatchQueue> ManualQueues::make(std::string, platform::QueueKind) {
     return std::make_shared<Queue>(board_);

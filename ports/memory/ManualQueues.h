@@ -19,6 +19,8 @@ public:
     /// `clock` decides when timers fall due.
     explicit ManualQueues(std::shared_ptr<ManualClock> clock);
     ~ManualQueues() override;
+    /// Drops the blocks that have not run, and from now on what is posted.
+    void end();
 
     std::shared_ptr<platform::DispatchQueue> make(std::string label, platform::QueueKind kind) override;
     /// The same on every call.

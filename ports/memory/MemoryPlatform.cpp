@@ -11,7 +11,7 @@ MemoryPlatform::MemoryPlatform(const std::string& identifier, std::shared_ptr<Me
       preferences(std::make_shared<MemoryPreferencesProvider>(identifier, systemLog, std::move(store))),
       bundles(std::make_shared<MemoryBundles>("/memory/Main.app", identifier)),
       device(std::make_shared<MemoryDevice>()), random(std::make_shared<SeededRandom>(1)),
-      calendar(std::make_shared<FixedZoneCalendar>()),
+      calendar(std::make_shared<FixedZoneCalendar>()), keyServices(std::make_shared<MemoryKeyServices>()),
       userNotifications(std::make_shared<MemoryUserNotifications>(queues->mainQueue())),
       application(std::make_shared<MemoryApplication>()),
       platform_(std::make_shared<platform::Platform>(
@@ -24,8 +24,14 @@ MemoryPlatform::MemoryPlatform(const std::string& identifier, std::shared_ptr<Me
     platform_->clock = clock;
     platform_->random = random;
     platform_->calendar = calendar;
+    platform_->keyServices = keyServices;
     platform_->systemLog = systemLog;
     platform_->console = console;
+}
+
+MemoryPlatform::~MemoryPlatform() {
+    session->clear();
+    queues->end();
 }
 
 } // namespace zentavo::testing

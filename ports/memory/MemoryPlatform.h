@@ -9,6 +9,7 @@
 #include "ports/memory/MemoryApplication.h"
 #include "ports/memory/MemoryBundles.h"
 #include "ports/memory/MemoryDevice.h"
+#include "ports/memory/MemoryKeyServices.h"
 #include "ports/memory/MemoryPreferencesProvider.h"
 #include "ports/memory/MemoryUserNotifications.h"
 #include "ports/memory/RecordingConsole.h"
@@ -34,6 +35,11 @@ struct ZENTAVO_EXPORT MemoryPlatform {
     explicit MemoryPlatform(const std::string& identifier = "com.example.host",
                             std::shared_ptr<MemoryStore> store = nullptr);
 
+    /// The process ends: what waits in queues and open exchanges is dropped, and with it what that keeps alive.
+    ~MemoryPlatform();
+    MemoryPlatform(const MemoryPlatform&) = delete;
+    MemoryPlatform& operator=(const MemoryPlatform&) = delete;
+
     const std::shared_ptr<ManualClock> clock;
     const std::shared_ptr<ManualQueues> queues;
     const std::shared_ptr<RecordingSystemLog> systemLog;
@@ -44,6 +50,7 @@ struct ZENTAVO_EXPORT MemoryPlatform {
     const std::shared_ptr<MemoryDevice> device;
     const std::shared_ptr<SeededRandom> random;
     const std::shared_ptr<FixedZoneCalendar> calendar;
+    const std::shared_ptr<MemoryKeyServices> keyServices;
     const std::shared_ptr<MemoryUserNotifications> userNotifications;
     const std::shared_ptr<MemoryApplication> application;
 

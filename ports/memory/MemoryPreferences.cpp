@@ -26,18 +26,25 @@ std::optional<Value> MemoryPreferences::object(std::string_view key) const {
     return stored != nullptr ? std::optional<Value>(*stored) : std::nullopt;
 }
 
+std::optional<std::uint64_t> MemoryPreferences::version() const {
+    MutexLock lock(suite_->mutex);
+    return suite_->writes;
+}
+
 void MemoryPreferences::set(std::string_view key, Value value) {
     if (value.isNull()) {
         remove(key);
     } else if (acceptable(key, value)) {
         MutexLock lock(suite_->mutex);
         suite_->values.set(std::string(key), std::move(value));
+        ++suite_->writes;
     }
 }
 
 void MemoryPreferences::remove(std::string_view key) {
     MutexLock lock(suite_->mutex);
     suite_->values.remove(key);
+    ++suite_->writes;
 }
 
 void MemoryPreferences::update(std::string_view key,
@@ -50,6 +57,7 @@ void MemoryPreferences::update(std::string_view key,
     } else if (acceptable(key, *next)) {
         suite_->values.set(std::string(key), std::move(*next));
     }
+    ++suite_->writes;
 }
 
 Map MemoryPreferences::contents() const {

@@ -15,6 +15,7 @@ public:
     MemoryPreferences(std::shared_ptr<MemoryStore::Suite> suite, std::shared_ptr<platform::SystemLog> log);
 
     std::optional<Value> object(std::string_view key) const override;
+    std::optional<std::uint64_t> version() const override;
     void set(std::string_view key, Value value) override;
     void remove(std::string_view key) override;
     /// Calls `change` once, under the suite's lock.

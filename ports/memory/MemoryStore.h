@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -18,6 +19,7 @@ public:
     struct Suite {
         Mutex mutex;
         Map values ZENTAVO_GUARDED_BY(mutex);
+        std::uint64_t writes ZENTAVO_GUARDED_BY(mutex) = 0;
     };
 
     /// The suite called `name`, empty when nobody has written to it yet.

@@ -188,7 +188,7 @@ std::shared_ptr<platform::URLTask> ScriptedURLSession::start(std::shared_ptr<con
     }
     if (!request->url.isHTTP()) {
         task->end(resultOf(ScriptedAnswer::failure(URLErrorKind::unsupportedURL)));
-    } else if (auto answer = decide(*request)) {
+    } else if (auto answer = decide(*request); answer && !answer->withheld) {
         task->end(resultOf(std::move(*answer)));
     }
     return task;

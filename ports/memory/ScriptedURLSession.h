@@ -19,8 +19,10 @@ struct ScriptedAnswer {
     std::string body = "{}";
     std::vector<platform::Header> headers = {};
     std::optional<platform::URLErrorKind> error = {};
+    bool withheld = false; ///< leaves the exchange open: the test answers later, or never does
 
     static ScriptedAnswer failure(platform::URLErrorKind kind) { return {0, {}, {}, kind}; }
+    static ScriptedAnswer never() { return {.withheld = true}; }
 };
 
 /// Which requests a rule is for. Empty text matches everything.

@@ -37,6 +37,23 @@ std::vector<Map> DevServer::requests(const std::string& path, std::size_t count)
     return found;
 }
 
+std::map<std::string, std::int64_t> DevServer::inboxStates(const std::string& user) const {
+    httplib::Client client(url_);
+    const auto answer = client.Get("/_dev/inbox");
+    std::map<std::string, std::int64_t> found;
+    const Map everything = answer ? json::readMap(answer->body).value() : Map{{"messages", List()}};
+    for (const Value& message : *everything.find("messages")->asList()) {
+        std::int64_t& state = found[*message.asMap()->find("item_id")->asString()];
+        state = 1;
+        for (const Value& each : *message.asMap()->find("states")->asList()) {
+            if (*each.asMap()->find("lookup_id") == user) {
+                state = *each.asMap()->find("status")->exactInt64();
+            }
+        }
+    }
+    return found;
+}
+
 std::vector<Map> DevServer::events(std::size_t count) const {
     std::vector<Map> bodies;
     for (const Map& request : requests("/event", count)) {

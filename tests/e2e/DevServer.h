@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,8 @@ public:
     void fault(const std::string& query) const;
     /// Waits until `count` requests for `path` have come (a few seconds at most), and returns what has come by then.
     std::vector<Map> requests(const std::string& path, std::size_t count) const;
+    /// The messages of the server's inbox store as `user` has them, by id: 1 unread, 2 read, 3 removed.
+    std::map<std::string, std::int64_t> inboxStates(const std::string& user) const;
     /// The bodies of the events that came.
     std::vector<Map> events(std::size_t count) const;
 

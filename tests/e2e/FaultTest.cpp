@@ -82,7 +82,8 @@ TEST_F(FaultTest, ADamagedStoreIsPutAsideAndAFreshOneMade) {
         EXPECT_THAT(output, ::testing::HasSubstr("customer \"\""));
     }
     const auto events = server.events(4);
-    EXPECT_THAT(names(events), ::testing::ElementsAre("app_install", "app_install", "after", "after"));
+    // Requests of one start go out beside each other and arrive in any order.
+    EXPECT_THAT(names(events), ::testing::UnorderedElementsAre("app_install", "app_install", "after", "after"));
 }
 
 TEST_F(FaultTest, AStoreThatCannotBeMadeIsReplacedByMemory) {
@@ -103,6 +104,9 @@ TEST_F(FaultTest, TenThousandEventsIntoAnOutageStayWithinBounds) {
     const std::size_t at = output.rfind("resident ");
     ASSERT_NE(at, std::string::npos);
     const long kilobytes = std::stol(output.substr(at + 9));
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << kilobytes << " kB, most of it the sanitizer's";
+#endif
     EXPECT_LT(kilobytes, 64 * 1024) << "10,000 waiting events, body and bookkeeping";
 }
 

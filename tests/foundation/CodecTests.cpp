@@ -5,6 +5,7 @@
 
 #include "zentavo/foundation/Base64.h"
 #include "zentavo/foundation/DateText.h"
+#include "zentavo/foundation/DecimalInteger.h"
 #include "zentavo/foundation/Hex.h"
 #include "zentavo/foundation/UUID.h"
 
@@ -61,6 +62,18 @@ TEST(Hex, BothWays) {
     EXPECT_EQ(zentavo::hex::decode(""), Bytes{});
     for (const char* text : {"0", "0g", "g0", "0x00", "00 0", "-1"}) {
         EXPECT_EQ(zentavo::hex::decode(text), std::nullopt) << text;
+    }
+}
+
+TEST(DecimalInteger, TakesASignAndDigitsAndNothingElse) {
+    const std::pair<const char*, std::int64_t> integers[] = {
+        {"0", 0}, {"42", 42}, {"+42", 42}, {"-42", -42}, {"007", 7}, {"-9223372036854775808", INT64_MIN}};
+    for (const auto& [text, integer] : integers) {
+        EXPECT_EQ(zentavo::decimalInteger(text), integer) << text;
+    }
+    for (const char* text : {"", "+", "-", "+-1", "-+1", "++1", " 1", "1 ", "1.0", "1e3", "0x10", "12a",
+                             "9223372036854775808", "99999999999999999999", "\xD9\xA1"}) {
+        EXPECT_EQ(zentavo::decimalInteger(text), std::nullopt) << text;
     }
 }
 

@@ -70,8 +70,7 @@ TEST(JSONWriter, TakesWellFormedUTF8Only) {
 }
 
 TEST(JSONWriter, StreamsWithoutATree) {
-    std::string out = "body=";
-    JSONWriter writer(out);
+    JSONWriter writer("what a buffer held before");
     writer.beginMap();
     writer.key("a");
     writer.beginList();
@@ -89,8 +88,7 @@ TEST(JSONWriter, StreamsWithoutATree) {
     writer.key("c\n");
     writer.value(2.5);
     writer.endMap();
-    ASSERT_TRUE(writer.finish());
-    EXPECT_EQ(out, R"(body={"a":[1,2,"t",true,null,{},[]],"b":{"ready":1},"c\n":2.5})");
+    EXPECT_EQ(*writer.finish(), R"({"a":[1,2,"t",true,null,{},[]],"b":{"ready":1},"c\n":2.5})");
 }
 
 TEST(JSONWriter, NamesThePlaceOfTheFirstFailure) {
@@ -110,12 +108,10 @@ TEST(JSONWriter, NamesThePlaceOfTheFirstFailure) {
     EXPECT_EQ(errorOf(Map{{"a", Map{{"ok", 1}, {"\xff", 2}}}}), "a: " + utf8);
     EXPECT_EQ(errorOf(Map{{"a", "long enough text \xc3"}}), "a: " + utf8);
 
-    // The text before the writer's own is none of its business, and nothing is added after the failure.
-    std::string out = "]}]";
-    JSONWriter writer(out);
+    // What comes after the failure changes nothing.
+    JSONWriter writer("]}]");
     writer.beginList();
     writer.value(nan);
-    const std::size_t size = out.size();
     writer.value(1);
     writer.beginMap();
     writer.key("k");
@@ -124,7 +120,6 @@ TEST(JSONWriter, NamesThePlaceOfTheFirstFailure) {
     writer.endList();
     EXPECT_TRUE(writer.failed());
     EXPECT_EQ(writer.finish().error().message, "[0]: " + number);
-    EXPECT_EQ(out.size(), size);
 }
 
 TEST(JSONWriter, RefusesToGoTooDeep) {

@@ -9,8 +9,8 @@ using namespace zentavo;
 std::string failureOf(const KeyedDecoder& decoder) { return decoder.failure() ? decoder.failure()->message : ""; }
 
 TEST(KeyedDecoder, ReadsEveryKind) {
-    const Map source{{"text", "a"},     {"id", 12.0},      {"price", 9},          {"flag", true},
-                     {"none", nullptr}, {"list", List{1}}, {"map", Map{{"k", 1}}}};
+    const Map source{{"text", "a"},     {"id", 12.0},      {"price", 9},           {"flag", true},
+                     {"none", nullptr}, {"list", List{1}}, {"map", Map{{"k", 1}}}, {"texts", List{"a", ""}}};
     KeyedDecoder decoder(source);
     EXPECT_EQ(decoder.string("text"), "a");
     EXPECT_EQ(decoder.integer("id"), 12);
@@ -18,6 +18,7 @@ TEST(KeyedDecoder, ReadsEveryKind) {
     EXPECT_TRUE(decoder.boolean("flag"));
     EXPECT_TRUE(decoder.value("none").isNull());
     EXPECT_EQ(decoder.list("list"), List{1});
+    EXPECT_EQ(decoder.stringList("texts"), (std::vector<std::string>{"a", ""}));
     EXPECT_EQ(decoder.map("map"), (Map{{"k", 1}}));
 
     EXPECT_EQ(decoder.optionalString("text"), "a");
@@ -54,6 +55,7 @@ TEST(KeyedDecoder, NamesWhatItWantedAndWhatItFound) {
     EXPECT_EQ(failureAfter([&](auto& d) { d.optionalNested("t", inner); }), "t: expected a map, found text");
     EXPECT_EQ(failureAfter([&](auto& d) { d.nestedList("t", inner); }), "t: expected a list, found text");
     EXPECT_EQ(failureAfter([&](auto& d) { d.nestedList("l", inner); }), "l[1]: expected a map, found a number");
+    EXPECT_EQ(failureAfter([](auto& d) { d.stringList("l"); }), "l[0]: expected text, found a map");
     EXPECT_EQ(failureAfter([](auto& d) { d.fail("v", "too odd"); }), "v: too odd");
 }
 
@@ -75,6 +77,48 @@ TEST(KeyedDecoder, TheFirstFailureStaysWithItsWholePath) {
     });
     EXPECT_EQ(rights, (std::vector<std::string>{"r", ""}));
     EXPECT_EQ(failureOf(decoder), "data.items[1].options.right: expected text, found a number");
+}
+
+TEST(KeyedDecoder, AFailureCanBeTakenApart) {
+    using Kind = DecodingFailure::Kind;
+    const Map source{{"data", Map{{"items", List{Map{{"id", "x"}, {"name", nullptr}, {"tags", List{"a", nullptr}}}}}}}};
+    const auto failureAfter = [&](auto read) {
+        KeyedDecoder decoder(source);
+        decoder.nested("data", [&](KeyedDecoder& data) {
+            return data.nestedList("items", [&](KeyedDecoder& item) {
+                read(item);
+                return 0;
+            });
+        });
+        return decoder.failure().value();
+    };
+    const auto failure = [](Kind kind, const char* subject, const char* path, const char* reason) {
+        return DecodingFailure{{std::string(path) + ": " + reason}, kind, subject, path};
+    };
+    EXPECT_EQ(failureAfter([](auto& d) { d.integer("id"); }),
+              failure(Kind::typeMismatch, "integer", "data.items[0].id", "expected an integer, found text"));
+    EXPECT_EQ(failureAfter([](auto& d) { d.string("gone"); }),
+              failure(Kind::keyNotFound, "gone", "data.items[0].gone", "expected text, found nothing"));
+    EXPECT_EQ(failureAfter([](auto& d) { d.string("name"); }),
+              failure(Kind::valueNotFound, "text", "data.items[0].name", "expected text, found null"));
+    EXPECT_EQ(failureAfter([](auto& d) { d.stringList("tags"); }),
+              failure(Kind::valueNotFound, "text", "data.items[0].tags[1]", "expected text, found null"));
+    EXPECT_EQ(failureAfter([](auto& d) { d.fail("id", "unknown"); }),
+              failure(Kind::dataCorrupted, "", "data.items[0].id", "unknown"));
+}
+
+TEST(KeyedDecoder, RemarksAreNoFailuresAndTheirNumberIsBounded) {
+    const Map source{{"data", Map()}};
+    KeyedDecoder decoder(source);
+    for (std::size_t i = 0; i <= KeyedDecoder::maximumRemarks; ++i) {
+        decoder.nested("data", [&](KeyedDecoder& data) {
+            data.remark("url", "odd " + std::to_string(i));
+            return 0;
+        });
+    }
+    EXPECT_FALSE(decoder.failed());
+    ASSERT_EQ(decoder.remarks().size(), KeyedDecoder::maximumRemarks);
+    EXPECT_EQ(decoder.remarks()[1], "data.url: odd 1");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "ports/linux/LinuxClock.h"
 #include "ports/linux/LinuxDevice.h"
 #include "ports/linux/LinuxRandom.h"
+#include "ports/linux/OpenSslKeyServices.h"
 #include "ports/linux/PlistBundles.h"
 #include "ports/linux/SqlitePreferencesProvider.h"
 #include "tests/ports/Machine.h"
@@ -60,6 +61,7 @@ public:
     std::shared_ptr<platform::Calendar> calendar(const char* locale, const char* timeZone) override {
         return std::make_shared<IcuCalendar>(locale, timeZone, log);
     }
+    std::shared_ptr<platform::KeyServices> keyServices() override { return std::make_shared<OpenSslKeyServices>(); }
 
 private:
     std::shared_ptr<platform::PreferencesProvider> provider(const std::filesystem::path& folder) {
@@ -75,7 +77,7 @@ private:
 };
 
 const bool added = [] {
-    machinesUnderTest().push_back({"linux", [] { return std::make_unique<LinuxMachine>(); }});
+    machinesUnderTest().push_back({"linux", [] { return std::make_unique<LinuxMachine>(); }, /*hasZones*/ true});
     return true;
 }();
 

@@ -1,13 +1,28 @@
 #include <atomic>
 #include <thread>
 
+#include "ports/linux/CurlURLSession.h"
 #include "ports/linux/LinuxDispatchQueues.h"
 #include "ports/linux/WorkerQueue.h"
 #include "tests/ports/Port.h"
+#include "tests/support/LoopbackServer.h"
 
 namespace zentavo::tests {
 namespace {
 
+void farSide(const LoopbackServer::Request& request, LoopbackServer::Reply& reply) {
+    const auto path = request.target.substr(0, request.target.find('?'));
+    if (path == "/hang") {
+        reply.hang();
+    } else if (path == "/empty") {
+        reply.answer(200);
+    } else {
+        const auto status = path.substr(path.rfind('/') + 1);
+        reply.answer(std::stoi(status), "status " + status, "X-Far: side\r\n");
+    }
+}
+
+/// With threads of its own, so that they end with each test.
 class LinuxPort final : public Port {
 public:
     platform::DispatchQueues& queues() override { return queues_; }
@@ -20,14 +35,27 @@ public:
     }
     void pass(std::chrono::milliseconds duration) override {
         std::atomic<bool> over = false;
-        worker_->after(duration, [&] { over = true; });
+        worker_.after(duration, [&] { over = true; });
         until([&] { return over.load(); });
+    }
+    platform::URLSession& session() override { return session_; }
+    URL url(std::string_view path) override { return server_.url(path); }
+    URL deadURL() override { return *URL::parse("http://127.0.0.1:" + std::to_string(closedPort()) + "/"); }
+    std::vector<SeenRequest> seen() override {
+        std::vector<SeenRequest> result;
+        for (const auto& request : server_.requests()) {
+            result.push_back({request.method, request.target, request.headers, request.body});
+        }
+        return result;
     }
 
 private:
-    std::shared_ptr<linux_port::WorkerThread> worker_ = std::make_shared<linux_port::WorkerThread>();
+    LoopbackServer server_{&farSide};
+    linux_port::WorkerThread worker_;
     linux_port::LinuxDispatchQueues queues_{worker_};
     linux_port::WorkerQueue mainQueue_{worker_};
+    linux_port::CurlNetworkThread network_;
+    linux_port::CurlURLSession session_{network_};
 };
 
 const bool added = [] {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -14,6 +16,7 @@
 #include "zentavo/platform/Calendar.h"
 #include "zentavo/platform/Clock.h"
 #include "zentavo/platform/Device.h"
+#include "zentavo/platform/KeyServices.h"
 #include "zentavo/platform/Preferences.h"
 #include "zentavo/platform/Random.h"
 
@@ -40,8 +43,11 @@ public:
 
     /// A Gregorian calendar two hours east of UTC.
     virtual std::shared_ptr<platform::Calendar> calendar(std::chrono::weekday firstWeekday) = 0;
-    /// Any calendar; null on a machine that has no time zones and locales.
+    /// Any calendar; asked for only of a machine that has zones.
     virtual std::shared_ptr<platform::Calendar> calendar(const char* locale, const char* timeZone) = 0;
+
+    /// Null on a machine that has no real cryptography.
+    virtual std::shared_ptr<platform::KeyServices> keyServices() = 0;
 
     const std::shared_ptr<testing::RecordingSystemLog> log = std::make_shared<testing::RecordingSystemLog>();
 };
@@ -49,6 +55,8 @@ public:
 struct MachineUnderTest {
     std::string name;
     std::function<std::unique_ptr<Machine>()> make;
+    /// Whether there are time zones and locales to choose from.
+    bool hasZones = false;
 };
 
 /// Each port's file adds itself before main.
@@ -63,6 +71,13 @@ class MachineTest : public ::testing::TestWithParam<MachineUnderTest> {
 protected:
     const std::unique_ptr<Machine> machine = GetParam().make();
 };
+
+inline std::vector<MachineUnderTest> machinesWithZones() {
+    std::vector<MachineUnderTest> found;
+    std::copy_if(machinesUnderTest().begin(), machinesUnderTest().end(), std::back_inserter(found),
+                 [](const MachineUnderTest& machine) { return machine.hasZones; });
+    return found;
+}
 
 #define ZENTAVO_FOR_EACH_MACHINE(suite)                                                                                \
     INSTANTIATE_TEST_SUITE_P(Ports, suite, ::testing::ValuesIn(machinesUnderTest()),                                   \

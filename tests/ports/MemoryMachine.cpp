@@ -45,6 +45,7 @@ public:
         return std::make_shared<FixedZoneCalendar>(std::chrono::hours(2), firstWeekday);
     }
     std::shared_ptr<platform::Calendar> calendar(const char*, const char*) override { return nullptr; }
+    std::shared_ptr<platform::KeyServices> keyServices() override { return nullptr; }
 
 private:
     static void fill(MemoryBundle& bundle, const Map& info) {

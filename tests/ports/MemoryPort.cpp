@@ -1,11 +1,23 @@
 #include "ports/memory/ManualQueues.h"
+#include "ports/memory/ScriptedURLSession.h"
 #include "tests/ports/Port.h"
 
 namespace zentavo::tests {
 namespace {
 
+using zentavo::testing::ScriptedAnswer;
+
 class MemoryPort final : public Port {
 public:
+    MemoryPort() {
+        session_.on({}, [](const platform::URLRequest& request) -> std::optional<ScriptedAnswer> {
+            const std::string status(request.url.path().substr(8)); // after "/status/"
+            return ScriptedAnswer{std::stoi(status), "status " + status, {{"X-Far", "side"}}};
+        });
+        session_.on({.pathPrefix = "/empty"}, ScriptedAnswer{200, ""});
+        session_.on({.host = "dead.example"}, ScriptedAnswer::failure(platform::URLErrorKind::cannotConnect));
+        session_.on({.pathPrefix = "/hang"}, ScriptedAnswer::never());
+    }
     platform::DispatchQueues& queues() override { return queues_; }
     platform::MainQueue& mainQueue() override { return *queues_.mainQueue(); }
     bool until(const std::function<bool()>& done) override {
@@ -15,9 +27,25 @@ public:
         return done();
     }
     void pass(std::chrono::milliseconds duration) override { queues_.advance(duration); }
+    platform::URLSession& session() override { return session_; }
+    URL url(std::string_view path) override { return *URL::parse("http://far.example" + std::string(path)); }
+    URL deadURL() override { return *URL::parse("http://dead.example/status/200"); }
+    std::vector<SeenRequest> seen() override {
+        std::vector<SeenRequest> result;
+        for (const auto& request : session_.requests()) {
+            const auto query = request->url.query();
+            result.push_back({request->method,
+                              std::string(request->url.path()) + (query ? "?" + std::string(*query) : ""),
+                              {request->headers.begin(), request->headers.end()},
+                              request->body ? *request->body : ""});
+        }
+        return result;
+    }
+    bool speaksHTTP() const override { return false; }
     bool hasItsOwnThread() const override { return false; }
 
 private:
+    zentavo::testing::ScriptedURLSession session_;
     zentavo::testing::ManualQueues queues_{std::make_shared<zentavo::testing::ManualClock>()};
 };
 

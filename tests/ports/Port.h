@@ -3,17 +3,28 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "zentavo/platform/DispatchQueue.h"
 #include "zentavo/platform/MainQueue.h"
+#include "zentavo/platform/URLSession.h"
 
 namespace zentavo::tests {
 
-/// The door through which the conformance suites see a port's queues and time.
+/// A request as the far side saw it.
+struct SeenRequest {
+    std::string method;
+    std::string target; ///< path and query
+    std::vector<platform::Header> headers;
+    std::string body;
+};
+
+/// The door through which the conformance suites see a port's queues, time and network.
 class Port {
 public:
     virtual ~Port() = default;
@@ -25,6 +36,17 @@ public:
     /// Lets `duration` pass, and everything run that is due by then.
     virtual void pass(std::chrono::milliseconds duration) = 0;
 
+    virtual platform::URLSession& session() = 0;
+    /// A place on the far side: "/status/N" answers with that status and the body "status N", "/empty" with no bytes,
+    /// "/hang" never.
+    virtual URL url(std::string_view path) = 0;
+    /// A place where nobody listens.
+    virtual URL deadURL() = 0;
+    /// What the far side has got.
+    virtual std::vector<SeenRequest> seen() = 0;
+
+    /// Requests travel as bytes, so the far side sees what HTTP makes of them.
+    virtual bool speaksHTTP() const { return true; }
     /// Blocks run on a thread of the port's own, not on the test's.
     virtual bool hasItsOwnThread() const { return true; }
 };
@@ -35,6 +57,7 @@ struct PortUnderTest {
     std::unique_ptr<Port> (*make)();
 };
 std::vector<PortUnderTest>& portsUnderTest();
+inline void PrintTo(const PortUnderTest& port, std::ostream* out) { *out << port.name; }
 
 /// The base of a suite that runs over every port.
 class PortTest : public ::testing::TestWithParam<PortUnderTest> {

@@ -5,6 +5,7 @@
 #include <array>
 
 #include <gmock/gmock.h>
+#include <pthread.h>
 
 #include "ports/linux/PlistBundles.h"
 #include "tests/ports/TemporaryFolder.h"
@@ -62,11 +63,6 @@ TEST(PropertyListTest, HostileListsAreNoLists) {
     }
     deep.push_back("\x09");
     EXPECT_EQ(readPropertyList(binary(deep)), std::nullopt);
-    std::string nested;
-    for (int i = 0; i < 100'000; ++i) {
-        nested += "<array><!--</array>-->";
-    }
-    EXPECT_EQ(readPropertyList("<plist>" + nested + "</plist>"), std::nullopt);
     // Counts that lie.
     EXPECT_EQ(readPropertyList(binary({"\xAF\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"})), std::nullopt);
     EXPECT_EQ(readPropertyList(binary({"\xAF\x12\x00\xFF\xFF\xFF"})), std::nullopt);
@@ -74,6 +70,28 @@ TEST(PropertyListTest, HostileListsAreNoLists) {
     EXPECT_EQ(readPropertyList("bplist00"), std::nullopt);
     EXPECT_EQ(readPropertyList(""), std::nullopt);
     EXPECT_EQ(readPropertyList("<plist><dict><key>a"), std::nullopt);
+}
+
+TEST(PropertyListTest, NestingFitsASmallThreadsStack) {
+    std::string text = "<plist>";
+    for (int i = 0; i < 65'000; ++i) {
+        text += "<array>";
+    }
+    for (int i = 0; i < 65'000; ++i) {
+        text += "</array>";
+    }
+    text += "</plist>";
+    pthread_attr_t attributes;
+    ::pthread_attr_init(&attributes);
+    ::pthread_attr_setstacksize(&attributes, 512U << 10U);
+    pthread_t thread{};
+    const auto read = [](void* list) -> void* {
+        EXPECT_EQ(readPropertyList(*static_cast<std::string*>(list)), std::nullopt);
+        return nullptr;
+    };
+    ASSERT_EQ(::pthread_create(&thread, &attributes, read, &text), 0);
+    ::pthread_join(thread, nullptr);
+    ::pthread_attr_destroy(&attributes);
 }
 
 TEST(PropertyListTest, EveryDamagedByteIsSurvived) {

@@ -1,6 +1,7 @@
 // A process of its own for SqlitePreferencesTest: writes to a suite as its arguments say.
 //
-//   preferences_worker hammer FOLDER NAME ROUNDS   keys of its own, a counter and a pair that others write too
+//   preferences_worker hammer FOLDER NAME ROUNDS   keys of its own, a counter and a pair that others write too; exits
+//                                                  with 3 when the store was out of reach for a while
 //   preferences_worker count FOLDER                1, 2, 3 …, each number printed once it is stored, until killed
 
 #include <cstdio>
@@ -18,7 +19,12 @@ using namespace zentavo;
 
 class ErrorLog final : public platform::SystemLog {
 public:
-    void write(platform::LogLevel, std::string_view message) override { std::cerr << message << "\n"; }
+    void write(platform::LogLevel, std::string_view message) override {
+        hasLines = true;
+        std::cerr << message << "\n";
+    }
+
+    bool hasLines = false;
 };
 
 int hammer(platform::Preferences& suite, const std::string& name, int rounds) {
@@ -55,7 +61,8 @@ int main(int argumentCount, char** arguments) {
     if (argumentCount < 3) {
         return 64;
     }
-    linux_port::SqlitePreferencesProvider provider(arguments[2], "standard", "", std::make_shared<ErrorLog>(), nullptr);
+    const auto log = std::make_shared<ErrorLog>();
+    linux_port::SqlitePreferencesProvider provider(arguments[2], "standard", "", log, nullptr);
     const auto suite = provider.suite("shared");
     if (!suite) {
         return 1;

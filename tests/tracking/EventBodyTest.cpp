@@ -1,9 +1,8 @@
 #include "zentavo/tracking/EventBody.h"
 
-#include <fstream>
 #include <random>
-#include <sstream>
 
+#include "tests/support/Golden.h"
 #include "tests/support/SdkTest.h"
 
 namespace zentavo {
@@ -16,7 +15,9 @@ protected:
     static const Map& part(const Map& body, const char* key) { return *body.find(key)->asMap(); }
     /// The body as it goes over the wire, read back.
     Map wire(const CDPEvent& event) {
-        const EventBody body(*sdk->state(), sdk->state()->account(), event, "1001", "555");
+        const std::string portal = "1001";
+        const std::string props = "555";
+        const EventBody body(*sdk->state(), sdk->state()->account(), event, portal, props);
         return json::readMap(body.text().value()).value();
     }
 };
@@ -139,47 +140,6 @@ TEST_F(EventBodyTest, EncodesUnderItsCodingKeys) {
     EXPECT_THAT(names, ::testing::ElementsAre("portal_id", "prop_id", "en", "uid", "dims", "extra", "items",
                                               "resp_type", "userproperties", "customerproperties"));
     EXPECT_EQ(*event.encode().find("userproperties"), Value(Map{{"age", 30}}));
-}
-
-/// JSON with a line for each member, so that a difference can be reviewed.
-void writeLines(std::ostream& out, const Value& value, const std::string& indent) {
-    const std::string inner = indent + "  ";
-    const char* separator = "\n";
-    if (const Map* map = value.asMap(); map != nullptr && !map->empty()) {
-        out << "{";
-        for (const auto& [key, member] : *map) {
-            out << separator << inner << json::write(Value(key)).value() << ": ";
-            writeLines(out, member, inner);
-            separator = ",\n";
-        }
-        out << "\n" << indent << "}";
-    } else if (const List* list = value.asList(); list != nullptr && !list->empty()) {
-        out << "[";
-        for (const Value& element : *list) {
-            out << separator << inner;
-            writeLines(out, element, inner);
-            separator = ",\n";
-        }
-        out << "\n" << indent << "]";
-    } else {
-        out << json::write(value).value();
-    }
-}
-
-/// What goes over the wire, as files: a change of the wire is a change of these. To record them anew, run the test with
-/// ZENTAVO_RECORD_GOLDEN=1 and review the difference.
-void expectGolden(const std::string& name, const Map& actual) {
-    const std::string path = std::string(ZENTAVO_GOLDEN_FOLDER "/") + name + ".json";
-    if (std::getenv("ZENTAVO_RECORD_GOLDEN") != nullptr) {
-        std::ofstream out(path);
-        writeLines(out, actual, "");
-        out << "\n";
-    }
-    std::stringstream text;
-    text << std::ifstream(path).rdbuf();
-    const auto expected = json::readMap(text.str());
-    ASSERT_TRUE(expected) << path;
-    EXPECT_EQ(*expected, actual) << json::write(actual).value();
 }
 
 TEST_F(EventBodyTest, GoldenWireShapes) {

@@ -10,6 +10,10 @@ Endpoints Endpoints::all(std::string_view base) {
     endpoints.collection = base;
     endpoints.collectionSandbox = std::string(base) + "/sandbox";
     endpoints.push = base;
+    endpoints.inbox = base;
+    endpoints.delivery = base;
+    endpoints.deliverySandbox = std::string(base) + "/sandbox";
+    endpoints.templateHost = base;
     return endpoints;
 }
 

@@ -34,6 +34,11 @@ struct ZENTAVO_EXPORT StoreKeys {
 
     /// Not prefixed: the bundle identifier and ".badge", or "ZentavoSDK.badge".
     std::string badge;
+
+    // Text, each a JSON object of counters by campaign, destination or zone id. Not prefixed.
+    const std::string storyFrequency = "at_freq_capping";
+    const std::string destinationFrequency = "at_freq_capping_destination";
+    const std::string zoneFrequency = "at_freq_capping_zone";
 };
 
 } // namespace zentavo

@@ -130,6 +130,12 @@ void Zentavo::setLogger(LogCallback logger) {
     lock.unlock(); // the earlier callback is released outside the lock
 }
 
+void Zentavo::setDeliveryTraceCallback(DeliveryTraceCallback callback) {
+    MutexLock lock(state_->mutex);
+    state_->deliveryTraceCallback.swap(callback);
+    lock.unlock();
+}
+
 bool Zentavo::isAssociatedUTM() const { return state_->isAssociatedUTM; }
 void Zentavo::setIsAssociatedUTM(bool associated) { state_->isAssociatedUTM = associated; }
 bool Zentavo::isDelivery() const { return state_->isDelivery.get(); }

@@ -12,6 +12,8 @@
 #include "zentavo/core/Endpoints.h"
 #include "zentavo/foundation/Export.h"
 #include "zentavo/foundation/Fault.h"
+#include "zentavo/foundation/Result.h"
+#include "zentavo/foundation/URL.h"
 #include "zentavo/foundation/Value.h"
 #include "zentavo/foundation/Version.h"
 #include "zentavo/platform/Platform.h"
@@ -19,8 +21,11 @@
 namespace zentavo {
 
 struct CDPEvent;
+class AppInbox;
 class BaseOperation;
 class CDPEventOperation;
+class CDPDeliveryJsonOperation;
+struct DeliveryTrace;
 
 /// The SDK as a host sees it. A host takes `shared()`, hands it a `Configuration` once, and calls it from then on.
 ///
@@ -34,6 +39,7 @@ class ZENTAVO_EXPORT Zentavo : public std::enable_shared_from_this<Zentavo> {
 public:
     using RouteCallback = std::function<void(std::string route)>;
     using LogCallback = std::function<void(std::string message)>;
+    using DeliveryTraceCallback = std::function<void(const DeliveryTrace&)>;
 
     static constexpr std::string_view SDK_VERSION = ZENTAVO_VERSION;
 
@@ -73,6 +79,11 @@ public:
     LogCallback logger() const;
     void setLogger(LogCallback logger);
 
+    /// Told what became of each answer of the delivery service, and again when a message that was shown is closed: why
+    /// was nothing shown? On the main queue for messages that were chosen, else on the worker. Null, the default, switches
+    /// it off; while `debug` is on, each trace is also a line of the log.
+    void setDeliveryTraceCallback(DeliveryTraceCallback callback);
+
     // --- Flags and callbacks ---------------------------------------------------------------------------------------
 
     /// Whether stored attribution travels with events.
@@ -85,7 +96,8 @@ public:
     bool isShowingTemplate() const;
     void setIsShowingTemplate(bool showing);
 
-    /// Called with the route when an in-app message asks to navigate; without it the SDK opens the route itself.
+    /// Called on the main queue with the route when an in-app message asks to navigate; without it the SDK opens the
+    /// route itself.
     RouteCallback callbackHandleRedirectTemplate() const;
     void setHandleChangeRouteTemplate(RouteCallback callback);
 
@@ -129,6 +141,26 @@ public:
     /// Sends the event "view_screenview" for a screen.
     void trackScreen(std::string name, std::string title, std::string type);
 
+    // --- In-app messages and links ---------------------------------------------------------------------------------
+
+    /// Fires a click's tracking URL. An answer with attribution is stored, and then `completion` is called, on the
+    /// worker; without such an answer it is not called.
+    void handleTrackingURL(const URL& url, std::function<void()> completion);
+    /// Fires a tracking URL whose answer does not matter.
+    void handleViewTrackingUrl(const URL& url);
+    /// Stores the attribution ("utm", "atm") in the query of a link that opened the app; what it does not name is
+    /// forgotten. On the calling thread.
+    void handleDeeplinkURL(const URL& url);
+
+    using MediaCallback = std::function<void(Map content)>;
+    /// Asks for the content that is due for `event`, which the host shows itself. `completion` is called on the worker
+    /// when the answer is an object, and otherwise never.
+    void getMediaJson(const CDPEvent& event, MediaCallback completion);
+    /// The content of one story.
+    void getMediaJson(const CDPEvent& event, std::string storyId, MediaCallback completion);
+    /// As `getMediaJson`, with a body of the host's own.
+    void processGetMediaJson(const Map& eventBody, MediaCallback completion);
+
     // --- Push ------------------------------------------------------------------------------------------------------
 
     /// Asks the user for badge, sound and alert, and then registers for remote notifications.
@@ -137,6 +169,15 @@ public:
     void registerForNotification(std::span<const std::uint8_t> token);
     /// Reports a launch to the push service. Only after activation.
     void trackAppLaunch();
+
+    // --- Inbox -----------------------------------------------------------------------------------------------------
+
+    /// Makes the inbox of a destination for the customer ("customer") or the visitor, and puts it in place of the earlier
+    /// one.
+    void appInboxInit(std::string destinationId, std::string audienceType);
+    /// The process's inbox; null before `appInboxInit`.
+    static std::shared_ptr<AppInbox> appInbox();
+    static void setAppInbox(std::shared_ptr<AppInbox> inbox);
 
     // --- Names in the store ----------------------------------------------------------------------------------------
 
@@ -156,7 +197,13 @@ public:
 
 private:
     std::shared_ptr<CDPEventOperation> cdpOperation();
+    std::shared_ptr<BaseOperation> baseOperation();
+    std::shared_ptr<CDPDeliveryJsonOperation> cdpDeliveryJsonOperation();
     void send(const CDPEvent& event);
+    void handleEventAnswer(const std::shared_ptr<const std::string>& body, const std::optional<std::string>& data,
+                           const std::optional<Error>& error);
+    /// Asks which message is due for the event that sent `body`. On the worker.
+    void deliver(const std::string& body, const std::string& sessionId);
     void sendFirstInstall();
     void askForPermission();
     void handleIdentifyAnswer(const std::optional<std::string>& data);

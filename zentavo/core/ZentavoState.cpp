@@ -8,6 +8,13 @@ Zentavo::State::State(std::shared_ptr<platform::Platform> system)
     : platform(std::move(system)), keys(platform->bundles->main()->identifier()),
       log(std::make_shared<DebugLog>(platform->clock, platform->console)), contextInstance(*platform) {}
 
+Zentavo::State::~State() {
+    if (currentTemplate) {
+        // Takes the views down, and only the main queue may.
+        platform->userInterface()->mainQueue->async([last = std::move(currentTemplate)]() mutable { last.reset(); });
+    }
+}
+
 void Zentavo::State::setContext(Map context) {
     auto text = json::write(context);
     changeAccount([&](Account& account) {

@@ -8,12 +8,18 @@
 #include "zentavo/core/Context.h"
 #include "zentavo/core/DebugLog.h"
 #include "zentavo/core/StoreKeys.h"
+#include "zentavo/core/StoredFacts.h"
 #include "zentavo/core/Zentavo.h"
 #include "zentavo/foundation/Atomic.h"
 #include "zentavo/foundation/Mutex.h"
 #include "zentavo/foundation/Result.h"
 
 namespace zentavo {
+
+class BaseOperation;
+class CDPDeliveryOperation;
+class CDPDeliveryJsonOperation;
+class TemplatePresenter;
 
 /// What an activation settles, as one unchanging record: an event takes the whole of it with one pointer.
 struct Account {
@@ -29,11 +35,15 @@ struct Account {
 /// Everything that an instance holds. The members of the facade, spread over the rooms, work on it.
 struct Zentavo::State {
     explicit State(std::shared_ptr<platform::Platform> system);
+    ~State();
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
 
     const std::shared_ptr<platform::Platform> platform;
     const StoreKeys keys;
     const std::shared_ptr<DebugLog> log;
     Context contextInstance;
+    const StoredFactsCache storedFacts;
     const std::string& applicationIdKey = keys.applicationId;
     /// Seconds; kept for hosts that know it, read by nothing.
     static constexpr double expiredTime = 300.0;
@@ -64,7 +74,16 @@ struct Zentavo::State {
     std::optional<Map> customerProps ZENTAVO_GUARDED_BY(mutex);
     RouteCallback redirectCallback ZENTAVO_GUARDED_BY(mutex);
     LogCallback logger ZENTAVO_GUARDED_BY(mutex);
+    DeliveryTraceCallback deliveryTraceCallback ZENTAVO_GUARDED_BY(mutex);
+
+    // Made when first asked for, and kept.
+    std::shared_ptr<BaseOperation> baseOperation ZENTAVO_GUARDED_BY(mutex);
     std::shared_ptr<CDPEventOperation> cdpOperation ZENTAVO_GUARDED_BY(mutex);
+    std::shared_ptr<CDPDeliveryOperation> cdpDeliveryOperation ZENTAVO_GUARDED_BY(mutex);
+    std::shared_ptr<CDPDeliveryJsonOperation> cdpDeliveryJsonOperation ZENTAVO_GUARDED_BY(mutex);
+
+    /// The message on screen; null when there is none. Main queue only, its release included.
+    std::shared_ptr<TemplatePresenter> currentTemplate;
 };
 
 } // namespace zentavo

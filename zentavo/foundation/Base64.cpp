@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace zentavo::base64 {
 namespace {
@@ -44,10 +45,10 @@ std::string encodeWith(std::string_view alphabet, bool padded, std::span<const s
 
 enum class Padding { needed, optional };
 
-std::optional<std::vector<std::uint8_t>> decodeWith(const ReverseTable& table, std::string_view text, Unknown unknown,
-                                                    Padding padding) {
-    std::vector<std::uint8_t> bytes;
-    bytes.reserve(text.size() / 4 * 3 + 3);
+bool decodeWith(const ReverseTable& table, std::string_view text, Unknown unknown, Padding padding,
+                std::vector<std::uint8_t>& bytes) {
+    bytes.clear();
+    bytes.reserve(text.size() / 4 * 3 + 3); // never grows: growing would leave copies behind
     std::uint32_t group = 0;
     std::size_t digits = 0;
     std::size_t pads = 0;
@@ -57,10 +58,10 @@ std::optional<std::vector<std::uint8_t>> decodeWith(const ReverseTable& table, s
             ++pads;
         } else if (digit < 0) {
             if (unknown == Unknown::refuse) {
-                return std::nullopt;
+                return false;
             }
         } else if (pads > 0) {
-            return std::nullopt;
+            return false;
         } else {
             group = group << 6U | static_cast<std::uint32_t>(digit);
             if (++digits % 4 == 0) {
@@ -74,36 +75,48 @@ std::optional<std::vector<std::uint8_t>> decodeWith(const ReverseTable& table, s
     const std::size_t rest = digits % 4;
     const std::size_t wanted = rest == 0 ? 0 : 4 - rest;
     if (rest == 1 || (pads != wanted && (padding == Padding::needed || pads != 0))) {
-        return std::nullopt;
+        return false;
     }
     // The bits after the last whole byte are zero in what encoders write; anything else would be a second spelling.
     if (rest == 2) {
         if ((group & 0xFU) != 0) {
-            return std::nullopt;
+            return false;
         }
         bytes.push_back(static_cast<std::uint8_t>(group >> 4U));
     } else if (rest == 3) {
         if ((group & 3U) != 0) {
-            return std::nullopt;
+            return false;
         }
         bytes.push_back(static_cast<std::uint8_t>(group >> 10U));
         bytes.push_back(static_cast<std::uint8_t>(group >> 2U));
     }
-    return bytes;
+    return true;
 }
+
+std::optional<std::vector<std::uint8_t>> decoded(const ReverseTable& table, std::string_view text, Unknown unknown,
+                                                 Padding padding) {
+    std::vector<std::uint8_t> bytes;
+    return decodeWith(table, text, unknown, padding, bytes) ? std::optional(std::move(bytes)) : std::nullopt;
+}
+
+Padding paddingFor(Unknown unknown) { return unknown == Unknown::refuse ? Padding::needed : Padding::optional; }
 
 } // namespace
 
 std::string encode(std::span<const std::uint8_t> bytes) { return encodeWith(standardAlphabet, true, bytes); }
 
 std::optional<std::vector<std::uint8_t>> decode(std::string_view text, Unknown unknown) {
-    return decodeWith(standardReverse, text, unknown, unknown == Unknown::refuse ? Padding::needed : Padding::optional);
+    return decoded(standardReverse, text, unknown, paddingFor(unknown));
+}
+
+bool decode(std::string_view text, Unknown unknown, std::vector<std::uint8_t>& bytes) {
+    return decodeWith(standardReverse, text, unknown, paddingFor(unknown), bytes);
 }
 
 std::string encodeURL(std::span<const std::uint8_t> bytes) { return encodeWith(urlAlphabet, false, bytes); }
 
 std::optional<std::vector<std::uint8_t>> decodeURL(std::string_view text) {
-    return decodeWith(urlReverse, text, Unknown::refuse, Padding::optional);
+    return decoded(urlReverse, text, Unknown::refuse, Padding::optional);
 }
 
 } // namespace zentavo::base64

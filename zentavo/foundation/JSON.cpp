@@ -106,13 +106,9 @@ Result<Value> readWith(dom::parser& parser, std::string_view text, std::size_t m
 
 template <class Content>
 Result<std::string> writeContent(const Content& content) {
-    std::string text;
-    JSONWriter writer(text);
+    JSONWriter writer;
     writer.value(content);
-    if (auto done = writer.finish(); !done) {
-        return done.error();
-    }
-    return text;
+    return writer.finish();
 }
 
 } // namespace

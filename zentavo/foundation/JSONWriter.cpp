@@ -1,7 +1,9 @@
 #include "zentavo/foundation/JSONWriter.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 #include "zentavo/foundation/Digits.h"
 #include "zentavo/foundation/JSON.h"
@@ -12,51 +14,52 @@
 namespace zentavo {
 namespace {
 
-/// Appends the escaped form of a character that a JSON string cannot hold as it is.
-void appendEscape(std::string& out, char c) {
+/// The letter that stands for a control character behind a backslash; NUL where only its number does.
+constexpr char escapeLetter(char c) noexcept {
     switch (c) {
     case '"':
-        out += "\\\"";
-        return;
     case '\\':
-        out += "\\\\";
-        return;
+        return c;
     case '\b':
-        out += "\\b";
-        return;
+        return 'b';
     case '\f':
-        out += "\\f";
-        return;
+        return 'f';
     case '\n':
-        out += "\\n";
-        return;
+        return 'n';
     case '\r':
-        out += "\\r";
-        return;
+        return 'r';
     case '\t':
-        out += "\\t";
-        return;
+        return 't';
     default:
-        out += "\\u00";
-        out += detail::lowerHexDigits[static_cast<unsigned char>(c) >> 4U];
-        out += detail::lowerHexDigits[static_cast<unsigned char>(c) & 15U];
+        return '\0';
     }
 }
 
 } // namespace
 
+void JSONWriter::grow(std::size_t bytes) {
+    const std::size_t length = this->length();
+    out_.resize(std::max({out_.capacity(), length + bytes, 2 * length}));
+    at_ = out_.data() + length;
+    end_ = out_.data() + out_.size();
+}
+
+inline void JSONWriter::put(std::string_view text) {
+    std::memcpy(room(text.size()), text.data(), text.size());
+    at_ += text.size();
+}
+
 inline void JSONWriter::separate() {
     if (needsComma_) {
-        out_ += ',';
+        put(',');
     }
 }
 
 /// Appends what separates it from the value before, `text` as a JSON string, and `after` unless that is NUL. False when
 /// `text` cannot be written; the failure is noted then.
 inline bool JSONWriter::appendQuoted(std::string_view text, char after) {
-    if (text.size() <= detail::shortJSON) { // nearly all of them; put together here, they cost the string one append
-        char part[detail::shortJSON + 4];
-        char* at = part;
+    if (text.size() <= detail::shortJSON) { // nearly all of them
+        char* at = room(detail::shortJSON + 4);
         *at = ',';
         at += needsComma_ ? 1 : 0;
         *at++ = '"';
@@ -65,7 +68,7 @@ inline bool JSONWriter::appendQuoted(std::string_view text, char after) {
             *at++ = '"';
             *at = after;
             at += after != '\0' ? 1 : 0;
-            out_.append(part, static_cast<std::size_t>(at - part));
+            at_ = at;
             return true;
         }
     }
@@ -74,7 +77,7 @@ inline bool JSONWriter::appendQuoted(std::string_view text, char after) {
         return false;
     }
     if (after != '\0') {
-        out_ += after;
+        put(after);
     }
     return true;
 }
@@ -89,7 +92,7 @@ void JSONWriter::begin(char bracket) {
         return;
     }
     ++depth_;
-    out_ += bracket;
+    put(bracket);
     needsComma_ = false;
 }
 
@@ -98,7 +101,7 @@ void JSONWriter::end(char bracket) {
         return;
     }
     --depth_;
-    out_ += bracket;
+    put(bracket);
     needsComma_ = true;
 }
 
@@ -189,15 +192,21 @@ void JSONWriter::raw(std::string_view jsonText) {
         return;
     }
     separate();
-    out_ += jsonText;
+    put(jsonText);
     needsComma_ = true;
 }
 
-Result<void> JSONWriter::finish() const { return failed_ ? Result<void>(error_) : Result<void>(); }
+Result<std::string> JSONWriter::finish() {
+    if (failed_) {
+        return std::move(error_);
+    }
+    out_.resize(length());
+    return std::move(out_);
+}
 
 /// Appends `text` as a JSON string, part by part: the general case.
 bool JSONWriter::appendEscaped(std::string_view text) {
-    out_ += '"';
+    put('"');
     std::size_t runStart = 0;
     std::size_t i = 0;
     while (i < text.size()) {
@@ -211,20 +220,31 @@ bool JSONWriter::appendEscaped(std::string_view text) {
         } else if (detail::isPlainJSON(text[i])) {
             i += detail::plainPrefix(text.substr(i));
         } else {
-            out_ += text.substr(runStart, i - runStart);
-            appendEscape(out_, text[i]);
+            put(text.substr(runStart, i - runStart));
+            appendEscape(text[i]);
             runStart = ++i;
         }
     }
-    out_ += text.substr(runStart);
-    out_ += '"';
+    put(text.substr(runStart));
+    put('"');
     return true;
+}
+
+void JSONWriter::appendEscape(char c) {
+    put('\\');
+    if (const char letter = escapeLetter(c)) {
+        put(letter);
+        return;
+    }
+    put("u00");
+    put(detail::lowerHexDigits[static_cast<unsigned char>(c) >> 4U]);
+    put(detail::lowerHexDigits[static_cast<unsigned char>(c) & 15U]);
 }
 
 void JSONWriter::fail(std::string_view reason) {
     failed_ = true;
     // The text so far tells the place; keeping a path while writing would cost every event.
-    error_.message = detail::pathAtEnd(std::string_view(out_).substr(start_));
+    error_.message = detail::pathAtEnd(std::string_view(out_.data(), length()));
     error_.message += error_.message.empty() ? "" : ": ";
     error_.message += "JSON takes no ";
     error_.message += reason;

@@ -16,6 +16,9 @@ constexpr std::string_view booleanKind = "a boolean";
 constexpr std::string_view mapKind = "a map";
 constexpr std::string_view listKind = "a list";
 
+/// The kind without its article, as a failure names it.
+std::string_view typeName(std::string_view kind) { return kind.substr(kind.find(' ') + 1); }
+
 template <class T>
 std::optional<T> copied(const T* content) {
     return content != nullptr ? std::optional<T>(*content) : std::nullopt;
@@ -65,6 +68,21 @@ Value KeyedDecoder::value(std::string_view key) {
     const Value* member = required(key, "a value");
     return member != nullptr ? *member : Value();
 }
+std::vector<std::string> KeyedDecoder::stringList(std::string_view key) {
+    std::vector<std::string> texts;
+    if (const List* items = elements(key)) {
+        texts.reserve(items->size());
+        for (std::size_t i = 0; i < items->size() && !failed(); ++i) {
+            const Value& item = (*items)[i];
+            if (const std::string* text = item.asString()) {
+                texts.push_back(*text);
+            } else {
+                mismatch(key, textKind, item, i);
+            }
+        }
+    }
+    return texts;
+}
 
 std::optional<std::string> KeyedDecoder::optionalString(std::string_view key) {
     return convert(key, optional(key), textKind, textOf);
@@ -92,8 +110,24 @@ bool KeyedDecoder::present(std::string_view key) const noexcept {
 }
 
 void KeyedDecoder::fail(std::string_view key, std::string_view reason) {
-    if (!failed()) {
-        root().failure_ = Error{path(key) + ": " + std::string(reason)};
+    fail(DecodingFailure::Kind::dataCorrupted, {}, path(key), reason);
+}
+
+void KeyedDecoder::fail(DecodingFailure::Kind kind, std::string_view subject, std::string path,
+                        std::string_view reason) {
+    if (failed()) {
+        return;
+    }
+    DecodingFailure& failure = root().failure_.emplace();
+    failure.message = path + ": " + std::string(reason);
+    failure.kind = kind;
+    failure.subject = subject;
+    failure.codingPath = std::move(path);
+}
+
+void KeyedDecoder::remark(std::string_view key, std::string_view text) {
+    if (std::vector<std::string>& remarks = root().remarks_; remarks.size() < maximumRemarks) {
+        remarks.push_back(path(key) + ": " + std::string(text));
     }
 }
 
@@ -103,16 +137,15 @@ KeyedDecoder KeyedDecoder::enter(std::string_view key) {
         mismatch(key, mapKind, *member);
         member = nullptr;
     }
-    return KeyedDecoder(member != nullptr ? *member->asMap() : emptyMap(), *this, std::string(key));
+    return KeyedDecoder(member != nullptr ? *member->asMap() : emptyMap(), *this, key, notInList);
 }
 
 KeyedDecoder KeyedDecoder::enter(std::string_view key, const Value& element, std::size_t position) {
-    std::string step = std::string(key) + '[' + std::to_string(position) + ']';
     const Map* map = element.asMap();
     if (map == nullptr) {
-        mismatch(step, mapKind, element);
+        mismatch(key, mapKind, element, position);
     }
-    return KeyedDecoder(map != nullptr ? *map : emptyMap(), *this, std::move(step));
+    return KeyedDecoder(map != nullptr ? *map : emptyMap(), *this, key, position);
 }
 
 const List* KeyedDecoder::elements(std::string_view key) {
@@ -129,7 +162,8 @@ const Value* KeyedDecoder::required(std::string_view key, std::string_view expec
     }
     const Value* member = map_->find(key);
     if (member == nullptr) {
-        fail(key, "expected " + std::string(expected) + ", found nothing");
+        fail(DecodingFailure::Kind::keyNotFound, key, path(key),
+             "expected " + std::string(expected) + ", found nothing");
     }
     return member;
 }
@@ -138,16 +172,18 @@ const Value* KeyedDecoder::optional(std::string_view key) const noexcept {
     return !failed() && present(key) ? map_->find(key) : nullptr;
 }
 
-void KeyedDecoder::mismatch(std::string_view key, std::string_view expected, const Value& found) {
-    fail(key, "expected " + std::string(expected) + ", found " + found.kindName());
+void KeyedDecoder::mismatch(std::string_view key, std::string_view expected, const Value& found, std::size_t position) {
+    const auto kind = found.isNull() ? DecodingFailure::Kind::valueNotFound : DecodingFailure::Kind::typeMismatch;
+    fail(kind, typeName(expected), path(key, position),
+         "expected " + std::string(expected) + ", found " + found.kindName());
 }
 
-std::string KeyedDecoder::path(std::string_view key) const {
+std::string KeyedDecoder::path(std::string_view key, std::size_t position) const {
     std::string text(key);
-    for (const KeyedDecoder* decoder = this; decoder->parent_ != nullptr; decoder = decoder->parent_) {
-        text.insert(0, decoder->step_ + '.');
+    if (position != notInList) {
+        text += '[' + std::to_string(position) + ']';
     }
-    return text;
+    return parent_ != nullptr ? parent_->path(key_, position_) + '.' + text : text;
 }
 
 } // namespace zentavo

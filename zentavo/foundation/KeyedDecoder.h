@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "zentavo/foundation/Result.h"
+#include "zentavo/foundation/DecodingFailure.h"
 #include "zentavo/foundation/Value.h"
 
 namespace zentavo {
@@ -21,7 +21,8 @@ namespace zentavo {
 ///     if (auto failure = decoder.failure()) return *failure;
 ///
 /// Optional reads accept an absent member and null; a present member of the wrong kind fails them as well.
-/// The decoder refers to the map that it was made with, and a nested decoder to its parent: keep them alive.
+/// The decoder refers to the map that it was made with, and a nested decoder to its parent and to the key under which it
+/// was entered: keep them alive.
 class ZENTAVO_EXPORT KeyedDecoder {
 public:
     explicit KeyedDecoder(const Map& map) noexcept : map_(&map) {}
@@ -34,6 +35,7 @@ public:
     Value value(std::string_view key);
     Map map(std::string_view key);
     List list(std::string_view key);
+    std::vector<std::string> stringList(std::string_view key);
 
     std::optional<std::string> optionalString(std::string_view key);
     std::optional<std::int64_t> optionalInteger(std::string_view key);
@@ -81,13 +83,20 @@ public:
 
     bool failed() const noexcept { return root().failure_.has_value(); }
     /// The first failure of this decoder and all nested ones.
-    std::optional<Error> failure() const { return root().failure_; }
+    const std::optional<DecodingFailure>& failure() const { return root().failure_; }
     /// Marks the record as bad for a reason of the caller's own; the first failure stays.
     void fail(std::string_view key, std::string_view reason);
 
+    /// Notes something odd about `key` that is no failure. The first `maximumRemarks` are kept, with their paths.
+    void remark(std::string_view key, std::string_view text);
+    const std::vector<std::string>& remarks() const noexcept { return root().remarks_; }
+    static constexpr std::size_t maximumRemarks = 20;
+
 private:
-    KeyedDecoder(const Map& map, KeyedDecoder& parent, std::string step) noexcept
-        : map_(&map), parent_(&parent), step_(std::move(step)) {}
+    static constexpr std::size_t notInList = static_cast<std::size_t>(-1);
+
+    KeyedDecoder(const Map& map, KeyedDecoder& parent, std::string_view key, std::size_t position) noexcept
+        : map_(&map), parent_(&parent), key_(key), position_(position) {}
 
     KeyedDecoder enter(std::string_view key);
     KeyedDecoder enter(std::string_view key, const Value& element, std::size_t position);
@@ -99,16 +108,21 @@ private:
     template <class T>
     std::optional<T> convert(std::string_view key, const Value* member, std::string_view expected,
                              std::optional<T> (*read)(const Value&));
-    void mismatch(std::string_view key, std::string_view expected, const Value& found);
+    void mismatch(std::string_view key, std::string_view expected, const Value& found,
+                  std::size_t position = notInList);
+    void fail(DecodingFailure::Kind kind, std::string_view subject, std::string path, std::string_view reason);
     const KeyedDecoder& root() const noexcept { return parent_ != nullptr ? parent_->root() : *this; }
     KeyedDecoder& root() noexcept { return parent_ != nullptr ? parent_->root() : *this; }
-    std::string path(std::string_view key) const;
+    std::string path(std::string_view key, std::size_t position = notInList) const;
 
     const Map* map_;
     KeyedDecoder* parent_ = nullptr;
-    /// How this decoder was reached from its parent: "data", "items[3]".
-    std::string step_;
-    std::optional<Error> failure_;
+    /// How this decoder was reached from its parent: a member, perhaps one of the list there. The path is put together
+    /// only when a failure needs it.
+    std::string_view key_;
+    std::size_t position_ = notInList;
+    std::optional<DecodingFailure> failure_;
+    std::vector<std::string> remarks_;
 };
 
 } // namespace zentavo

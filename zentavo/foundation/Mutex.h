@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 
@@ -24,6 +25,7 @@ public:
     void unlock() ZENTAVO_RELEASE() { mutex_.unlock(); }
 
 private:
+    friend class ConditionVariable;
     std::mutex mutex_;
 };
 
@@ -49,11 +51,39 @@ public:
     }
 
 private:
+    friend class ConditionVariable;
     Mutex& mutex_;
     bool held_ = true;
 };
 
-/// Works with `Mutex` through `MutexLock` (which is a BasicLockable).
-using ConditionVariable = std::condition_variable_any;
+/// std::condition_variable for `Mutex`. Waits may end early, as everywhere: ask again in a loop. Notify after letting go
+/// of the mutex, or who is woken goes to sleep again at once.
+class ConditionVariable {
+public:
+    void notify_one() noexcept { condition_.notify_one(); }
+    void notify_all() noexcept { condition_.notify_all(); }
+
+    void wait(MutexLock& lock) {
+        Borrowed borrowed(lock);
+        condition_.wait(borrowed.native);
+    }
+    template <class Clock, class Duration>
+    std::cv_status wait_until(MutexLock& lock, const std::chrono::time_point<Clock, Duration>& moment) {
+        Borrowed borrowed(lock);
+        return condition_.wait_until(borrowed.native, moment);
+    }
+
+private:
+    /// The lock in the form that std::condition_variable takes, for the time of a wait.
+    struct Borrowed {
+        explicit Borrowed(MutexLock& lock) : native(lock.mutex_.mutex_, std::adopt_lock) {}
+        ~Borrowed() { native.release(); }
+        Borrowed(const Borrowed&) = delete;
+        Borrowed& operator=(const Borrowed&) = delete;
+        std::unique_lock<std::mutex> native;
+    };
+
+    std::condition_variable condition_;
+};
 
 } // namespace zentavo

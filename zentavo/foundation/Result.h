@@ -16,11 +16,12 @@ struct Error {
 
 /// A value, or the reason why there is none. The SDK's rooms hand errors to each other this way; exceptions do not
 /// cross between them. Reading the side that is not there is a programming error (`std::bad_variant_access`).
-template <class T>
+/// `Failure` is for where a reader wants to know more than a sentence.
+template <class T, class Failure = Error>
 class [[nodiscard]] Result {
 public:
     Result(T value) : state_(std::in_place_index<0>, std::move(value)) {}
-    Result(Error error) : state_(std::in_place_index<1>, std::move(error)) {}
+    Result(Failure error) : state_(std::in_place_index<1>, std::move(error)) {}
 
     bool ok() const noexcept { return state_.index() == 0; }
     explicit operator bool() const noexcept { return ok(); }
@@ -35,10 +36,10 @@ public:
     T* operator->() { return &value(); }
     const T* operator->() const { return &value(); }
 
-    const Error& error() const { return std::get<1>(state_); }
+    const Failure& error() const { return std::get<1>(state_); }
 
 private:
-    std::variant<T, Error> state_;
+    std::variant<T, Failure> state_;
 };
 
 /// The outcome of something that yields nothing but may fail.

@@ -13,18 +13,18 @@ std::string decodedOrAsIs(std::string_view text) {
 
 } // namespace
 
-std::string_view URL::scheme() const noexcept { return view(scheme_); }
-std::string_view URL::userInfo() const noexcept { return view(userInfo_); }
-std::string_view URL::host() const noexcept { return view(host_); }
-std::optional<std::uint16_t> URL::port() const noexcept { return port_; }
-std::string_view URL::path() const noexcept { return view(path_); }
+std::string_view URL::scheme() const noexcept { return parts_->view(parts_->scheme); }
+std::string_view URL::userInfo() const noexcept { return parts_->view(parts_->userInfo); }
+std::string_view URL::host() const noexcept { return parts_->view(parts_->host); }
+std::optional<std::uint16_t> URL::port() const noexcept { return parts_->port; }
+std::string_view URL::path() const noexcept { return parts_->view(parts_->path); }
 
 std::optional<std::string_view> URL::query() const noexcept {
-    return hasQuery_ ? std::optional(view(query_)) : std::nullopt;
+    return parts_->hasQuery ? std::optional(parts_->view(parts_->query)) : std::nullopt;
 }
 
 std::optional<std::string_view> URL::fragment() const noexcept {
-    return hasFragment_ ? std::optional(view(fragment_)) : std::nullopt;
+    return parts_->hasFragment ? std::optional(parts_->view(parts_->fragment)) : std::nullopt;
 }
 
 std::string URL::pathExtension() const {
@@ -44,10 +44,10 @@ std::string URL::pathExtension() const {
 
 std::vector<QueryItem> URL::queryItems() const {
     std::vector<QueryItem> items;
-    if (!hasQuery_) {
+    if (!parts_->hasQuery) {
         return items;
     }
-    std::string_view rest = view(query_);
+    std::string_view rest = parts_->view(parts_->query);
     for (bool more = true; more;) {
         const std::size_t end = rest.find('&');
         more = end != std::string_view::npos;
@@ -65,32 +65,32 @@ std::vector<QueryItem> URL::queryItems() const {
 }
 
 URL URL::withQueryItems(const std::vector<QueryItem>& items) const {
-    URL url = *this;
-    const std::size_t pathEnd = path_.begin + path_.length;
-    url.text_.resize(pathEnd);
+    Parts parts = *parts_;
+    const std::size_t pathEnd = parts.path.begin + parts.path.length;
+    parts.text.resize(pathEnd);
     // A reference of nothing but a query would be left without text, which is no URL; its query stays, empty.
-    url.hasQuery_ = !items.empty() || (pathEnd == 0 && !hasFragment_);
-    if (url.hasQuery_) {
-        url.text_ += '?';
+    parts.hasQuery = !items.empty() || (pathEnd == 0 && !parts.hasFragment);
+    if (parts.hasQuery) {
+        parts.text += '?';
     }
-    url.query_.begin = static_cast<std::uint32_t>(url.text_.size());
+    parts.query.begin = static_cast<std::uint32_t>(parts.text.size());
     for (std::size_t i = 0; i < items.size(); ++i) {
         if (i > 0) {
-            url.text_ += '&';
+            parts.text += '&';
         }
-        detail::appendEncoded(url.text_, items[i].name, detail::isQueryItemCharacter);
+        detail::appendEncoded(parts.text, items[i].name, detail::isQueryItemCharacter);
         if (items[i].value) {
-            url.text_ += '=';
-            detail::appendEncoded(url.text_, *items[i].value, detail::isQueryItemCharacter);
+            parts.text += '=';
+            detail::appendEncoded(parts.text, *items[i].value, detail::isQueryItemCharacter);
         }
     }
-    url.query_.length = static_cast<std::uint32_t>(url.text_.size()) - url.query_.begin;
-    if (hasFragment_) {
-        url.text_ += '#';
-        url.fragment_.begin = static_cast<std::uint32_t>(url.text_.size());
-        url.text_ += view(fragment_);
+    parts.query.length = static_cast<std::uint32_t>(parts.text.size()) - parts.query.begin;
+    if (parts.hasFragment) {
+        parts.text += '#';
+        parts.fragment.begin = static_cast<std::uint32_t>(parts.text.size());
+        parts.text += parts_->view(parts_->fragment);
     }
-    return url;
+    return URL(std::move(parts));
 }
 
 std::string URL::encodeComponent(std::string_view text) {

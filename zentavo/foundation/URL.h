@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,7 +22,7 @@ struct QueryItem {
 
 /// An absolute or relative reference of RFC 3986, kept as text. What is no URL does not become one: there is no
 /// invalid object of this type. Characters outside the RFC (blanks, "ü", "{") are percent-encoded as UTF-8 when the
-/// URL is made; "//" inside a path is kept; empty text is no URL.
+/// URL is made; "//" inside a path is kept; empty text is no URL. Copies share their text.
 class ZENTAVO_EXPORT URL {
 public:
     /// None for empty text, control characters, invalid UTF-8, a broken "%" escape outside the query (inside it the "%"
@@ -29,7 +30,11 @@ public:
     /// than 64 KiB. Parsing the text of a URL gives the same URL.
     static std::optional<URL> parse(std::string_view text);
 
-    const std::string& text() const noexcept { return text_; }
+    // No moves: there is no URL without text, not even one that was moved from.
+    URL(const URL&) = default;
+    URL& operator=(const URL&) = default;
+
+    const std::string& text() const noexcept { return parts_->text; }
 
     /// Lower case, and so is it in `text`; empty for a relative reference.
     std::string_view scheme() const noexcept;
@@ -46,7 +51,7 @@ public:
     /// "/a/b.appex/". Empty where there is none, as in "/.profile".
     std::string pathExtension() const;
 
-    bool isHTTP() const noexcept { return scheme() == "http" || scheme() == "https"; }
+    bool isHTTP() const noexcept { return parts_->isHTTP(); }
 
     /// The query split at "&" and the first "=", percent-decoded; "+" stays "+". A name or value whose escapes are not
     /// UTF-8 stays encoded, so that it can travel as text.
@@ -55,7 +60,7 @@ public:
     /// encoded, `+ : / ? @` stay. No items: no query. The result may be longer than `parse` accepts.
     URL withQueryItems(const std::vector<QueryItem>& items) const;
 
-    friend bool operator==(const URL& a, const URL& b) noexcept { return a.text_ == b.text_; }
+    friend bool operator==(const URL& a, const URL& b) noexcept { return a.text() == b.text(); }
 
     /// Text with everything outside RFC 3986's unreserved characters percent-encoded.
     static std::string encodeComponent(std::string_view text);
@@ -67,15 +72,24 @@ private:
         std::uint32_t begin = 0;
         std::uint32_t length = 0;
     };
-    URL() = default;
-    bool parseAuthority(std::string_view authority);
-    std::string_view view(Span span) const noexcept { return std::string_view(text_).substr(span.begin, span.length); }
+    /// The text, and where in it the components stand.
+    struct Parts {
+        std::string text;
+        Span scheme, userInfo, host, path, query, fragment;
+        std::optional<std::uint16_t> port;
+        bool hasQuery = false;
+        bool hasFragment = false;
 
-    std::string text_;
-    Span scheme_, userInfo_, host_, path_, query_, fragment_;
-    std::optional<std::uint16_t> port_;
-    bool hasQuery_ = false;
-    bool hasFragment_ = false;
+        /// Appends "//" and what follows it up to the path, and notes its components; false where they are none.
+        bool appendAuthority(std::string_view authority);
+        bool isHTTP() const noexcept { return view(scheme) == "http" || view(scheme) == "https"; }
+        std::string_view view(Span span) const noexcept {
+            return std::string_view(text).substr(span.begin, span.length);
+        }
+    };
+    explicit URL(Parts parts) : parts_(std::make_shared<const Parts>(std::move(parts))) {}
+
+    std::shared_ptr<const Parts> parts_;
 };
 
 } // namespace zentavo

@@ -144,106 +144,105 @@ std::optional<URL> URL::parse(std::string_view text) {
     if (!scheme) {
         return std::nullopt;
     }
-    URL url;
-    url.text_.reserve(text.size() + 16);
+    Parts url;
+    url.text.reserve(text.size() + 16);
     if (!scheme->empty()) {
         for (const char c : *scheme) {
-            url.text_ += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+            url.text += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
         }
-        url.scheme_ = {0, static_cast<std::uint32_t>(scheme->size())};
-        url.text_ += ':';
+        url.scheme = {0, static_cast<std::uint32_t>(scheme->size())};
+        url.text += ':';
         text.remove_prefix(scheme->size() + 1);
     }
 
     if (text.starts_with("//")) {
         text.remove_prefix(2);
-        if (!url.parseAuthority(takeUntil(text, "/?#"))) {
+        if (!url.appendAuthority(takeUntil(text, "/?#"))) {
             return std::nullopt;
         }
     }
-    if (url.isHTTP() && url.host_.length == 0) {
+    if (url.isHTTP() && url.host.length == 0) {
         return std::nullopt;
     }
 
     const auto endOf = [&](std::size_t begin) {
-        return Span{static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(url.text_.size() - begin)};
+        return Span{static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(url.text.size() - begin)};
     };
-    std::size_t begin = url.text_.size();
-    if (!appendComponent(url.text_, takeUntil(text, "?#"), detail::isPathCharacter, BrokenEscape::refuse)) {
+    std::size_t begin = url.text.size();
+    if (!appendComponent(url.text, takeUntil(text, "?#"), detail::isPathCharacter, BrokenEscape::refuse)) {
         return std::nullopt;
     }
-    url.path_ = endOf(begin);
+    url.path = endOf(begin);
     if (text.starts_with('?')) {
-        url.text_ += '?';
-        begin = url.text_.size();
-        appendComponent(url.text_, takeUntil(text, "#").substr(1), detail::isQueryCharacter, BrokenEscape::encode);
-        url.query_ = endOf(begin);
-        url.hasQuery_ = true;
+        url.text += '?';
+        begin = url.text.size();
+        appendComponent(url.text, takeUntil(text, "#").substr(1), detail::isQueryCharacter, BrokenEscape::encode);
+        url.query = endOf(begin);
+        url.hasQuery = true;
     }
     if (text.starts_with('#')) {
-        url.text_ += '#';
-        begin = url.text_.size();
-        if (!appendComponent(url.text_, text.substr(1), detail::isQueryCharacter, BrokenEscape::refuse)) {
+        url.text += '#';
+        begin = url.text.size();
+        if (!appendComponent(url.text, text.substr(1), detail::isQueryCharacter, BrokenEscape::refuse)) {
             return std::nullopt;
         }
-        url.fragment_ = endOf(begin);
-        url.hasFragment_ = true;
+        url.fragment = endOf(begin);
+        url.hasFragment = true;
     }
     // Encoding makes text longer; what does not fit then would not parse again either.
-    return url.text_.size() <= maximumBytes ? std::optional(std::move(url)) : std::nullopt;
+    return url.text.size() <= maximumBytes ? std::optional(URL(std::move(url))) : std::nullopt;
 }
 
-/// Appends "//" and what follows it up to the path, and notes its parts.
-bool URL::parseAuthority(std::string_view authority) {
+bool URL::Parts::appendAuthority(std::string_view authority) {
     const auto mark = [this](Span& span, std::size_t begin) {
-        span = {static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(text_.size() - begin)};
+        span = {static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(text.size() - begin)};
     };
-    text_ += "//";
-    const std::size_t authorityBegin = text_.size();
+    text += "//";
+    const std::size_t authorityBegin = text.size();
     std::size_t begin = authorityBegin;
     // The last "@" ends the user information, and those before it are encoded: whoever reads the text later finds the
     // same host.
     if (const std::size_t at = authority.rfind('@'); at != std::string_view::npos) {
-        if (!appendComponent(text_, authority.substr(0, at), detail::isUserInfoCharacter, BrokenEscape::refuse)) {
+        if (!appendComponent(text, authority.substr(0, at), detail::isUserInfoCharacter, BrokenEscape::refuse)) {
             return false;
         }
-        mark(userInfo_, begin);
-        text_ += '@';
+        mark(userInfo, begin);
+        text += '@';
         authority.remove_prefix(at + 1);
     }
 
-    begin = text_.size();
+    begin = text.size();
     std::string_view rest;
     if (authority.starts_with('[')) {
         const std::size_t close = authority.find(']');
         if (close == std::string_view::npos || !isIPv6(authority.substr(1, close - 1))) {
             return false;
         }
-        text_ += authority.substr(0, close + 1);
-        host_ = {static_cast<std::uint32_t>(begin + 1), static_cast<std::uint32_t>(close - 1)};
+        text += authority.substr(0, close + 1);
+        host = {static_cast<std::uint32_t>(begin + 1), static_cast<std::uint32_t>(close - 1)};
         rest = authority.substr(close + 1);
     } else {
         rest = authority;
-        if (!appendHostName(text_, takeUntil(rest, ":"))) {
+        if (!appendHostName(text, takeUntil(rest, ":"))) {
             return false;
         }
-        mark(host_, begin);
+        mark(host, begin);
     }
 
     if (!rest.empty() && rest[0] != ':') {
         return false;
     }
-    text_ += rest;
+    text += rest;
     if (const std::string_view digits = rest.substr(rest.empty() ? 0 : 1); !digits.empty()) {
         std::uint16_t number = 0;
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
         if (error != std::errc() || end != digits.data() + digits.size()) {
             return false;
         }
-        port_ = number;
+        port = number;
     }
     // No host is fine ("file:///a"), but a user or a port of no host is not.
-    return host_.length > 0 || text_.size() == authorityBegin;
+    return host.length > 0 || text.size() == authorityBegin;
 }
 
 } // namespace zentavo

@@ -29,9 +29,10 @@ public:
     virtual bool isPrivate() const noexcept = 0;
 
     /// With a public key, or the public half of a private one. An input longer than the padding leaves room for is an
-    /// error that names the limit.
+    /// error.
     virtual Result<Bytes> encrypt(std::span<const std::uint8_t> plain, RSAEncryption padding) const = 0;
-    /// Private keys only. The error does not tell what was wrong with the padding.
+    /// Private keys only. The error does not tell what was wrong with the padding; with `pkcs1`, a system may answer a
+    /// wrong one with bytes that mean nothing instead, which is safer still.
     virtual Result<Bytes> decrypt(std::span<const std::uint8_t> cipher, RSAEncryption padding) const = 0;
     /// Private keys only.
     virtual Result<Bytes> sign(std::span<const std::uint8_t> message, RSASignature scheme) const = 0;
@@ -46,7 +47,7 @@ public:
     virtual ~KeyServices() = default;
 
     /// A key of the DER structure RSAPrivateKey (RFC 8017, A.1.2). Keys of fewer than 1024 or more than 16384 bits, and
-    /// bytes that are no such structure, are errors.
+    /// bytes that are no such structure, are errors; a system may take the same with its PKCS#8 or X.509 header too.
     virtual Result<std::shared_ptr<const RSAKey>> privateKey(std::span<const std::uint8_t> pkcs1) const = 0;
     /// A key of the DER structure RSAPublicKey (RFC 8017, A.1.1), with the same bounds.
     virtual Result<std::shared_ptr<const RSAKey>> publicKey(std::span<const std::uint8_t> pkcs1) const = 0;

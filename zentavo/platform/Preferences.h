@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -33,6 +34,10 @@ public:
     /// What is stored under `key`; none when nothing is. A stored null counts as nothing.
     virtual std::optional<Value> object(std::string_view key) const = 0;
 
+    /// A mark of what is stored: while it stays the same, so does all that can be read, whoever writes. For readers of
+    /// several keys who keep what they made of them. None where or while that cannot be told. Costs no more than a read.
+    virtual std::optional<std::uint64_t> version() const { return std::nullopt; }
+
     /// Stores `value`; null removes the key. A value that JSON cannot say (non-finite, invalid UTF-8, nested too deep)
     /// or that is longer than `maximumValueBytes` is refused with a line in the system log, and what was stored stays.
     virtual void set(std::string_view key, Value value) = 0;
@@ -40,7 +45,9 @@ public:
     virtual void remove(std::string_view key) = 0;
 
     /// Replaces what is under `key` by what `change` makes of it (none removes), as one step that no other thread or
-    /// process comes between. `change` may be called more than once, must be quick, and must not touch the suite.
+    /// process comes between. `change` may be called more than once, must be quick, and must not touch the suite. It
+    /// is copied and may be called after `update` has returned, where another process kept the suite busy: capture by
+    /// value.
     virtual void update(std::string_view key,
                         const std::function<std::optional<Value>(const std::optional<Value>&)>& change) = 0;
 

@@ -12,18 +12,17 @@
 #include "zentavo/foundation/Export.h"
 #include "zentavo/foundation/URL.h"
 #include "zentavo/platform/DispatchQueue.h"
+#include "zentavo/platform/Headers.h"
 
 namespace zentavo::platform {
 
-using Header = std::pair<std::string, std::string>;
-
-/// One HTTP request. Copies share the body.
+/// One HTTP request. Copies share headers and body.
 struct ZENTAVO_EXPORT URLRequest {
     explicit URLRequest(URL target) : url(std::move(target)) {}
 
     URL url;
     std::string method = "GET";
-    std::vector<Header> headers;
+    Headers headers;
     /// Null: the request has no body. Empty text is a body of no bytes.
     std::shared_ptr<const std::string> body;
     /// How long nothing may come or go before the request fails, connecting included.

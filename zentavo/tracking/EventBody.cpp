@@ -14,7 +14,7 @@ namespace {
 /// Writes the description as JSON text.
 class TextSink {
 public:
-    explicit TextSink(std::string& out) : writer_(out) { writer_.beginMap(); }
+    explicit TextSink(std::size_t expectedBytes) : writer_(buffer(expectedBytes)) { writer_.beginMap(); }
 
     void beginMap(std::string_view key) {
         writer_.key(key);
@@ -43,12 +43,18 @@ public:
         writer_.key(key);
         writer_.raw(*text);
     }
-    Result<void> finish() {
+    Result<std::string> finish() {
         writer_.endMap();
         return writer_.finish();
     }
 
 private:
+    static std::string buffer(std::size_t bytes) {
+        std::string empty;
+        empty.reserve(bytes);
+        return empty;
+    }
+
     JSONWriter writer_;
 };
 
@@ -112,24 +118,15 @@ void mergeInto(Sink& sink, const First& first, const Later&... later) {
 EventBody::EventBody(const Zentavo::State& state, std::shared_ptr<const Account> account, const CDPEvent& event,
                      const std::string& portalId, const std::string& propsId)
     : event_(event), account_(std::move(account)), portalId_(event.portal_id.empty() ? portalId : event.portal_id),
-      propId_(event.prop_id.empty() ? propsId : event.prop_id), attributed_(state.isAssociatedUTM) {
-    const auto& store = *account_->store;
-    const StoreKeys& keys = state.keys;
-    auto visitor = store.string(keys.visitorId);
-    uid_ = visitor ? *std::move(visitor) : state.platform->device->identifierForVendor().value_or("");
-    customerId_ = store.string(keys.customerId).value_or("");
-    utm_ = store.object(keys.utm);
-    atm_ = store.object(keys.atm);
-    clickId_ = store.string(keys.clkBc);
-    sessionId_ = store.string(keys.sessionId).value_or("");
-    visitorType_ = store.string(keys.visitorType).value_or("");
-}
+      propId_(event.prop_id.empty() ? propsId : event.prop_id),
+      stored_(state.storedFacts.facts(account_->store, state.keys, *state.platform->device)),
+      attributed_(state.isAssociatedUTM) {}
 
 const char* EventBody::identifyType() const noexcept {
     if (!event_.customerProps.empty()) {
         return "exact";
     }
-    return !customerId_.empty() ? "predict" : event_.identifyType.c_str();
+    return !stored_->customerId.empty() ? "predict" : event_.identifyType.c_str();
 }
 
 template <class Sink>
@@ -141,7 +138,7 @@ void EventBody::describe(Sink& sink) const {
     describeExtra(sink);
     sink.endMap();
     sink.rendered("context", account_->context, account_->contextText);
-    sink.entry("uid", std::string_view(uid_));
+    sink.entry("uid", std::string_view(stored_->uid));
     sink.entry("en", std::string_view(event_.en));
     sink.entry("items", event_.items);
     sink.entry("portal_id", std::string_view(portalId_));
@@ -157,9 +154,9 @@ void EventBody::describeDims(Sink& sink) const {
     }
     if (!event_.customerProps.empty()) {
         sink.entry("customers", event_.customerProps);
-    } else if (!customerId_.empty()) {
+    } else if (!stored_->customerId.empty()) {
         sink.beginMap("customers");
-        sink.entry("customer_id", std::string_view(customerId_));
+        sink.entry("customer_id", std::string_view(stored_->customerId));
         sink.endMap();
     }
 }
@@ -167,8 +164,8 @@ void EventBody::describeDims(Sink& sink) const {
 template <class Sink>
 void EventBody::describeExtra(Sink& sink) const {
     static const Map none;
-    const Map* utmEntries = asMap(utm_);
-    const Map* atmEntries = asMap(atm_);
+    const Map* utmEntries = asMap(stored_->utm);
+    const Map* atmEntries = asMap(stored_->atm);
 
     Texts screen;
     if (!event_.screenName.empty()) {
@@ -178,44 +175,39 @@ void EventBody::describeExtra(Sink& sink) const {
         screen.add("screen_label", event_.screenLabel);
     }
     Texts attribution;
-    if (const std::string* utm = asText(utm_); utm != nullptr && attributed_) {
+    if (const std::string* utm = asText(stored_->utm); utm != nullptr && attributed_) {
         attribution.add("utm", *utm);
     }
-    if (const std::string* atm = asText(atm_); atm != nullptr && attributed_) {
+    if (const std::string* atm = asText(stored_->atm); atm != nullptr && attributed_) {
         attribution.add("atm", *atm);
     }
     Texts own;
     own.add("identify_type", identifyType());
-    if (clickId_) {
-        own.add("_clk_bc", *clickId_);
+    if (stored_->clickId) {
+        own.add("_clk_bc", *stored_->clickId);
     }
-    if (!sessionId_.empty()) {
-        own.add("session_id", sessionId_);
+    if (!stored_->sessionId.empty()) {
+        own.add("session_id", stored_->sessionId);
     }
     if (!event_.screenType.empty()) {
         own.add("screen_type", event_.screenType);
     }
-    own.add("visitor_type", visitorType_);
+    own.add("visitor_type", stored_->visitorType);
 
     mergeInto(sink, utmEntries != nullptr ? *utmEntries : none, atmEntries != nullptr ? *atmEntries : none,
               event_.eventProps, event_.objectProps, screen, attribution, own);
 }
 
-Result<std::string> EventBody::text() const {
+Result<std::string> EventBody::text(std::size_t expectedBytes) const {
     // The text is held until the answer is there, perhaps among thousands: what it takes beyond its length counts.
-    constexpr std::size_t usualEvent = 512;
-    constexpr std::size_t generous = 256;
-    std::string out;
-    out.reserve((account_->contextText ? account_->contextText->size() : 0) + usualEvent);
-    TextSink sink(out);
+    constexpr std::size_t generous = 128;
+    TextSink sink(expectedBytes);
     describe(sink);
-    if (auto finished = sink.finish(); !finished) {
-        return finished.error();
+    auto text = sink.finish();
+    if (text && text->capacity() - text->size() > generous) {
+        text->shrink_to_fit();
     }
-    if (out.capacity() - out.size() > generous) {
-        out.shrink_to_fit();
-    }
-    return out;
+    return text;
 }
 
 Map EventBody::map() const {

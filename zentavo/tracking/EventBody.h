@@ -17,12 +17,12 @@ struct CDPEvent;
 /// cannot differ. Refers to the event: use it up before the event changes.
 class EventBody {
 public:
-    /// `portalId` and `propsId` stand in where the event has none of its own.
+    /// `portalId` and `propsId` stand in where the event has none of its own, and must outlive the body.
     EventBody(const Zentavo::State& state, std::shared_ptr<const Account> account, const CDPEvent& event,
               const std::string& portalId, const std::string& propsId);
 
-    /// An error names the entry that JSON cannot say.
-    Result<std::string> text() const;
+    /// An error names the entry that JSON cannot say. `expectedBytes` is a guess at the text's length.
+    Result<std::string> text(std::size_t expectedBytes = 1024) const;
     Map map() const;
 
     const std::string& propId() const noexcept { return propId_; }
@@ -40,13 +40,7 @@ private:
     const std::shared_ptr<const Account> account_;
     const std::string& portalId_;
     const std::string& propId_;
-    std::string uid_;
-    std::string customerId_;
-    std::optional<Value> utm_;
-    std::optional<Value> atm_;
-    std::optional<std::string> clickId_;
-    std::string sessionId_;
-    std::string visitorType_;
+    const std::shared_ptr<const StoredFacts> stored_;
     bool attributed_;
 };
 

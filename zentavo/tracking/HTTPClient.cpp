@@ -61,6 +61,15 @@ void HTTPClient::request(URL url, std::string method, Result<std::string> body, 
           std::move(completion));
 }
 
+void HTTPClient::request(URL url, std::string method, Result<std::shared_ptr<const std::string>> body,
+                         Completion completion) {
+    if (!body) {
+        refuse(body.error(), completion);
+        return;
+    }
+    start(std::move(url), std::move(method), *std::move(body), std::move(completion));
+}
+
 void HTTPClient::get(URL url, Completion completion) { start(std::move(url), "GET", nullptr, std::move(completion)); }
 
 void HTTPClient::start(URL url, std::string method, std::shared_ptr<const std::string> body, Completion completion) {
@@ -73,7 +82,7 @@ void HTTPClient::start(URL url, std::string method, std::shared_ptr<const std::s
     draft.method = std::move(method);
     draft.maximumAnswerBytes = maximumAnswerBytes;
     if (body) {
-        draft.headers.emplace_back("Content-Type", "application/json");
+        draft.headers = headers_;
         draft.body = std::move(body);
     }
     Request request(std::move(owner), &draft);

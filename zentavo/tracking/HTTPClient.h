@@ -33,6 +33,8 @@ public:
     void request(URL url, std::string method, const Map& body, Completion completion);
     /// `body` is JSON text already.
     void request(URL url, std::string method, Result<std::string> body, Completion completion);
+    /// As above, for text that the caller keeps a hold of.
+    void request(URL url, std::string method, Result<std::shared_ptr<const std::string>> body, Completion completion);
     /// No body and no "Content-Type".
     void get(URL url, Completion completion);
     void put(URL url, const Map& body, Completion completion) {
@@ -61,6 +63,8 @@ private:
     /// Completions and delayed retries run here.
     const std::shared_ptr<platform::DispatchQueue> concurrent_;
     const std::shared_ptr<HeldBytes> held_;
+    /// Of every request with a body.
+    const platform::Headers headers_{{"Content-Type", "application/json"}};
 
     Mutex mutex_;
     std::unordered_map<Request, int, SameRequest, SameRequest> failedRequestsCount_ ZENTAVO_GUARDED_BY(mutex_);

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
+#include <string_view>
+
+#include "zentavo/foundation/KeyedDecoder.h"
 
 namespace zentavo {
 
@@ -21,7 +25,10 @@ enum class HTTPResponse : int {
 };
 
 /// The case of a status code; none for a code that has no case (205 and 206 among them).
-constexpr std::optional<HTTPResponse> httpResponse(int code) noexcept {
+constexpr std::optional<HTTPResponse> httpResponse(std::int64_t code) noexcept {
+    if (code < 0 || code > 999) { // also keeps the conversion below from wrapping around
+        return std::nullopt;
+    }
     switch (static_cast<HTTPResponse>(code)) {
     case HTTPResponse::appError:
     case HTTPResponse::sucess:
@@ -39,6 +46,9 @@ constexpr std::optional<HTTPResponse> httpResponse(int code) noexcept {
     }
     return std::nullopt;
 }
+
+/// The required code under `key`; one that has no case fails the record.
+HTTPResponse decodeHTTPResponse(KeyedDecoder& decoder, std::string_view key);
 
 /// What JSON turned out not to be.
 enum class JSONError { notArray, notNSDictionary };

@@ -1,6 +1,5 @@
-#include <charconv>
-
 #include "zentavo/core/ZentavoState.h"
+#include "zentavo/foundation/DecimalInteger.h"
 #include "zentavo/foundation/Hex.h"
 #include "zentavo/foundation/JSON.h"
 #include "zentavo/tracking/CDPEvent.h"
@@ -16,13 +15,6 @@ constexpr double registrationPause = 300.0;
 
 constexpr std::uint32_t authorizationOptions =
     platform::authorizeBadge | platform::authorizeSound | platform::authorizeAlert;
-
-std::optional<std::int64_t> wholeNumber(const std::string& text) {
-    std::int64_t number = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
-}
 
 /// The push uid in the answer to a registration: "data" itself where it is text, else its "zentavo_apppush_uid".
 std::optional<std::string> pushUidIn(const Map& answer) {
@@ -81,7 +73,7 @@ void Zentavo::registerForNotification(std::span<const std::uint8_t> token) {
             store->synchronise();
             return;
         }
-        const auto portalNumber = wholeNumber(*portalId);
+        const auto portalNumber = decimalInteger(*portalId);
         if (!portalNumber) {
             log("Error: the portal id is no number; the device is not registered");
             store->synchronise();

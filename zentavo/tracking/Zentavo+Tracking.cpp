@@ -2,6 +2,7 @@
 #include "zentavo/foundation/JSON.h"
 #include "zentavo/tracking/CDPEvent.h"
 #include "zentavo/tracking/CDPEventOperation.h"
+#include "zentavo/tracking/EventBody.h"
 
 namespace zentavo {
 
@@ -43,18 +44,38 @@ void Zentavo::send(const CDPEvent& event) {
         fatalError("an event cannot be sent before the first activation");
     }
 
-    const Endpoints& endpoints = account->endpoints;
     const EventBody body(*state_, account, event, portalId, *propsId);
-    cdpOperation()->send(body, endpoints, portalId,
-                         [log = state_->log](std::optional<std::string> data, std::optional<Error> error) {
-                             if (error) {
-                                 log->write("Error: " + error->message);
-                             } else if (data && !data->empty()) {
-                                 if (const auto answer = json::readMap(*data); !answer) {
-                                     log->write("Error: " + answer.error().message);
-                                 }
-                             }
-                         });
+    const auto operation = cdpOperation();
+    auto text = operation->text(body);
+    // What waits for the answer is the text that waits anyway, not the event.
+    std::shared_ptr<const std::string> sent = text ? *text : nullptr;
+    operation->send(std::move(text), account->endpoints, portalId, body.propId(),
+                    [weak = weak_from_this(), sent = std::move(sent)](const std::optional<std::string>& data,
+                                                                      const std::optional<Error>& error) {
+                        if (const auto self = weak.lock()) {
+                            self->handleEventAnswer(sent, data, error);
+                        }
+                    });
+}
+
+void Zentavo::handleEventAnswer(const std::shared_ptr<const std::string>& body, const std::optional<std::string>& data,
+                                const std::optional<Error>& error) {
+    if (error) {
+        log("Error: " + error->message);
+    }
+    if (!data || data->empty()) {
+        return;
+    }
+    std::string sessionId;
+    if (const auto answer = json::readMap(*data); !answer) {
+        log("Error: " + answer.error().message);
+    } else if (const Value* session = answer->find("session_id");
+               session != nullptr && session->asString() != nullptr) {
+        sessionId = *session->asString();
+    }
+    if (body && isDelivery()) {
+        deliver(*body, sessionId);
+    }
 }
 
 } // namespace zentavo

@@ -1,0 +1,122 @@
+#include "tests/inapp/InAppTest.h"
+#include "zentavo/inapp/CampaignChoice.h"
+
+namespace zentavo {
+namespace {
+
+using Outcome = DeliveryTrace::Outcome;
+using ::testing::Contains;
+using ::testing::HasSubstr;
+
+class DeliveryTest : public InAppTest {};
+
+TEST_F(DeliveryTest, AnAnsweredEventIsHandedOverWithItsSession) {
+    memory.session->on({"POST", "", "/event"}, testing::ScriptedAnswer{200, R"({"session_id":"s1"})"});
+    trackAndSettle();
+    const auto requests = sent("/interaction/v2");
+    ASSERT_EQ(requests.size(), 1U);
+    EXPECT_EQ(requests[0]->method, "POST");
+    EXPECT_EQ(requests[0]->url.queryItems(), (std::vector<QueryItem>{{"portal_id", "1001"}, {"prop_id", "555"}}));
+    Map expected = events().at(0);
+    expected.set("format", "json");
+    expected.find("extra")->asMap()->set("session_id", "s1");
+    EXPECT_EQ(bodyOf(*requests[0]), expected);
+    EXPECT_FALSE(store()->object(keys().sessionId)) << "the session is for this event only";
+}
+
+TEST_F(DeliveryTest, NothingIsAskedWithoutAnAnswerOrWhenTheHostSwitchedItOff) {
+    memory.session->on({"POST", "", "/event"}, testing::ScriptedAnswer{200, ""}, 1);
+    trackAndSettle();
+    memory.session->on({"POST", "", "/event"}, testing::ScriptedAnswer::failure(platform::URLErrorKind::timedOut), 1);
+    trackAndSettle();
+    sdk->setIsDelivery(false);
+    trackAndSettle();
+    EXPECT_TRUE(sent("/interaction/v2").empty());
+    sdk->setIsDelivery(true);
+    trackAndSettle();
+    EXPECT_EQ(sent("/interaction/v2").size(), 1U);
+}
+
+TEST_F(DeliveryTest, OnlyTheSandboxPortalGoesToTheSandbox) {
+    Endpoints endpoints;
+    endpoints.delivery = "http://production.example";
+    endpoints.deliverySandbox = "http://sandbox.example";
+    sdk->setEndpoints(endpoints);
+    for (const auto& [portal, host] : std::map<std::string, std::string>{
+             {"33167", "sandbox.example"}, {"331670", "production.example"}, {" 33167", "production.example"}}) {
+        activate(portal);
+        settle();
+        memory.session->clear();
+        trackAndSettle();
+        EXPECT_EQ(sent("/interaction/v2").at(0)->url.host(), host) << portal;
+    }
+}
+
+TEST_F(DeliveryTest, DebugTellsURLBodyAndWhatIsWrongWithAnAnswer) {
+    sdk->setDebug(true);
+    memory.session->on({"POST", "", "/interaction/v2"}, testing::ScriptedAnswer{200, R"({"webContents":{"a":{}}})"});
+    trackAndSettle();
+    const auto request = sent("/interaction/v2").at(0);
+    const auto lines = logged();
+    EXPECT_THAT(lines, Contains("DeliveryEvent: URL: " + request->url.text()));
+    EXPECT_THAT(lines, Contains("DeliveryEvent: BODY: " + *request->body));
+    EXPECT_THAT(lines, Contains("webContents.a.javascript: expected text, found nothing"));
+}
+
+TEST_F(DeliveryTest, WithoutAUserInterfaceTheMessageIsDroppedAndSaidSo) {
+    sdk->setDebug(true);
+    trace();
+    offer({campaign(1)});
+    trackAndSettle("view_product");
+    EXPECT_FALSE(sdk->isShowingTemplate());
+    ASSERT_EQ(traces.size(), 1U);
+    EXPECT_EQ(traces[0].outcome, Outcome::noUserInterface);
+    EXPECT_THAT(logged(), Contains(HasSubstr("no user interface is attached")));
+    EXPECT_THAT(logged(), Contains(traces[0].text()));
+    EXPECT_THAT(traces[0].text(), ::testing::AllOf(HasSubstr("\"view_product\""), HasSubstr("chosen: story 1")));
+}
+
+TEST_F(DeliveryTest, TheTraceTellsWhyNothingWasShown) {
+    trace();
+    offer({campaign(1, {{"template", "slide_in"}}), campaign(2, {{"template", "inline"}})});
+    trackAndSettle();
+    memory.session->on({"POST", "", "/interaction/v2"}, testing::ScriptedAnswer{200, "garbage"}, 1);
+    trackAndSettle();
+    memory.session->on({"POST", "", "/interaction/v2"},
+                       testing::ScriptedAnswer::failure(platform::URLErrorKind::cannotConnect), 1);
+    trackAndSettle();
+    ASSERT_EQ(traces.size(), 3U);
+    EXPECT_EQ(traces[0].outcome, Outcome::nothingToShow);
+    ASSERT_EQ(traces[0].campaigns.size(), 2U);
+    EXPECT_TRUE(traces[0].campaigns[0].typeDropped && traces[0].campaigns[1].typeDropped);
+    EXPECT_EQ(traces[1].outcome, Outcome::undecodable);
+    EXPECT_FALSE(traces[1].problem.empty());
+    EXPECT_EQ(traces[2].outcome, Outcome::noAnswer);
+}
+
+TEST_F(DeliveryTest, ChanceAloneDecidesBetweenCampaigns) {
+    const auto response = DeliveryResponse::decode(
+        answer({campaign(1), campaign(2, {{"template", "inline"}}), campaign(3, {{"template", "Inline"}})}));
+    std::map<std::int64_t, int> shown;
+    for (int i = 0; i < 2000; ++i) {
+        ++shown[chooseCampaign(*response, {}, *memory.random, *sdk->state()->log, nullptr)->storyId];
+    }
+    EXPECT_EQ(shown.size(), 2U) << "type names are compared exactly";
+    EXPECT_NEAR(shown[1], 1000, 120);
+}
+
+TEST_F(DeliveryTest, TheTraceOfALongAnswerIsAShortLine) {
+    std::vector<Map> many;
+    for (int i = 0; i < 1000; ++i) {
+        many.push_back(campaign(i));
+    }
+    trace();
+    offer(many);
+    trackAndSettle();
+    ASSERT_EQ(traces.size(), 1U);
+    EXPECT_EQ(traces[0].campaigns.size(), 1000U);
+    EXPECT_LT(traces[0].text().size(), 1000U);
+}
+
+} // namespace
+} // namespace zentavo

@@ -1,0 +1,99 @@
+#include "zentavo/inapp/DeliveryTrace.h"
+
+#include <algorithm>
+
+namespace zentavo {
+
+namespace {
+
+/// More campaigns than this in one line help nobody.
+constexpr std::size_t namedCampaigns = 10;
+
+const char* words(DeliveryTrace::Outcome outcome) noexcept {
+    switch (outcome) {
+    case DeliveryTrace::Outcome::noAnswer:
+        return "no answer";
+    case DeliveryTrace::Outcome::undecodable:
+        return "the answer cannot be read";
+    case DeliveryTrace::Outcome::nothingToShow:
+        return "nothing to show";
+    case DeliveryTrace::Outcome::noUserInterface:
+        return "dropped, no user interface can show it";
+    case DeliveryTrace::Outcome::alreadyShowing:
+        return "dropped, another message is on screen";
+    case DeliveryTrace::Outcome::presented:
+        return "presented";
+    }
+    return "";
+}
+
+const char* words(DeliveryTrace::ClosedBy closedBy) noexcept {
+    switch (closedBy) {
+    case DeliveryTrace::ClosedBy::page:
+        return "closed by its page";
+    case DeliveryTrace::ClosedBy::click:
+        return "closed by a click";
+    case DeliveryTrace::ClosedBy::overlay:
+        return "closed by a tap beside it";
+    case DeliveryTrace::ClosedBy::pageProcessDied:
+        return "closed because its web process died";
+    case DeliveryTrace::ClosedBy::replaced:
+        return "closed because another message took its place";
+    case DeliveryTrace::ClosedBy::fault:
+        return "closed by a fault";
+    }
+    return "";
+}
+
+std::string describe(const DeliveryTrace::Campaign& campaign) {
+    std::string text = "; story " + std::to_string(campaign.storyId) + " (" + campaign.templateType + ")";
+    if (campaign.capped) {
+        const auto& capped = *campaign.capped;
+        text += std::string(" capped by ") + name(capped.level) + ": " + capped.event + " " +
+                std::to_string(capped.counter) + " of " + std::to_string(capped.limit);
+    } else if (campaign.typeDropped) {
+        text += " is of a type that is not shown";
+    }
+    return text;
+}
+
+} // namespace
+
+const char* name(CappingLevel level) noexcept {
+    switch (level) {
+    case CappingLevel::story:
+        return "story";
+    case CappingLevel::destination:
+        return "destination";
+    case CappingLevel::zone:
+        return "zone";
+    }
+    return "";
+}
+
+std::string DeliveryTrace::text() const {
+    std::string line = "Delivery for \"" + eventName + "\": " + std::to_string(receivedBytes) + " bytes, " +
+                       std::to_string(campaigns.size()) + (campaigns.size() == 1 ? " campaign" : " campaigns");
+    const std::size_t named = std::min(campaigns.size(), namedCampaigns);
+    for (std::size_t i = 0; i < named; ++i) {
+        line += describe(campaigns[i]);
+    }
+    if (campaigns.size() > named) {
+        line += "; " + std::to_string(campaigns.size() - named) + " more";
+    }
+    if (chosen) {
+        line += "; chosen: story " + std::to_string(campaigns[*chosen].storyId);
+    }
+    line += "; ";
+    line += words(outcome);
+    if (!problem.empty()) {
+        line += " (" + problem + ")";
+    }
+    if (closedBy) {
+        line += "; ";
+        line += words(*closedBy);
+    }
+    return line;
+}
+
+} // namespace zentavo
