@@ -34,16 +34,20 @@ bool allocate(int descriptor) {
 } // namespace
 
 std::unique_ptr<GenerationFile> GenerationFile::open(const std::filesystem::path& path, bool coherent) {
-    const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    const bool readOnly = descriptor < 0 && (errno == EACCES || errno == EPERM || errno == EROFS);
+    if (readOnly) {
+        descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    }
     if (descriptor < 0) {
         return nullptr;
     }
     void* memory = MAP_FAILED;
     if (coherent && allocate(descriptor)) {
-        memory = ::mmap(nullptr, fileBytes, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+        memory = ::mmap(nullptr, fileBytes, readOnly ? PROT_READ : PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     }
     Page* page = memory == MAP_FAILED ? nullptr : static_cast<Page*>(memory);
-    return std::unique_ptr<GenerationFile>(new GenerationFile(descriptor, page));
+    return std::unique_ptr<GenerationFile>(new GenerationFile(descriptor, page, readOnly));
 }
 
 GenerationFile::~GenerationFile() {
@@ -64,7 +68,7 @@ std::optional<std::uint64_t> GenerationFile::settled() const noexcept {
 }
 
 std::uint64_t GenerationFile::begin() noexcept {
-    if (page_ == nullptr) {
+    if (!canTell()) {
         return 0;
     }
     // The write lock keeps others out, except where the database is exchanged: no number may be given twice.
@@ -77,7 +81,7 @@ std::uint64_t GenerationFile::begin() noexcept {
 }
 
 void GenerationFile::finish(std::uint64_t number) noexcept {
-    if (page_ == nullptr) {
+    if (!canTell()) {
         return;
     }
     // The write lock is free again by now: a later write may be done before this line is reached.
@@ -91,7 +95,7 @@ std::uint64_t GenerationFile::replacements() const noexcept {
 }
 
 void GenerationFile::replaced() noexcept {
-    if (page_ != nullptr) {
+    if (canTell()) {
         page_->replacements.fetch_add(1);
         finish(begin());
     }

@@ -19,18 +19,22 @@ namespace zentavo::linux_port {
 class GenerationFile {
 public:
     /// Opens or makes the file; null when that cannot be done. With `coherent` false (a medium whose mappings do not
-    /// follow each other, as between the machines of a network) or where mapping fails, nothing is ever settled.
+    /// follow each other, as between the machines of a network) or where mapping fails, nothing is ever settled. A file
+    /// that may only be read shows what others write.
     static std::unique_ptr<GenerationFile> open(const std::filesystem::path& path, bool coherent);
     ~GenerationFile();
     GenerationFile(const GenerationFile&) = delete;
     GenerationFile& operator=(const GenerationFile&) = delete;
+
+    bool isReadOnly() const noexcept { return readOnly_; }
 
     /// The number of the last write that was begun. What was read while `settled` gave this number is still good.
     std::uint64_t begun() const noexcept;
     /// The number of the last write when none is under way.
     std::optional<std::uint64_t> settled() const noexcept;
 
-    /// Call with the database's write lock held, before the commit. Returns the write's number; 0 without shared memory.
+    /// Call with the database's write lock held, before the commit. Returns the write's number; 0 without shared memory
+    /// or where it is read-only.
     std::uint64_t begin() noexcept;
     /// Call after the commit, or after it failed.
     void finish(std::uint64_t number) noexcept;
@@ -65,9 +69,13 @@ private:
     };
     static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "processes cannot share a lock of the library's");
 
-    GenerationFile(int descriptor, Page* page) : descriptor_(descriptor), page_(page) {}
+    GenerationFile(int descriptor, Page* page, bool readOnly)
+        : descriptor_(descriptor), readOnly_(readOnly), page_(page) {}
+
+    bool canTell() const noexcept { return page_ != nullptr && !readOnly_; }
 
     const int descriptor_;
+    const bool readOnly_;
     /// Null when there is no shared memory.
     Page* const page_;
 };

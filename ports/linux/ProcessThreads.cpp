@@ -1,5 +1,6 @@
 #include "ports/linux/ProcessThreads.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 
@@ -8,13 +9,22 @@
 namespace zentavo::linux_port {
 
 namespace {
+using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
+
+/// What the process may take to exit.
+constexpr milliseconds ending{1000};
 
 /// How long the host's block that is running on the worker may hold up the end.
 constexpr milliseconds blockEnding{60};
-/// The network thread never waits for anything but its wake-up, so it ends at once; only a machine that gives it no
-/// processor makes this take long. It must be gone before libraries are torn down, so it gets its time.
-constexpr milliseconds networkEnding{1000};
+/// The network thread waits for nothing but its wake-up, so it ends at once; only a machine that gives it no processor or
+/// a host's queue that does not return makes this take long. It should be gone before libraries are torn down, so it gets
+/// what is left of the ending, and this much where nothing is left.
+constexpr milliseconds networkEnding{50};
+
+milliseconds timeUntil(Clock::time_point moment) {
+    return std::max(milliseconds(0), std::chrono::duration_cast<milliseconds>(moment - Clock::now()));
+}
 } // namespace
 
 ProcessThreads& ProcessThreads::shared() {
@@ -39,10 +49,11 @@ void ProcessThreads::endWithProcess() {
         return;
     }
     auto& threads = shared();
+    const auto deadline = Clock::now() + ending;
     threads.worker_.end();
     threads.network_.drain(grace);
-    threads.network_.end(networkEnding);
-    threads.worker_.join(blockEnding);
+    threads.network_.end(std::max(timeUntil(deadline), networkEnding));
+    threads.worker_.join(std::min(timeUntil(deadline), blockEnding));
 }
 
 void ProcessThreads::forgetThreads() noexcept {

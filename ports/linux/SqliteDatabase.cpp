@@ -1,5 +1,6 @@
 #include "ports/linux/SqliteDatabase.h"
 
+#include <cerrno>
 #include <charconv>
 #include <thread>
 
@@ -11,7 +12,7 @@ namespace {
 /// What a row may hold at most, key and value together: a hostile file shall not fill our memory.
 constexpr int maximumRowBytes = 2 << 20;
 
-StoreStatus statusOf(int code) {
+StoreStatus statusOf(int code, sqlite3* connection) {
     switch (code & 0xFF) {
     case SQLITE_OK:
     case SQLITE_ROW:
@@ -22,6 +23,11 @@ StoreStatus statusOf(int code) {
         return StoreStatus::busy;
     case SQLITE_TOOBIG:
         return StoreStatus::tooLong;
+    case SQLITE_CANTOPEN: {
+        // A process that has no descriptors left may have some later.
+        const int reason = sqlite3_system_errno(connection);
+        return reason == EMFILE || reason == ENFILE || reason == ENOMEM ? StoreStatus::failed : StoreStatus::noPlace;
+    }
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
         return StoreStatus::damaged;
@@ -50,19 +56,19 @@ StoreStatus SqliteStatement::run(std::optional<std::string>* firstColumn) {
     }
     // Without a row the outcome of an autocommit shows only here.
     const int reset = sqlite3_reset(statement_.get());
-    return statusOf(code == SQLITE_ROW ? reset : code);
+    return statusOf(code == SQLITE_ROW ? reset : code, sqlite3_db_handle(statement_.get()));
 }
 
 void SqliteDatabase::Closer::operator()(sqlite3* connection) const noexcept { sqlite3_close_v2(connection); }
 
 StoreStatus SqliteDatabase::open(const std::filesystem::path& path, Mode mode) {
     sqlite3* connection = nullptr;
+    const int access = mode == Mode::readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
     const int create = mode == Mode::create ? SQLITE_OPEN_CREATE : 0;
-    const int code =
-        sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | create, nullptr);
+    const int code = sqlite3_open_v2(path.c_str(), &connection, access | create | SQLITE_OPEN_NOMUTEX, nullptr);
     connection_.reset(connection); // also a failed one, which knows the reason
     if (code != SQLITE_OK) {
-        return statusOf(code);
+        return statusOf(code, connection);
     }
     sqlite3_extended_result_codes(connection, 1);
     sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, maximumRowBytes);
@@ -72,8 +78,11 @@ StoreStatus SqliteDatabase::open(const std::filesystem::path& path, Mode mode) {
     sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
-    // The library opens a file that cannot be written for reading, without a word.
-    return sqlite3_db_readonly(connection, "main") == 1 ? StoreStatus::failed : StoreStatus::ok;
+    return StoreStatus::ok;
+}
+
+bool SqliteDatabase::refusedToWrite() const noexcept {
+    return (sqlite3_errcode(connection_.get()) & 0xFF) == SQLITE_READONLY;
 }
 
 void SqliteDatabase::setPatience(std::chrono::milliseconds patience) noexcept {
@@ -98,7 +107,7 @@ void SqliteDatabase::setPatience(std::chrono::milliseconds patience) noexcept {
 }
 
 StoreStatus SqliteDatabase::execute(const char* sql) {
-    return statusOf(sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr));
+    return statusOf(sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr), connection_.get());
 }
 
 StoreStatus SqliteDatabase::prepare(SqliteStatement& statement, std::string_view sql) {
@@ -107,7 +116,7 @@ StoreStatus SqliteDatabase::prepare(SqliteStatement& statement, std::string_view
                                         SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
     statement.statement_.reset(prepared);
     // Our statements are right, so the table that they speak of is missing or another one.
-    return code == SQLITE_ERROR ? StoreStatus::damaged : statusOf(code);
+    return code == SQLITE_ERROR ? StoreStatus::damaged : statusOf(code, connection_.get());
 }
 
 StoreStatus SqliteDatabase::userVersion(std::int64_t& version) {

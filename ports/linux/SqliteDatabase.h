@@ -19,7 +19,8 @@ enum class StoreStatus {
     busy,    ///< another process kept it locked for longer than our patience
     tooLong, ///< this key or value can never be stored
     damaged, ///< the file is no database, or not the one we wrote
-    failed,  ///< the medium refuses: read-only, full, broken; also a file that a later version made
+    failed,  ///< the medium refuses: read-only, full, broken
+    noPlace, ///< no file can be had here, now or later: none can be made, it is not ours, or a later version made it
 };
 
 /// A prepared statement. Between two uses it holds no lock.
@@ -44,16 +45,19 @@ private:
 /// One connection, used by one thread at a time. No call waits longer for a lock than the patience set.
 class SqliteDatabase {
 public:
-    enum class Mode { existing, create };
+    enum class Mode { existing, create, readOnly };
 
     SqliteDatabase() = default;
     SqliteDatabase(const SqliteDatabase&) = delete;
     SqliteDatabase& operator=(const SqliteDatabase&) = delete;
 
+    /// A file that may only be read is opened for that.
     StoreStatus open(const std::filesystem::path& path, Mode mode);
     bool isOpen() const noexcept { return connection_ != nullptr; }
     /// Never carries the log over to the file: that would wait for the medium.
     void close() noexcept { connection_.reset(); }
+    /// Whether the last call failed because the file, or the log beside it, was opened when it could only be read.
+    bool refusedToWrite() const noexcept;
     void setPatience(std::chrono::milliseconds patience) noexcept;
 
     StoreStatus execute(const char* sql);

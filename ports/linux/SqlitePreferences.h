@@ -21,7 +21,8 @@ public:
     SqlitePreferences(const std::filesystem::path& folder, const std::string& fileName,
                       std::shared_ptr<platform::SystemLog> log, Background background);
 
-    /// True when the files could be opened or made. Else the suite lives in memory and tries again with each write.
+    /// False when there is no place for the files. Whenever they are out of reach the suite lives in memory, and tries
+    /// again with each access.
     bool open();
 
     std::optional<Value> object(std::string_view key) const override;

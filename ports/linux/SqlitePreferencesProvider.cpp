@@ -46,14 +46,14 @@ std::shared_ptr<platform::Preferences> SqlitePreferencesProvider::suite(std::str
     return fileName.size() <= maximumNameBytes ? find(fileName, false) : nullptr;
 }
 
-std::shared_ptr<SqlitePreferences> SqlitePreferencesProvider::find(const std::string& fileName, bool alsoWhenClosed) {
+std::shared_ptr<SqlitePreferences> SqlitePreferencesProvider::find(const std::string& fileName, bool alsoWithoutPlace) {
     // Held while the files are opened: the second of two callers gets the first one's suite.
     MutexLock lock(mutex_);
     if (const auto found = suites_.find(fileName); found != suites_.end()) {
         return found->second;
     }
     auto preferences = std::make_shared<SqlitePreferences>(folder_, fileName, log_, background_);
-    if (!preferences->open() && !alsoWhenClosed) {
+    if (!preferences->open() && !alsoWithoutPlace) {
         return nullptr;
     }
     suites_.emplace(fileName, preferences);

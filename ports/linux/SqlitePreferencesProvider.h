@@ -19,6 +19,10 @@ class SqlitePreferences;
 ///
 /// A suite's file has its name; what is no letter, digit, "_", "-" or inner "." is written as %XX. A name whose file
 /// name would be longer than 200 bytes is refused.
+///
+/// Refused is also a suite whose files can neither be made nor opened, and one that a later version of the SDK made: its
+/// rows may mean something else by then, and the standard suite remembers across starts where memory would not. One that
+/// another process keeps locked is given out and opened later, and one that may only be read is read.
 class ZENTAVO_EXPORT SqlitePreferencesProvider final : public platform::PreferencesProvider {
 public:
     /// `standardName` names the standard suite, and `ownIdentifier` the main bundle; the latter may be empty.
@@ -33,7 +37,7 @@ public:
     std::shared_ptr<platform::Preferences> suite(std::string_view name) override;
 
 private:
-    std::shared_ptr<SqlitePreferences> find(const std::string& fileName, bool alsoWhenClosed);
+    std::shared_ptr<SqlitePreferences> find(const std::string& fileName, bool alsoWithoutPlace);
 
     const std::filesystem::path folder_;
     const std::string standardName_;

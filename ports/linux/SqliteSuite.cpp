@@ -65,33 +65,59 @@ SqliteSuite::SqliteSuite(std::filesystem::path folder, std::string name)
 std::filesystem::path SqliteSuite::path() const { return folder_ / (name_ + ".sqlite"); }
 
 StoreStatus SqliteSuite::ready() {
-    if (database_.isOpen() && generation_->replacements() == replacements_) {
+    if (database_.isOpen() && generation_->replacements() == replacements_ && !wantsToWrite_) {
         return StoreStatus::ok;
     }
     const StoreStatus status = openFiles();
+    wasBusy_ = status == StoreStatus::busy;
+    wantsToWrite_ = false;
     if (status != StoreStatus::ok) {
         database_.close();
     }
     return status;
 }
 
+std::chrono::milliseconds SqliteSuite::openingPatience() const noexcept {
+    return wasBusy_ ? std::chrono::milliseconds(0) : patience;
+}
+
+StoreStatus SqliteSuite::openGeneration() {
+    if (generation_ && !generation_->isReadOnly()) {
+        return StoreStatus::ok;
+    }
+    if (makeFolder(folder_)) {
+        isOnNetwork_ = isNetworkFileSystem(folder_);
+        if (auto opened = GenerationFile::open(folder_ / (name_ + ".generation"), !isOnNetwork_)) {
+            generation_ = std::move(opened);
+            return StoreStatus::ok;
+        }
+    }
+    const int reason = errno;
+    if (generation_) {
+        return StoreStatus::ok; // good enough for reading, as before
+    }
+    problem_ = std::system_category().message(reason);
+    return reason == EMFILE || reason == ENFILE || reason == ENOMEM ? StoreStatus::failed : StoreStatus::noPlace;
+}
+
 StoreStatus SqliteSuite::openFiles() {
-    if (!generation_) {
-        if (makeFolder(folder_)) {
-            isOnNetwork_ = isNetworkFileSystem(folder_);
-            generation_ = GenerationFile::open(folder_ / (name_ + ".generation"), !isOnNetwork_);
-        }
-        if (!generation_) {
-            problem_ = std::system_category().message(errno);
-            return StoreStatus::failed;
-        }
+    StoreStatus status = openGeneration();
+    if (status != StoreStatus::ok) {
+        return status;
     }
     // Asked for before the file is opened: an exchange in between is then found out by the next call.
     replacements_ = generation_->replacements();
     bool fresh = inodeOf(path()) == 0;
-    StoreStatus status = fresh ? StoreStatus::ok : connect(SqliteDatabase::Mode::existing, fresh);
+    // Without a generation of our own nobody would be told of what we write.
+    const bool readOnly = generation_->isReadOnly();
+    status = fresh ? StoreStatus::ok
+                   : connect(readOnly ? SqliteDatabase::Mode::readOnly : SqliteDatabase::Mode::existing, fresh);
+    if (status == StoreStatus::ok && fresh && readOnly) {
+        problem_ = "it may only be read, and there is nothing";
+        return StoreStatus::noPlace;
+    }
     if (status == StoreStatus::ok && fresh) {
-        const GenerationFile::Lock lock(*generation_, patience);
+        const GenerationFile::Lock lock(*generation_, openingPatience());
         if (!lock) {
             problem_ = "another process holds it";
             return StoreStatus::busy;
@@ -101,10 +127,14 @@ StoreStatus SqliteSuite::openFiles() {
         if (status == StoreStatus::ok && fresh) {
             status = setUp();
         }
+        if (status == StoreStatus::failed) {
+            status = StoreStatus::noPlace; // no file can be made
+        }
     }
     if (status != StoreStatus::ok) {
         return status;
     }
+    database_.setPatience(patience);
     for (const auto& [statement, sql] : {
              std::pair(&select_, "SELECT value FROM preferences WHERE key = ?1"),
              std::pair(&upsert_, "INSERT INTO preferences VALUES (?1, ?2) "
@@ -147,12 +177,12 @@ StoreStatus SqliteSuite::connect(SqliteDatabase::Mode mode, bool& fresh) {
     StoreStatus status = database_.open(path(), mode);
     std::int64_t version = 0;
     if (status == StoreStatus::ok) {
-        database_.setPatience(patience);
+        database_.setPatience(openingPatience());
         status = database_.userVersion(version);
     }
     if (status == StoreStatus::ok && version > schemaVersion) {
         problem_ = "a later version of the SDK made it";
-        return StoreStatus::failed;
+        return StoreStatus::noPlace;
     }
     if (status == StoreStatus::ok) {
         status = database_.execute("PRAGMA synchronous = NORMAL");
@@ -253,6 +283,7 @@ std::filesystem::path SqliteSuite::damagedName() const {
 StoreStatus SqliteSuite::note(StoreStatus status) {
     if (status != StoreStatus::ok) {
         problem_ = database_.errorText();
+        wantsToWrite_ = wantsToWrite_ || (database_.isOpen() && database_.refusedToWrite());
     }
     return status;
 }

@@ -16,7 +16,10 @@ public:
     SqliteSuite(std::filesystem::path folder, std::string name);
 
     /// Opens the files, and makes folder and files that are not there; opens anew what another process has exchanged.
-    /// Costs nothing when all is well.
+    /// Costs nothing when all is well. After `busy` the next calls do not wait until one has found it free.
+    ///
+    /// A suite that may only be read is ready: its writes fail, and after each the next call looks whether that has
+    /// changed.
     StoreStatus ready();
 
     /// The members below want a suite that is ready.
@@ -52,7 +55,9 @@ public:
     static void carryOver(const std::filesystem::path& path);
 
 private:
+    StoreStatus openGeneration();
     StoreStatus openFiles();
+    std::chrono::milliseconds openingPatience() const noexcept;
     StoreStatus connect(SqliteDatabase::Mode mode, bool& fresh);
     StoreStatus setUp();
     bool isInTransaction() const noexcept;
@@ -72,6 +77,10 @@ private:
     std::optional<std::uint64_t> writing_;
     std::uint64_t lastWrite_ = 0;
     bool logIsLong_ = false;
+    /// The last attempt to open the files found them locked.
+    bool wasBusy_ = false;
+    /// A write has failed because the files are read-only.
+    bool wantsToWrite_ = false;
     std::string problem_;
 };
 

@@ -31,7 +31,7 @@ bool SuiteCache::open() {
     if (status != StoreStatus::ok) {
         trouble();
     }
-    return status == StoreStatus::ok;
+    return status != StoreStatus::noPlace;
 }
 
 std::optional<Value> SuiteCache::get(std::string_view key) {

@@ -29,7 +29,8 @@ public:
     SuiteCache(const std::filesystem::path& folder, const std::string& fileName)
         : name_(fileName), suite_(folder, name_) {}
 
-    /// True when the files are open. Without that the suite lives in memory and tries again with each write.
+    /// False when there is no place for the files. Where they are out of reach for now, as while another process keeps
+    /// them locked, the suite lives in memory and tries again with each access.
     bool open();
 
     std::optional<Value> get(std::string_view key);

@@ -1,11 +1,11 @@
 #include "ports/linux/SyslogSystemLog.h"
 
-#include <algorithm>
 #include <set>
 
 #include <syslog.h>
 
 #include "zentavo/foundation/Mutex.h"
+#include "zentavo/foundation/SingleLine.h"
 
 namespace zentavo::linux_port {
 namespace {
@@ -39,9 +39,7 @@ void SyslogSystemLog::open() { ::openlog(immortal(ident_), LOG_PERROR | LOG_PID,
 void SyslogSystemLog::write(platform::LogLevel level, std::string_view message) {
     std::call_once(opened_, [this] { open(); });
     std::string line(message.substr(0, maximumBytes));
-    // A line break in a value that somebody else chose would forge a second entry.
-    std::replace_if(
-        line.begin(), line.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+    makeSingleLine(line);
     ::syslog(priorityOf(level), "%s", line.c_str());
 }
 

@@ -90,6 +90,10 @@ TEST_F(ActivationTest, TheLogSpeaksOnlyUnderDebug) {
     EXPECT_THAT(memory.console->lines(), ElementsAre("<ZENTAVO> - 15.01.26 - 14:00:00: "
                                                      "Zentavo activate. Configurations received!"));
     EXPECT_EQ(loggerCalls, 0);
+
+    memory.console->clear();
+    sdk->log("a\nb\r\x1B[2Jc");
+    EXPECT_THAT(memory.console->lines(), ElementsAre("<ZENTAVO> - 15.01.26 - 14:00:00: a b  [2Jc")); // never two lines
 }
 
 TEST_F(ActivationTest, TheBundleIdentifierIsTheAppsAlsoInsideItsExtension) {

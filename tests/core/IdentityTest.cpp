@@ -79,14 +79,37 @@ TEST_F(IdentityTest, KeyNamesAreThoseOfInstalledApps) {
     const StoreKeys bare(std::nullopt);
     EXPECT_EQ(bare.visitorId, "default.ZentavoVisitorId");
     EXPECT_EQ(bare.badge, "ZentavoSDK.badge");
-    const StoreKeys app("com.example.shop");
-    EXPECT_EQ(app.portalId, "com.example.shop.ZenatvoPortalKey");
-    EXPECT_EQ(app.propsId, "com.example.shop.ZenatvoPropsKey");
-    EXPECT_EQ(app.deviceToken, "com.example.shop.ZenatvoDeviceTokenFlag");
-    EXPECT_EQ(app.customerId, "com.example.shop.ZentavoCustomerId");
-    EXPECT_EQ(app.customerProperties, "com.example.shop.ZentavoCustomerProperties");
-    EXPECT_EQ(app.pushUid, "com.example.shop.ZentavoUid");
-    EXPECT_EQ(app.badge, "com.example.shop.badge");
+    const StoreKeys& app = keys(); // of com.example.host, as the accessors are
+    const std::vector<std::pair<std::string, std::string>> names{
+        {app.visitorId, "ZentavoVisitorId"},
+        {app.customerId, "ZentavoCustomerId"},
+        {app.customerProperties, "ZentavoCustomerProperties"},
+        {app.visitorType, "visitorType"},
+        {app.sessionId, "sessionId"},
+        {app.utm, "utm"},
+        {app.atm, "atm"},
+        {app.clkBc, "clkBc"},
+        {app.portalId, "ZenatvoPortalKey"},
+        {app.propsId, "ZenatvoPropsKey"},
+        {app.pushUid, "ZentavoUid"},
+        {app.deviceToken, "ZenatvoDeviceTokenFlag"},
+        {app.appInstall, "app_install"},
+        {app.operationTime, "operationTime"},
+        {app.applicationId, "applicationId"},
+        {app.badge, "badge"},
+        {Zentavo::VisitorIdKey(), "ZentavoVisitorId"},
+        {Zentavo::CustomerIdKey(), "ZentavoCustomerId"},
+        {Zentavo::CustomerProperties(), "ZentavoCustomerProperties"},
+        {Zentavo::visitorType(), "visitorType"},
+        {Zentavo::sessionIdKey(), "sessionId"},
+        {Zentavo::utmKey(), "utm"},
+        {Zentavo::atmKey(), "atm"},
+        {Zentavo::clkBc(), "clkBc"},
+        {Zentavo::zentavoKeyBadge(), "badge"},
+    };
+    for (const auto& [name, suffix] : names) {
+        EXPECT_EQ(name, "com.example.host." + suffix);
+    }
 }
 
 } // namespace

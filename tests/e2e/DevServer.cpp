@@ -1,5 +1,6 @@
 #include "tests/e2e/DevServer.h"
 
+#include <csignal>
 #include <cstdlib>
 
 #include <httplib.h>
@@ -14,6 +15,8 @@ DevServer::DevServer() : process_({ZENTAVO_DEVSERVER, "--port", "0", "--quiet", 
     EXPECT_NE(start, std::string::npos) << line;
     url_ = line.substr(start);
 }
+
+void DevServer::kill() const { process_.kill(SIGKILL); }
 
 void DevServer::fault(const std::string& query) const {
     httplib::Client client(url_);
@@ -69,11 +72,15 @@ EndToEndTest::EndToEndTest() {
 
 EndToEndTest::~EndToEndTest() { std::filesystem::remove_all(folder); }
 
-int EndToEndTest::console(std::vector<std::string> verbs, const std::string& serverURL) {
-    std::vector<std::string> arguments{ZENTAVO_CONSOLE, "--suite", folder, "--server",
-                                       serverURL.empty() ? server.url() : serverURL};
+std::vector<std::string> EndToEndTest::consoleCommand(std::vector<std::string> verbs,
+                                                      const std::string& serverURL) const {
+    std::vector<std::string> arguments{ZENTAVO_CONSOLE, "--suite", folder, "--server", serverURL};
     arguments.insert(arguments.end(), verbs.begin(), verbs.end());
-    Process process(std::move(arguments));
+    return arguments;
+}
+
+int EndToEndTest::console(std::vector<std::string> verbs, const std::string& serverURL) {
+    Process process(consoleCommand(std::move(verbs), serverURL.empty() ? server.url() : serverURL));
     const int status = process.wait();
     output = process.output();
     return status;

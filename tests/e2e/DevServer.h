@@ -20,6 +20,8 @@ public:
     DevServer();
 
     const std::string& url() const noexcept { return url_; }
+    /// Ends at once, in the middle of whatever it does.
+    void kill() const;
     /// Scripts a fault: "path=/event&status=500&times=1".
     void fault(const std::string& query) const;
     /// Waits until `count` requests for `path` have come (a few seconds at most), and returns what has come by then.
@@ -40,6 +42,8 @@ protected:
     EndToEndTest();
     ~EndToEndTest() override;
 
+    /// The console's command line for `verbs` on this test's store.
+    std::vector<std::string> consoleCommand(std::vector<std::string> verbs, const std::string& serverURL) const;
     /// Runs the console with `verbs` on this test's store, to its end. Its output is kept in `output`.
     int console(std::vector<std::string> verbs, const std::string& serverURL = {});
     static std::vector<std::string> names(const std::vector<Map>& events);

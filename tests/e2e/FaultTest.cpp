@@ -16,9 +16,10 @@ TEST_F(FaultTest, WhateverTheCollectorDoesTheNextEventArrives) {
     };
     const std::vector<Case> cases{
         {"status=500", "wait"},      {"status=404", "wait"},
-        {"reset=1", "wait"},         {"empty=1", "wait"},
-        {"body=%7Bgarbage", "wait"}, {"size=104857600", "wait"}, // 100 MB
-        {"redirect=/event", "wait"},                             // for ever
+        {"reset=1", "wait"},         {"reset=mid", "wait"},
+        {"empty=1", "wait"},         {"body=%7Bgarbage", "wait"},
+        {"size=104857600", "wait"},  // 100 MB
+        {"redirect=/event", "wait"}, // for ever
         {"hang=1", "wait:0.2"},      {"drip=1&body=slowly", "wait:0.2"},
     };
     std::size_t before = 1;
@@ -45,6 +46,37 @@ TEST_F(FaultTest, ACollectorThatIsDownStopsNobody) {
     const auto events = server.events(1);
     ASSERT_THAT(names(events), ::testing::ElementsAre("c"));
     EXPECT_EQ(*events[0].find("extra")->asMap()->find("visitor_type"), "return");
+}
+
+TEST_F(FaultTest, AnAnswerThatBreaksOffCountsByItsStatus) {
+    ASSERT_EQ(console({"activate", "wait"}), 0);
+    // The collector has said that it took the event: sent again, it would count twice.
+    server.fault("path=/event&times=1&reset=mid");
+    ASSERT_EQ(console({"--time-scale", "6000", "activate", "track:taken", "wait"}), 0) << output;
+    EXPECT_THAT(output, ::testing::Not(::testing::HasSubstr("tries again")));
+    EXPECT_THAT(names(server.events(2)), ::testing::ElementsAre("app_install", "taken"));
+
+    server.fault("path=/event&times=1&reset=mid&status=500");
+    ASSERT_EQ(console({"--time-scale", "6000", "activate", "track:refused", "wait"}), 0) << output;
+    EXPECT_THAT(output, ::testing::HasSubstr("tries again in 60 s"));
+    const auto events = server.events(4);
+    ASSERT_THAT(names(events), ::testing::ElementsAre("app_install", "taken", "refused", "refused"));
+    EXPECT_EQ(events[2], events[3]);
+}
+
+TEST_F(FaultTest, ACollectorThatDiesInMidRequestTakesNobodyAlong) {
+    ASSERT_EQ(console({"activate", "wait"}), 0);
+    const DevServer dying;
+    dying.fault("path=/event&hang=1");
+    Process process(consoleCommand({"activate", "track:a", "wait:2", "show"}, dying.url()));
+    ASSERT_EQ(dying.requests("/event", 1).size(), 1u);
+    dying.kill();
+    EXPECT_EQ(process.wait(), 0) << process.output();
+    EXPECT_THAT(process.output(), ::testing::HasSubstr("/event -> no answer"));
+    EXPECT_THAT(process.output(), ::testing::HasSubstr("tries again in 60 s"));
+    EXPECT_THAT(process.output(), ::testing::HasSubstr("portal 33167"));
+    ASSERT_EQ(console({"activate", "track:b", "wait"}), 0);
+    EXPECT_THAT(names(server.events(2)), ::testing::ElementsAre("app_install", "b"));
 }
 
 TEST_F(FaultTest, KilledBetweenAnyTwoStepsOfActivationTheNextStartIsWhole) {
@@ -105,9 +137,10 @@ TEST_F(FaultTest, TenThousandEventsIntoAnOutageStayWithinBounds) {
     ASSERT_NE(at, std::string::npos);
     const long kilobytes = std::stol(output.substr(at + 9));
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << kilobytes << " kB, most of it the sanitizer's";
-#endif
+    EXPECT_GT(kilobytes, 0) << "most of it the sanitizer's";
+#else
     EXPECT_LT(kilobytes, 64 * 1024) << "10,000 waiting events, body and bookkeeping";
+#endif
 }
 
 } // namespace

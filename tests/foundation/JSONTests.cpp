@@ -126,6 +126,18 @@ TEST(JSON, KeepsToTheLimits) {
 
     EXPECT_TRUE(json::read("[12]", {4, 9}));
     EXPECT_FALSE(json::read("[123]", {4, 9}));
+
+    EXPECT_TRUE(json::read(R"([1,{"a":2}])", {100, 9, 4}));
+    for (const char* text : {R"([1,{"a":2}])", "[1,2,3,4]", "[[[[]]]]", R"({"a":1,"a":2,"a":3})"}) {
+        const auto many = json::read(text, {100, 9, 3});
+        ASSERT_FALSE(many) << text;
+        EXPECT_EQ(many.error().message, "JSON of more than 3 values") << text;
+    }
+    EXPECT_FALSE(json::read("1", {100, 9, 0}));
+    // Text that would be a hundred times as long as a tree.
+    const auto hostile = json::read("[" + repeated("[],", 2'000'000) + "0]");
+    ASSERT_FALSE(hostile);
+    EXPECT_EQ(hostile.error().message, "JSON of more than 1000000 values");
 }
 
 TEST(JSON, EmptyTextIsRefusedAlsoWithoutAPointer) { EXPECT_FALSE(json::read(std::string_view())); }

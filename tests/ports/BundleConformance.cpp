@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include "ports/memory/MemoryPlatform.h"
 #include "tests/ports/Machine.h"
+#include "zentavo/core/Zentavo.h"
 
 namespace zentavo::tests {
 namespace {
@@ -41,6 +43,24 @@ TEST_P(BundleConformance, OpensBundlesByPath) {
     EXPECT_EQ(bundles->open(path + "/nothing"), nullptr);
     EXPECT_EQ(bundles->open(""), nullptr);
     EXPECT_EQ(bundles->open(path + std::string("\0", 1)), nullptr);
+}
+
+TEST_P(BundleConformance, AnExtensionFindsItsAppTwoLevelsUp) {
+    const Map extension = {{"CFBundleIdentifier", "com.example.shop.push"}};
+    const auto bundleId = [&](const Map& app) {
+        testing::MemoryPlatform memory;
+        memory.platform()->bundles = machine->bundlesOfExtension(app, extension);
+        Zentavo::setShared(std::make_shared<Zentavo>(memory.platform()));
+        const std::string found = Zentavo::getBundleId();
+        Zentavo::setShared(nullptr);
+        return found;
+    };
+    EXPECT_EQ(bundleId({{"CFBundleIdentifier", "com.example.shop"}}), "com.example.shop");
+
+    const auto bundles = machine->bundlesOfExtension({{"CFBundleIdentifier", 12}}, extension);
+    EXPECT_TRUE(bundles->main()->path().ends_with("/Shop.app/PlugIns/Push.appex")) << bundles->main()->path();
+    EXPECT_THAT(bundles->main()->identifier(), Optional(std::string("com.example.shop.push")));
+    EXPECT_EQ(bundleId({{"CFBundleIdentifier", 12}}), "com.example.shop.push") << "an app that does not say";
 }
 
 ZENTAVO_FOR_EACH_MACHINE(BundleConformance);

@@ -30,6 +30,14 @@ std::shared_ptr<platform::URLTask> start(const std::string& path,
     return host->urlSession->start(std::move(request), queue, std::move(completion));
 }
 
+/// A queue of the host's on which handing over takes for ever.
+class StuckQueue final : public platform::DispatchQueue {
+public:
+    void async(platform::Block) override { std::this_thread::sleep_for(std::chrono::seconds(10)); }
+    platform::TimerId after(std::chrono::nanoseconds, platform::Block) override { return 0; }
+    bool cancel(platform::TimerId) override { return false; }
+};
+
 /// What a host's own static object does when it goes after everything else.
 struct LateCaller {
     ~LateCaller() {
@@ -66,6 +74,9 @@ int run(const std::string& scenario) {
             std::this_thread::sleep_for(std::chrono::seconds(10));
         });
         running.get_future().wait();
+    } else if (scenario == "stuck") { // the network thread itself cannot end
+        queue = std::make_shared<StuckQueue>();
+        start("/1");
     } else if (scenario == "late") {
         std::promise<void> done;
         lateCaller.task = start("/1", [&](auto) { done.set_value(); });

@@ -99,6 +99,13 @@ TEST_F(ExitTest, ABlockThatDoesNotEndHoldsNobodyUp) {
     EXPECT_LT(ending.took, 700ms + sanitizing);
 }
 
+TEST_F(ExitTest, AThreadThatCannotEndCostsNoSecondSecond) {
+    const auto ending = run("stuck");
+    EXPECT_EQ(ending.code, 0);
+    EXPECT_GE(ending.took, 900ms);
+    EXPECT_LT(ending.took, 1300ms + sanitizing);
+}
+
 TEST_F(ExitTest, LateCallersFindLiveObjectsThatDoNothing) {
     const auto late = run("late");
     EXPECT_EQ(late.code, 0);

@@ -48,6 +48,12 @@ public:
     }
     std::string addBundle(const Map& info) override { return addBundle("Other.app", info); }
 
+    std::shared_ptr<platform::Bundles> bundlesOfExtension(const Map& appInfo, const Map& extensionInfo) override {
+        addBundle("Shop.app", appInfo);
+        const std::filesystem::path extension = addBundle("Shop.app/PlugIns/Push.appex", extensionInfo);
+        return std::make_shared<PlistBundles>(PlistBundles::bundleOf(extension / "Push"));
+    }
+
     std::shared_ptr<platform::Device> device(const std::string& vendor) override {
         folder_.write("etc/machine-id", "3d1219c7c4c5404aaa1f6d2a48adfda4\n");
         return std::make_shared<LinuxDevice>(vendor, folder_.path());

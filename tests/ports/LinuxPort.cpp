@@ -14,6 +14,11 @@ void farSide(const LoopbackServer::Request& request, LoopbackServer::Reply& repl
     const auto path = request.target.substr(0, request.target.find('?'));
     if (path == "/hang") {
         reply.hang();
+    } else if (path == "/reset") {
+        reply.send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nabc");
+        reply.reset();
+    } else if (path == "/loop") {
+        reply.answer(302, "", "Location: /loop\r\n");
     } else if (path == "/empty") {
         reply.answer(200);
     } else {

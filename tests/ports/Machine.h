@@ -36,6 +36,8 @@ public:
     virtual std::shared_ptr<platform::Bundles> bundles(const Map& info) = 0;
     /// Puts another bundle next to the program's, and says where.
     virtual std::string addBundle(const Map& info) = 0;
+    /// The bundles of the extension "PlugIns/Push.appex" inside an app.
+    virtual std::shared_ptr<platform::Bundles> bundlesOfExtension(const Map& appInfo, const Map& extensionInfo) = 0;
 
     virtual std::shared_ptr<platform::Device> device(const std::string& vendor) = 0;
     virtual std::shared_ptr<platform::Clock> clock() = 0;

@@ -32,6 +32,13 @@ public:
         return bundle->path();
     }
 
+    std::shared_ptr<platform::Bundles> bundlesOfExtension(const Map& appInfo, const Map& extensionInfo) override {
+        const auto bundles = std::make_shared<MemoryBundles>("/apps/Shop.app/PlugIns/Push.appex");
+        fill(*bundles->mainBundle(), extensionInfo);
+        fill(*bundles->add("/apps/Shop.app"), appInfo);
+        return bundles;
+    }
+
     std::shared_ptr<platform::Device> device(const std::string& vendor) override {
         DeviceFacts facts;
         facts.identifierForVendor =

@@ -17,6 +17,8 @@ public:
         session_.on({.pathPrefix = "/empty"}, ScriptedAnswer{200, ""});
         session_.on({.host = "dead.example"}, ScriptedAnswer::failure(platform::URLErrorKind::cannotConnect));
         session_.on({.pathPrefix = "/hang"}, ScriptedAnswer::never());
+        session_.on({.pathPrefix = "/reset"}, ScriptedAnswer::failure(platform::URLErrorKind::connectionLost));
+        session_.on({.pathPrefix = "/loop"}, ScriptedAnswer::failure(platform::URLErrorKind::tooManyRedirects));
     }
     platform::DispatchQueues& queues() override { return queues_; }
     platform::MainQueue& mainQueue() override { return *queues_.mainQueue(); }
@@ -41,6 +43,7 @@ public:
         }
         return result;
     }
+    bool watchesIdleTime() const override { return false; }
     bool speaksHTTP() const override { return false; }
     bool hasItsOwnThread() const override { return false; }
 

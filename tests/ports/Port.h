@@ -38,13 +38,15 @@ public:
 
     virtual platform::URLSession& session() = 0;
     /// A place on the far side: "/status/N" answers with that status and the body "status N", "/empty" with no bytes,
-    /// "/hang" never.
+    /// "/hang" never, "/reset" breaks off in the middle of its answer, "/loop" sends to itself for ever.
     virtual URL url(std::string_view path) = 0;
     /// A place where nobody listens.
     virtual URL deadURL() = 0;
     /// What the far side has got.
     virtual std::vector<SeenRequest> seen() = 0;
 
+    /// Exchanges that stand still end by their own idle timeout.
+    virtual bool watchesIdleTime() const { return true; }
     /// Requests travel as bytes, so the far side sees what HTTP makes of them.
     virtual bool speaksHTTP() const { return true; }
     /// Blocks run on a thread of the port's own, not on the test's.

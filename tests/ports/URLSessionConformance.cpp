@@ -1,4 +1,8 @@
-// What URLSession.h promises, held against every port. What only bytes on a wire can show is in CurlURLSessionTest.cpp.
+// What URLSession.h promises, held against every port.
+//
+// What only bytes on a wire can show is in CurlURLSessionTest.cpp: the method after a redirect, cookies, an idle timeout
+// that a slow answer does not meet, what is left of a broken answer. A scripted session has none of these: it hands out
+// the last hop's answer as its test wrote it, and leaves open what its test leaves open.
 
 #include <algorithm>
 #include <atomic>
@@ -114,6 +118,24 @@ TEST_P(URLSessionConformance, AFailureHasAnErrorAndNoData) {
     EXPECT_FALSE(refused.error->message.empty());
     EXPECT_FALSE(refused.data);
     EXPECT_FALSE(refused.response);
+
+    for (const auto& [path, kind] :
+         {std::pair("/reset", URLErrorKind::connectionLost), std::pair("/loop", URLErrorKind::tooManyRedirects)}) {
+        const auto broken = send(request(path, "POST", "body"));
+        ASSERT_TRUE(broken.error) << path;
+        EXPECT_EQ(broken.error->kind, kind) << path;
+        EXPECT_FALSE(broken.error->message.empty());
+        EXPECT_FALSE(broken.data) << "not half of it either";
+    }
+    if (port->watchesIdleTime()) {
+        auto idle = request("/hang");
+        idle->idleTimeout = 200ms;
+        const auto late = send(idle);
+        ASSERT_TRUE(late.error);
+        EXPECT_EQ(late.error->kind, URLErrorKind::timedOut);
+        EXPECT_FALSE(late.data);
+    }
+    EXPECT_EQ(send(request("/status/200")).data, "status 200") << "none of them harms the next";
 
     for (const char* text : {"ftp://far.example/", "file:///etc/hostname", "relative/path"}) {
         const auto unsupported = send(std::make_shared<URLRequest>(*URL::parse(text)));

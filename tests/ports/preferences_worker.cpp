@@ -1,13 +1,17 @@
 // A process of its own for SqlitePreferencesTest: writes to a suite as its arguments say.
 //
-//   preferences_worker hammer FOLDER NAME ROUNDS   keys of its own, a counter and a pair that others write too; exits
-//                                                  with 3 when the store was out of reach for a while
+//   preferences_worker hammer FOLDER NAME ROUNDS   keys of its own, a counter and a pair that others write too
 //   preferences_worker count FOLDER                1, 2, 3 …, each number printed once it is stored, until killed
+//   preferences_worker watch FOLDER                as a user without rights: prints "key" before and after changing it,
+//                                                  then "foreign" once somebody has stored it, and goes on trying to
+//                                                  store its changes until killed
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <thread>
 
 #include <unistd.h>
 
@@ -19,15 +23,10 @@ using namespace zentavo;
 
 class ErrorLog final : public platform::SystemLog {
 public:
-    void write(platform::LogLevel, std::string_view message) override {
-        hasLines = true;
-        std::cerr << message << "\n";
-    }
-
-    bool hasLines = false;
+    void write(platform::LogLevel, std::string_view message) override { std::cerr << message << "\n"; }
 };
 
-int hammer(platform::Preferences& suite, const std::string& name, int rounds) {
+int hammer(platform::Preferences& suite, platform::Preferences& witness, const std::string& name, int rounds) {
     for (int i = 1; i <= rounds; ++i) {
         const std::string key = name + std::to_string(i % 20);
         suite.set(key, i);
@@ -42,8 +41,13 @@ int hammer(platform::Preferences& suite, const std::string& name, int rounds) {
             return 2;
         }
     }
-    suite.synchronise();
-    return 0;
+    // What a busy store has kept waiting goes into it in one piece, this last value included.
+    suite.set(name + " done", 1);
+    for (int i = 0; i < 10'000 && !witness.object(name + " done"); ++i) {
+        suite.synchronise();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return witness.object(name + " done") ? 0 : 3;
 }
 
 int count(platform::Preferences& suite) {
@@ -55,11 +59,36 @@ int count(platform::Preferences& suite) {
     }
 }
 
+bool print(double number) {
+    const int whole = static_cast<int>(number);
+    return ::write(STDOUT_FILENO, &whole, sizeof whole) == sizeof whole;
+}
+
+int watch(platform::Preferences& suite) {
+    print(suite.number("key"));
+    suite.update("key", [](const std::optional<Value>& old) { return Value(old->exactInt64().value() + 1); });
+    print(suite.number("key"));
+    const auto pause = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
+    while (!suite.object("foreign")) {
+        pause();
+    }
+    print(suite.number("foreign"));
+    for (;;) {
+        suite.synchronise();
+        pause();
+    }
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments) {
     if (argumentCount < 3) {
         return 64;
+    }
+    const std::string task = arguments[1];
+    constexpr uid_t nobody = 65534;
+    if (task == "watch" && ::getuid() == 0 && ::setuid(nobody) != 0) {
+        return 77;
     }
     const auto log = std::make_shared<ErrorLog>();
     linux_port::SqlitePreferencesProvider provider(arguments[2], "standard", "", log, nullptr);
@@ -67,5 +96,12 @@ int main(int argumentCount, char** arguments) {
     if (!suite) {
         return 1;
     }
-    return arguments[1] == std::string("count") ? count(*suite) : hammer(*suite, arguments[3], std::atoi(arguments[4]));
+    if (task == "watch") {
+        return watch(*suite);
+    }
+    if (task == "count") {
+        return count(*suite);
+    }
+    linux_port::SqlitePreferencesProvider other(arguments[2], "standard", "", log, nullptr);
+    return hammer(*suite, *other.suite("shared"), arguments[3], std::atoi(arguments[4]));
 }

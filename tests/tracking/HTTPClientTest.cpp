@@ -68,6 +68,47 @@ TEST_F(HTTPClientTest, SendsJSONAndTellsTheCompletionOnceWhateverTheStatus) {
     EXPECT_EQ(request->idleTimeout, 60s);
 }
 
+TEST_F(HTTPClientTest, EveryFailureIsOneLineOfTheLog) {
+    const auto lines = [&](const ScriptedAnswer& answer) {
+        memory.console->clear();
+        memory.session->setDefault(answer);
+        post();
+        settle();
+        return logged();
+    };
+    const std::string subject = "; POST http://127.0.0.1/event is ";
+    const auto failed = [&](const char* next) {
+        return ::testing::AllOf(::testing::StartsWith("Error: "), ::testing::EndsWith(subject + next));
+    };
+    EXPECT_THAT(lines({200, "ok"}), ::testing::IsEmpty());
+    EXPECT_THAT(lines({404, "missing"}), ::testing::ElementsAre("Error: status 404" + subject + "sent again in 60 s"));
+    const auto cut = ScriptedAnswer::failure(URLErrorKind::cannotConnect);
+    EXPECT_THAT(lines(cut), ::testing::ElementsAre(failed("sent again in 60 s")));
+    EXPECT_THAT(lines(cut), ::testing::ElementsAre(failed("sent again in 60 s")));
+    EXPECT_THAT(lines(cut), ::testing::ElementsAre(failed("sent again in 3600 s")));
+    memory.console->clear();
+    memory.session->setDefault({500, "broken"});
+    memory.queues->advance(60s); // retries that fail as well
+    const std::string last = "Error: status 500" + subject + "not sent again";
+    EXPECT_THAT(memory.console->lines(),
+                ::testing::AllOf(::testing::SizeIs(3), ::testing::Each(::testing::EndsWith(last))));
+}
+
+TEST_F(HTTPClientTest, CountsOfOneRequestTooManyBeginAnew) {
+    memory.session->setDefault({500, ""});
+    for (int i = 0; i < 3; ++i) {
+        post();
+    }
+    for (std::size_t n = 0; n < HTTPClient::maximumCounted; ++n) {
+        client->get(*URL::parse("http://127.0.0.1/" + std::to_string(n)), nullptr);
+    }
+    settle();
+    memory.console->clear();
+    post();
+    settle();
+    EXPECT_THAT(logged(), ::testing::ElementsAre(::testing::EndsWith("in 60 s"))) << "not the hour of a fourth failure";
+}
+
 TEST_F(HTTPClientTest, RepeatsTheSameRequestBitByBit) {
     memory.session->setDefault(ScriptedAnswer::failure(URLErrorKind::connectionLost));
     post();
@@ -132,6 +173,7 @@ TEST_F(HTTPClientTest, AClientThatIsGoneRepeatsNothing) {
     memory.session->answer(0, {500, "late"});
     settle();
     EXPECT_EQ(completions, std::vector<std::string>{"late"});
+    EXPECT_THAT(logged(), ::testing::ElementsAre(::testing::EndsWith("is not sent again")));
     memory.queues->advance(48h);
     EXPECT_EQ(requests(), 1U);
 }
@@ -175,6 +217,26 @@ TEST_F(HTTPClientTest, WhatWaitsForAnAnswerIsBounded) {
     completions.clear();
     post({{"text", text}});
     EXPECT_EQ(requests(), 1U) << "an answer makes room";
+}
+
+TEST_F(HTTPClientTest, AnOutageThatOutlastsTheRetriesEnds) {
+    memory.session->setDefault(ScriptedAnswer::failure(URLErrorKind::cannotConnect));
+    const std::string text(8U << 20U, 'x');
+    for (int i = 0; i < 7; ++i) { // as much as may be held
+        post({{"n", i}, {"text", text}});
+    }
+    settle();
+    memory.queues->advance(60s); // every retry fails as well
+    ASSERT_EQ(requests(), 14U);
+    memory.session->setDefault({});
+    memory.session->clear();
+    completions.clear();
+    for (int i = 0; i < 7; ++i) {
+        post({{"n", i}, {"text", text}});
+    }
+    settle();
+    EXPECT_EQ(requests(), 7U) << "what has been given up makes room";
+    EXPECT_THAT(completions, ::testing::Each("{}"));
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "tests/support/Golden.h"
 #include "tests/support/SdkTest.h"
 
 namespace zentavo {
@@ -27,9 +28,7 @@ TEST_F(PushRegistrationTest, ATokenIsIdentifiedAndTheSubscriptionTracked) {
     registerToken();
     const auto requests = sent("/api/app/identify");
     ASSERT_EQ(requests.size(), 1U);
-    EXPECT_EQ(
-        bodyOf(*requests[0]),
-        (Map{{"portal_id", 1001}, {"identifier", "0aff"}, {"channel", "ios"}, {"device_id", sdk->getDeviceId()}}));
+    expectGolden("push-identify", bodyOf(*requests[0]));
     EXPECT_EQ(sdk->getPushUid(), "push-1");
     ASSERT_THAT(eventNames(), ElementsAre("app_push_subscribe"));
     const Map body = events()[0];
@@ -55,9 +54,11 @@ TEST_F(PushRegistrationTest, AnUnchangedTokenWaitsFiveMinutesAndAChangedOneDoesN
 
 TEST_F(PushRegistrationTest, AFailedRegistrationDoesNotStartThePauseAndIsRepeated) {
     start();
+    sdk->setDebug(true);
     memory.session->on({"POST", "", "/api/app/identify"},
                        testing::ScriptedAnswer::failure(platform::URLErrorKind::cannotConnect), 1);
     registerToken();
+    EXPECT_THAT(logged(), ElementsAre(::testing::HasSubstr("/api/app/identify is sent again in 60 s")));
     EXPECT_EQ(registrations(), 1U);
     EXPECT_EQ(store()->object(keys().operationTime), std::nullopt);
     memory.queues->advance(60s);
@@ -124,8 +125,7 @@ TEST_F(PushRegistrationTest, ALaunchIsReportedAfterActivationOnly) {
     settle();
     const auto requests = sent("/api/application");
     ASSERT_EQ(requests.size(), 1U);
-    EXPECT_EQ(*bodyOf(*requests[0]).find("portal_id"), "1001");
-    EXPECT_EQ(*bodyOf(*requests[0]).find("application_id"), "42");
+    expectGolden("push-application", bodyOf(*requests[0]));
 }
 
 } // namespace

@@ -17,8 +17,6 @@ public:
     /// The description, with this object's own "instanceId".
     Map execute() const;
 
-    const std::string& instanceId() const noexcept { return instanceId_; }
-
     /// A host's own idea of the device's id; not part of the description.
     std::optional<std::string> deviceID;
 

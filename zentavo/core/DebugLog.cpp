@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "zentavo/foundation/SingleLine.h"
+
 namespace zentavo {
 
 void DebugLog::write(std::string_view message) const {
@@ -12,6 +14,7 @@ void DebugLog::write(std::string_view message) const {
     line += logTimestamp(clock_->local(clock_->now()));
     line += ": ";
     line += message;
+    makeSingleLine(line);
     console_->writeLine(line);
 }
 

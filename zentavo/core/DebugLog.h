@@ -19,7 +19,7 @@ public:
     bool enabled() const noexcept { return enabled_.load(std::memory_order_relaxed); }
     void setEnabled(bool enabled) noexcept { enabled_.store(enabled, std::memory_order_relaxed); }
 
-    /// "<ZENTAVO> - 05.11.26 - 09:03:07: message"
+    /// "<ZENTAVO> - 05.11.26 - 09:03:07: message". One line whatever is in the message.
     void write(std::string_view message) const;
 
 private:

@@ -1,5 +1,7 @@
 #include "zentavo/core/Zentavo.h"
 
+#include <filesystem>
+
 #include "zentavo/core/ZentavoState.h"
 
 namespace zentavo {
@@ -93,31 +95,34 @@ void Zentavo::activate(Configuration configuration) {
 Endpoints Zentavo::endpoints() const { return state_->account()->endpoints; }
 
 void Zentavo::setEndpoints(Endpoints endpoints) {
-    state_->changeAccount([&](Account& account) { account.endpoints = std::move(endpoints); });
+    entryPoint("setEndpoints",
+               [&] { state_->changeAccount([&](Account& account) { account.endpoints = std::move(endpoints); }); });
 }
 
 std::string Zentavo::getBundleId() {
-    auto& bundles = *Zentavo::shared()->state()->platform->bundles;
-    const auto main = bundles.main();
-    const std::string path = main->path();
-    if (path.ends_with(".appex")) {
-        // Shop.app/PlugIns/Push.appex: the app is two levels up.
-        std::size_t end = path.rfind('/');
-        end = end == std::string::npos || end == 0 ? std::string::npos : path.rfind('/', end - 1);
-        if (end != std::string::npos) {
-            if (const auto app = bundles.open(std::string_view(path).substr(0, end))) {
-                if (auto identifier = app->infoText("CFBundleIdentifier")) {
+    return entryPoint(
+        "getBundleId",
+        [] {
+            auto& bundles = *Zentavo::shared()->state()->platform->bundles;
+            const auto main = bundles.main();
+            const std::filesystem::path path = main->path();
+            if (path.extension() == ".appex") {
+                // Shop.app/PlugIns/Push.appex: the app is two levels up.
+                const auto app = bundles.open(path.parent_path().parent_path().string());
+                if (auto identifier = app ? app->infoText("CFBundleIdentifier") : std::nullopt) {
                     return *std::move(identifier);
                 }
             }
-        }
-    }
-    return main->identifier().value_or("");
+            return main->identifier().value_or("");
+        },
+        std::string());
 }
 
 bool Zentavo::debug() const { return state_->log->enabled(); }
 void Zentavo::setDebug(bool enabled) { state_->log->setEnabled(enabled); }
-void Zentavo::log(std::string_view message) const { state_->log->write(message); }
+void Zentavo::log(std::string_view message) const {
+    entryPoint("log", [&] { state_->log->write(message); });
+}
 
 Zentavo::LogCallback Zentavo::logger() const {
     MutexLock lock(state_->mutex);
@@ -155,7 +160,9 @@ void Zentavo::setHandleChangeRouteTemplate(RouteCallback callback) {
 }
 
 Map Zentavo::context() const { return state_->account()->context; }
-void Zentavo::setContext(Map context) { state_->setContext(std::move(context)); }
+void Zentavo::setContext(Map context) {
+    entryPoint("setContext", [&] { state_->setContext(std::move(context)); });
+}
 std::optional<Configuration> Zentavo::configuration() const { return state_->account()->configuration; }
 
 std::string Zentavo::sessionIdKey() { return sharedKeys().sessionId; }

@@ -33,8 +33,10 @@ struct DeliveryTrace;
 /// the SDK's worker unless their comment says otherwise, and never under a lock.
 /// Lifetime: held by `std::shared_ptr`. The shared instance lives as long as the process, also for calls made while the
 /// process exits.
-/// Errors: no exception leaves a member. Network failures are not reported; `setDebug(true)` shows them. Faults of the
-/// program itself (tracking before any activation) stop the process unless `setFaultPolicy` says otherwise.
+/// Errors: no exception leaves a member that does something or asks the system; what only copies a value (a plain
+/// getter, making an event) can find no memory for the copy. Network failures are not reported; `setDebug(true)` shows
+/// them. Faults of the program itself (tracking before any activation) stop the process unless `setFaultPolicy` says
+/// otherwise.
 class ZENTAVO_EXPORT Zentavo : public std::enable_shared_from_this<Zentavo> {
 public:
     using RouteCallback = std::function<void(std::string route)>;
@@ -126,10 +128,9 @@ public:
     /// The stored customer id, or "".
     std::string getCustomerId() const;
 
-    /// From the configuration, else as the last activation on this store left them, else "".
+    // The account of the last activation in this process, else "".
     std::optional<std::string> getPortalId() const;
     std::string getPropsId() const;
-    /// From the configuration only, else "".
     std::optional<std::string> getAppGroupId() const;
     /// What the push service calls this device; none before the first registration.
     std::optional<std::string> getPushUid() const;
@@ -200,8 +201,7 @@ private:
     std::shared_ptr<BaseOperation> baseOperation();
     std::shared_ptr<CDPDeliveryJsonOperation> cdpDeliveryJsonOperation();
     void send(const CDPEvent& event);
-    void handleEventAnswer(const std::shared_ptr<const std::string>& body, const std::optional<std::string>& data,
-                           const std::optional<Error>& error);
+    void handleEventAnswer(const std::shared_ptr<const std::string>& body, const std::optional<std::string>& data);
     /// Asks which message is due for the event that sent `body`. On the worker.
     void deliver(const std::string& body, const std::string& sessionId);
     void sendFirstInstall();

@@ -23,10 +23,11 @@ class TemplatePresenter;
 
 /// What an activation settles, as one unchanging record: an event takes the whole of it with one pointer.
 struct Account {
+    /// None before activation.
     std::optional<Configuration> configuration;
-    Endpoints endpoints;
-    /// Null before activation.
+    /// Null before activation: set together with `configuration`.
     std::shared_ptr<platform::Preferences> store;
+    Endpoints endpoints;
     Map context;
     /// `context` as JSON text, rendered once for all events; an error where JSON cannot say it.
     Result<std::string> contextText = std::string("{}");
@@ -58,16 +59,22 @@ struct Zentavo::State {
     }
     std::shared_ptr<platform::Preferences> store() const { return account()->store; }
 
-    /// Puts a changed copy of the account in force; `change` is called under the lock and must be plain assignment.
+    /// Puts a changed copy of the account in force. Changes wait for each other and readers for none of them; `change`
+    /// must be plain assignment.
     template <class Change>
     void changeAccount(Change change) {
+        std::shared_ptr<const Account> other; // first the next one, then the earlier one, released after the locks
+        MutexLock oneAtATime(changing);
+        auto copy = std::make_shared<Account>(*account());
+        change(*copy);
+        other = std::move(copy);
         MutexLock lock(mutex);
-        auto next = std::make_shared<Account>(*accountInForce);
-        change(*next);
-        accountInForce = std::move(next);
+        accountInForce.swap(other);
     }
     void setContext(Map context);
 
+    /// Held while a changed account is made; taken before `mutex`.
+    Mutex changing;
     mutable Mutex mutex;
     std::shared_ptr<const Account> accountInForce ZENTAVO_GUARDED_BY(mutex) = std::make_shared<const Account>();
     std::optional<std::string> customerId ZENTAVO_GUARDED_BY(mutex);

@@ -22,10 +22,16 @@ constexpr std::size_t deepestNesting = 1000;
 /// Copies the parser's document into a `Value`.
 class TreeBuilder {
 public:
-    explicit TreeBuilder(std::size_t maximumDepth) : levelsLeft_(maximumDepth) {}
+    TreeBuilder(std::size_t maximumDepth, std::size_t maximumValues)
+        : levelsLeft_(maximumDepth), valuesLeft_(maximumValues) {}
 
-    /// False when the document is nested too deep; `value` is then incomplete.
+    /// False when the document is beyond a limit; `value` is then incomplete.
     bool build(dom::element element, Value& value) {
+        if (valuesLeft_ == 0) {
+            hasTooMany_ = true;
+            return false;
+        }
+        --valuesLeft_;
         // The getters cannot fail here: each is asked for the kind that the element has.
         switch (element.type()) {
         case dom::element_type::ARRAY:
@@ -54,12 +60,24 @@ public:
         return false;
     }
 
+    /// After false: whether it was the number of values, not their depth.
+    bool hasTooMany() const { return hasTooMany_; }
+
 private:
-    bool buildList(dom::array array, Value& value) {
-        if (levelsLeft_ == 0) {
+    /// One level down, to `size` values. The parser counts no further than 2^24 - 1, which serves as well.
+    bool enter(std::size_t size) {
+        hasTooMany_ = levelsLeft_ != 0 && size > valuesLeft_; // found out before room is made for them
+        if (levelsLeft_ == 0 || hasTooMany_) {
             return false;
         }
         --levelsLeft_;
+        return true;
+    }
+
+    bool buildList(dom::array array, Value& value) {
+        if (!enter(array.size())) {
+            return false;
+        }
         List list;
         list.reserve(array.size());
         for (const dom::element element : array) {
@@ -73,10 +91,9 @@ private:
     }
 
     bool buildMap(dom::object object, Value& value) {
-        if (levelsLeft_ == 0) {
+        if (!enter(object.size())) {
             return false;
         }
-        --levelsLeft_;
         Map map;
         map.reserve(object.size());
         for (const dom::key_value_pair member : object) {
@@ -90,15 +107,22 @@ private:
     }
 
     std::size_t levelsLeft_;
+    std::size_t valuesLeft_;
+    bool hasTooMany_ = false;
 };
 
-Result<Value> readWith(dom::parser& parser, std::string_view text, std::size_t maximumDepth) {
+Result<Value> readWith(dom::parser& parser, std::string_view text, std::size_t maximumDepth,
+                       std::size_t maximumValues) {
     dom::element root;
     if (const auto code = parser.parse(text.data(), text.size()).get(root); code != simdjson::SUCCESS) {
         return Error{std::string("not JSON: ") + simdjson::error_message(code)};
     }
     Value value;
-    if (!TreeBuilder(maximumDepth).build(root, value)) {
+    TreeBuilder builder(maximumDepth, maximumValues);
+    if (!builder.build(root, value)) {
+        if (builder.hasTooMany()) {
+            return Error{"JSON of more than " + std::to_string(maximumValues) + " values"};
+        }
         return Error{"JSON nested deeper than " + std::to_string(maximumDepth) + " levels"};
     }
     return value;
@@ -124,10 +148,10 @@ Result<Value> read(std::string_view text, const Limits& limits) {
     const std::size_t depth = std::min(limits.maximumDepth, deepestNesting);
     if (text.size() > keptParserBytes) {
         dom::parser parser;
-        return readWith(parser, text, depth);
+        return readWith(parser, text, depth, limits.maximumValues);
     }
     static thread_local dom::parser parser;
-    return readWith(parser, text, depth);
+    return readWith(parser, text, depth, limits.maximumValues);
 }
 
 Result<Map> readMap(std::string_view text, const Limits& limits) {

@@ -17,6 +17,8 @@ struct Limits {
     std::size_t maximumBytes = 16U << 20U;
     /// Levels of lists and maps inside each other; the same default bound holds for writing. At most 1000.
     std::size_t maximumDepth = 256;
+    /// Values in all, lists, maps and what is in them: a value takes some 30 times the bytes of its shortest text.
+    std::size_t maximumValues = 1'000'000;
 };
 
 /// Reads one JSON value of any kind. Of members with one name the last wins. Refused: invalid UTF-8, numbers that no

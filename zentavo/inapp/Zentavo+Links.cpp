@@ -114,21 +114,19 @@ void Zentavo::getMediaJson(const CDPEvent& event, std::string storyId, MediaCall
 
 void Zentavo::processGetMediaJson(const Map& eventBody, MediaCallback completion) {
     entryPoint("processGetMediaJson", [&] {
-        cdpDeliveryJsonOperation()->deliver(
-            endpoints(), getPortalId().value_or(""), getPropsId(), eventBody,
-            [log = state_->log, completion = std::move(completion)](const std::optional<std::string>& data,
-                                                                    const std::optional<Error>& error) {
-                if (!data) {
-                    log->write("Error: " + (error ? error->message : "no answer"));
-                    return;
-                }
-                auto content = json::readMap(*data);
-                if (!content) {
-                    log->write("Error: " + content.error().message);
-                } else if (completion) {
-                    completion(*std::move(content));
-                }
-            });
+        cdpDeliveryJsonOperation()->deliver(endpoints(), getPortalId().value_or(""), getPropsId(), eventBody,
+                                            [log = state_->log, completion = std::move(completion)](
+                                                const std::optional<std::string>& data, const std::optional<Error>&) {
+                                                if (!data) {
+                                                    return; // logged by the client
+                                                }
+                                                auto content = json::readMap(*data);
+                                                if (!content) {
+                                                    log->write("Error: " + content.error().message);
+                                                } else if (completion) {
+                                                    completion(*std::move(content));
+                                                }
+                                            });
     });
 }
 

@@ -76,6 +76,7 @@ public:
     virtual std::shared_ptr<Preferences> standard() = 0;
 
     /// The suite called `name`; null when it is refused: `isSuiteName` says no, or no place for it can be made.
+    /// One that another process merely keeps busy is not refused: it lives in memory until it can be reached.
     virtual std::shared_ptr<Preferences> suite(std::string_view name) = 0;
 };
 

@@ -34,7 +34,6 @@ struct ZENTAVO_EXPORT URLRequest {
 
     /// Compared whole: URL, method, headers and the bytes of the body.
     friend ZENTAVO_EXPORT bool operator==(const URLRequest& a, const URLRequest& b);
-    std::size_t hash() const noexcept;
 };
 
 /// The head of an HTTP answer, of the last hop where there were redirects.

@@ -39,33 +39,43 @@ void CDPEvent::setCustomerProperties(Map customerProperties) {
 }
 
 Map CDPEvent::bodyMap() const {
-    const auto instance = facade();
-    auto account = instance->state()->account();
-    if (!account->store) {
-        return {};
-    }
-    static const std::string none;
-    return EventBody(*instance->state(), std::move(account), *this, none, none).map();
+    return entryPoint(
+        "bodyMap",
+        [&] {
+            const auto instance = facade();
+            auto account = instance->state()->account();
+            if (!account->store) {
+                return Map();
+            }
+            static const std::string none;
+            return EventBody(*instance->state(), std::move(account), *this, none, none).map();
+        },
+        Map());
 }
 
 Map CDPEvent::encode() const {
-    const Map body = bodyMap();
-    const auto part = [&body](const char* key) {
-        const Value* value = body.find(key);
-        return value != nullptr ? *value : Value(Map());
-    };
-    return Map{
-        {"portal_id", portal_id},
-        {"prop_id", prop_id},
-        {"en", en},
-        {"uid", uid},
-        {"dims", part("dims")},
-        {"extra", part("extra")},
-        {"items", List(items.begin(), items.end())},
-        {"resp_type", "json"},
-        {"userproperties", userProps},
-        {"customerproperties", customerProps},
-    };
+    return entryPoint(
+        "encode",
+        [&] {
+            const Map body = bodyMap();
+            const auto part = [&body](const char* key) {
+                const Value* value = body.find(key);
+                return value != nullptr ? *value : Value(Map());
+            };
+            return Map{
+                {"portal_id", portal_id},
+                {"prop_id", prop_id},
+                {"en", en},
+                {"uid", uid},
+                {"dims", part("dims")},
+                {"extra", part("extra")},
+                {"items", List(items.begin(), items.end())},
+                {"resp_type", "json"},
+                {"userproperties", userProps},
+                {"customerproperties", customerProps},
+            };
+        },
+        Map());
 }
 
 } // namespace zentavo

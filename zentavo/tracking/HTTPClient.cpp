@@ -16,6 +16,26 @@ constexpr std::size_t maximumAnswerBytes = 8U << 20U;
 
 bool succeeded(const platform::URLResult& result) noexcept { return result.response && result.response->status < 300; }
 
+/// What went wrong; empty when nothing did.
+std::string problem(const platform::URLResult& result) {
+    if (result.error) {
+        return result.error->message;
+    }
+    if (succeeded(result)) {
+        return {};
+    }
+    return result.response ? "status " + std::to_string(result.response->status) : "no answer";
+}
+
+/// A line about a request that failed, and when it is sent again.
+void tell(const DebugLog& log, const std::string& problem, const platform::URLRequest& request,
+          std::optional<std::chrono::seconds> delay) {
+    if (!problem.empty() && log.enabled()) {
+        log.write("Error: " + problem + "; " + request.method + ' ' + request.url.text() +
+                  (delay ? " is sent again in " + std::to_string(delay->count()) + " s" : " is not sent again"));
+    }
+}
+
 } // namespace
 
 /// How many bytes of bodies the client's requests hold at the moment.
@@ -32,7 +52,7 @@ struct HTTPClient::HeldBytes {
     void give(std::size_t bytes) noexcept { count.fetch_sub(bytes, std::memory_order_relaxed); }
 };
 
-/// A request that gives its bytes back when the last who holds it lets go: session, retry timer, count of failures.
+/// A request that gives its bytes back when the last who holds it lets go: session or retry timer.
 struct HTTPClient::HeldRequest {
     HeldRequest(URL url, std::shared_ptr<HeldBytes> account) : request(std::move(url)), held(std::move(account)) {}
     ~HeldRequest() { held->give(request.body ? request.body->size() : 0); }
@@ -87,9 +107,14 @@ void HTTPClient::start(URL url, std::string method, std::shared_ptr<const std::s
     }
     Request request(std::move(owner), &draft);
 
-    auto finished = [weak = weak_from_this(), request, completion = std::move(completion)](platform::URLResult result) {
+    auto finished = [weak = weak_from_this(), log = log_, request,
+                     completion = std::move(completion)](platform::URLResult result) {
         const bool failed = !succeeded(result);
+        std::string wrong;
         entryPoint("completion", [&] {
+            if (log->enabled()) {
+                wrong = problem(result);
+            }
             if (completion && (result.data || result.error)) {
                 std::optional<Error> error;
                 if (!result.data) {
@@ -98,9 +123,10 @@ void HTTPClient::start(URL url, std::string method, std::shared_ptr<const std::s
                 completion(std::move(result.data), std::move(error));
             }
         });
-        if (const auto self = failed ? weak.lock() : nullptr) {
-            entryPoint("completion", [&] { self->retry(request); });
-        }
+        entryPoint("completion", [&] {
+            const auto self = failed ? weak.lock() : nullptr;
+            tell(*log, wrong, *request, self ? self->retry(request) : std::nullopt);
+        });
     };
     platform_->urlSession->start(request, concurrent_, std::move(finished));
 }
@@ -114,13 +140,16 @@ void HTTPClient::refuse(const Error& error, const Completion& completion) const 
     }
 }
 
-void HTTPClient::retry(const Request& request) {
+std::optional<std::chrono::seconds> HTTPClient::retry(const Request& request) {
+    const RequestDigest digest(*request);
     const auto now = platform_->clock->now();
     std::optional<std::chrono::seconds> delay;
-    decltype(failedRequestsCount_) forgotten; // released outside the lock
     {
         MutexLock lock(mutex_);
-        const int attempt = ++failedRequestsCount_[request];
+        if (failedRequestsCount_.size() >= maximumCounted && !failedRequestsCount_.contains(digest)) {
+            failedRequestsCount_.clear();
+        }
+        const int attempt = ++failedRequestsCount_[digest];
         if (attempt == 1) {
             stopTimeRetry_ = now + RetryRule::period;
         }
@@ -129,7 +158,7 @@ void HTTPClient::retry(const Request& request) {
         }
         if (!delay) {
             stopTimeRetry_.reset();
-            forgotten.swap(failedRequestsCount_);
+            failedRequestsCount_.clear();
         }
     }
     if (delay) {
@@ -138,6 +167,7 @@ void HTTPClient::retry(const Request& request) {
             entryPoint("completion", [&] { self->startAgain(request); });
         });
     }
+    return delay;
 }
 
 void HTTPClient::startAgain(const Request& request) {
@@ -145,6 +175,7 @@ void HTTPClient::startAgain(const Request& request) {
         entryPoint("completion", [&] {
             if (result.data) {
                 self->forget(request);
+                tell(*self->log_, problem(result), *request, std::nullopt);
             } else if (result.error) {
                 if (self->log_->enabled()) {
                     self->log_->write("Error " + result.error->message);
@@ -158,8 +189,9 @@ void HTTPClient::startAgain(const Request& request) {
 }
 
 void HTTPClient::forget(const Request& request) {
+    const RequestDigest digest(*request);
     MutexLock lock(mutex_);
-    failedRequestsCount_.erase(request);
+    failedRequestsCount_.erase(digest);
 }
 
 } // namespace zentavo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -12,6 +13,7 @@
 #include "zentavo/foundation/URL.h"
 #include "zentavo/foundation/Value.h"
 #include "zentavo/platform/Platform.h"
+#include "zentavo/tracking/RequestDigest.h"
 
 namespace zentavo {
 
@@ -19,13 +21,19 @@ namespace zentavo {
 /// time its request fails repeats nothing. Any thread.
 ///
 /// A completion is called once, on the SDK's worker, with the answer's bytes or an error, whatever the status; repeated
-/// requests call none. Requests not yet answered hold at most `maximumHeldBytes` of bodies; one beyond that is refused,
-/// logged, and its completion told.
+/// requests call none. Failures are logged here, with what happens next, so a completion need not log its error.
+///
+/// Requests that wait for an answer or for their retry hold at most `maximumHeldBytes` of bodies; one beyond that is
+/// refused, logged, and its completion told.
 class HTTPClient : public std::enable_shared_from_this<HTTPClient> {
 public:
     using Completion = std::function<void(std::optional<std::string> data, std::optional<Error> error)>;
 
     static constexpr std::size_t maximumHeldBytes = 64U << 20U;
+    /// Of how many different requests failures are counted. One more, and all counts begin anew.
+    static constexpr std::size_t maximumCounted = 10'000;
+    /// Kept under its name, read by nothing.
+    static constexpr int requestCounter = 1;
 
     HTTPClient(std::shared_ptr<platform::Platform> platform, std::shared_ptr<DebugLog> log);
 
@@ -47,13 +55,10 @@ private:
     using Request = std::shared_ptr<const platform::URLRequest>;
     struct HeldBytes;
     struct HeldRequest;
-    struct SameRequest {
-        std::size_t operator()(const Request& request) const noexcept { return request->hash(); }
-        bool operator()(const Request& a, const Request& b) const { return *a == *b; }
-    };
 
     void start(URL url, std::string method, std::shared_ptr<const std::string> body, Completion completion);
-    void retry(const Request& request);
+    /// Has a failed request sent once more, after the time that is returned; none where its retry period is over.
+    std::optional<std::chrono::seconds> retry(const Request& request);
     void startAgain(const Request& request);
     void forget(const Request& request);
     void refuse(const Error& error, const Completion& completion) const;
@@ -67,7 +72,8 @@ private:
     const platform::Headers headers_{{"Content-Type", "application/json"}};
 
     Mutex mutex_;
-    std::unordered_map<Request, int, SameRequest, SameRequest> failedRequestsCount_ ZENTAVO_GUARDED_BY(mutex_);
+    /// How often each request has failed. By digest: a count must not keep a body in memory that nobody will send.
+    std::unordered_map<RequestDigest, int, RequestDigest::Hash> failedRequestsCount_ ZENTAVO_GUARDED_BY(mutex_);
     /// When the retry period ends that the last first failure began.
     std::optional<platform::TimePoint> stopTimeRetry_ ZENTAVO_GUARDED_BY(mutex_);
 };

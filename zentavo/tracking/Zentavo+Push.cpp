@@ -126,18 +126,12 @@ void Zentavo::trackAppLaunch() {
         if (!account->configuration) {
             fatalError("trackAppLaunch needs an activation first");
         }
-        if (!account->store) {
-            return;
-        }
         const auto operation =
             std::make_shared<PushApplicationOperation>(std::make_shared<HTTPClient>(state_->platform, state_->log));
         operation->launched(
             account->endpoints.push, *account->configuration, getDeviceId(),
-            [log = state_->log, operation](const std::optional<std::string>&, const std::optional<Error>& error) {
-                if (error) {
-                    log->write("Error: " + error->message);
-                }
-            });
+            // The answer says nothing of use. The operation lives until it is there, so that a failed report is repeated.
+            [operation](const std::optional<std::string>&, const std::optional<Error>&) {});
     });
 }
 

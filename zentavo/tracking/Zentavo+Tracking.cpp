@@ -31,38 +31,29 @@ void Zentavo::trackScreen(std::string name, std::string title, std::string type)
 void Zentavo::sendFirstInstall() { send(CDPEvent(*this, "app_install")); }
 
 void Zentavo::send(const CDPEvent& event) {
-    auto account = state_->account();
+    const auto account = state_->account();
     const auto& configuration = account->configuration;
-    const std::string portalId = configuration ? configuration->portalId : "";
-    std::optional<std::string> propsId;
-    if (configuration) {
-        propsId = configuration->propsId;
-    } else if (account->store) {
-        propsId = account->store->string(state_->keys.propsId);
-    }
-    if (!propsId || !account->store) {
+    if (!configuration) {
         fatalError("an event cannot be sent before the first activation");
     }
 
-    const EventBody body(*state_, account, event, portalId, *propsId);
+    const std::string& portalId = configuration->portalId;
+    const EventBody body(*state_, account, event, portalId, configuration->propsId);
     const auto operation = cdpOperation();
     auto text = operation->text(body);
     // What waits for the answer is the text that waits anyway, not the event.
     std::shared_ptr<const std::string> sent = text ? *text : nullptr;
     operation->send(std::move(text), account->endpoints, portalId, body.propId(),
                     [weak = weak_from_this(), sent = std::move(sent)](const std::optional<std::string>& data,
-                                                                      const std::optional<Error>& error) {
+                                                                      const std::optional<Error>&) {
                         if (const auto self = weak.lock()) {
-                            self->handleEventAnswer(sent, data, error);
+                            self->handleEventAnswer(sent, data);
                         }
                     });
 }
 
-void Zentavo::handleEventAnswer(const std::shared_ptr<const std::string>& body, const std::optional<std::string>& data,
-                                const std::optional<Error>& error) {
-    if (error) {
-        log("Error: " + error->message);
-    }
+void Zentavo::handleEventAnswer(const std::shared_ptr<const std::string>& body,
+                                const std::optional<std::string>& data) {
     if (!data || data->empty()) {
         return;
     }
