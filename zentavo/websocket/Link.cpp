@@ -145,6 +145,9 @@ void Link::onRead(const asio::error_code& error, std::size_t size) {
             return;
         }
         heard_ = true;
+        if (std::exchange(pinged_, false) && phase_ == Phase::open && !closeTimed_) {
+            arm(Wait::keepAlive, options_.pingInterval);
+        }
         std::span<char> input(buffer_.data(), size);
         if (phase_ == Phase::opening) {
             takeHandshake(input);

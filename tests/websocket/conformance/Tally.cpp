@@ -34,10 +34,9 @@ public:
             std::printf("\n%-16s", group.c_str());
             for (const auto& subject : subjects_) {
                 const auto found = counts_.find({group, subject});
-                const std::string cell =
-                    found == counts_.end()
-                        ? "-"
-                        : std::to_string(found->second.passed) + " / " + std::to_string(found->second.asked);
+                const std::string cell = found == counts_.end() ? "-"
+                                                                : std::to_string(found->second.passed) + " / " +
+                                                                      std::to_string(found->second.asked);
                 std::printf("%18s", cell.c_str());
             }
         }
