@@ -92,13 +92,11 @@ TEST_F(TLS, refusesStrangersAndOtherNames) {
     ClientOptions careless = trusting("here");
     careless.verifyCertificate = false;
     ClientOptions unreadable = trusting("nowhere");
-    for (const Try& one : {Try{"here", "localhost", trusting("here"), true},
-                           Try{"here", "localhost", trusting("elsewhere"), false},
-                           Try{"here", "localhost", ClientOptions(), false},
-                           Try{"here", "localhost", unreadable, false},
-                           Try{"elsewhere", "localhost", trusting("elsewhere"), false},
-                           Try{"elsewhere", "127.0.0.1", trusting("elsewhere"), false},
-                           Try{"elsewhere", "localhost", careless, true}}) {
+    for (const Try& one :
+         {Try{"here", "localhost", trusting("here"), true}, Try{"here", "localhost", trusting("elsewhere"), false},
+          Try{"here", "localhost", ClientOptions(), false}, Try{"here", "localhost", unreadable, false},
+          Try{"elsewhere", "localhost", trusting("elsewhere"), false},
+          Try{"elsewhere", "127.0.0.1", trusting("elsewhere"), false}, Try{"elsewhere", "localhost", careless, true}}) {
         WebSocketServer server(echo(), serving(one.served));
         const auto port = server.listen("127.0.0.1", 0);
         ASSERT_TRUE(port.ok());
