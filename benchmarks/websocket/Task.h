@@ -36,8 +36,8 @@ struct Task {
     std::string message() const {
         std::string text;
         for (std::size_t i = 0; text.size() < size; ++i) {
-            text += "{\"id\":" + std::to_string(i * 7919 % 10007) + ",\"name\":\"item\",\"price\":" +
-                    std::to_string(i * 104729 % 1009) + "},";
+            text += "{\"id\":" + std::to_string(i * 7919 % 10007) +
+                    ",\"name\":\"item\",\"price\":" + std::to_string(i * 104729 % 1009) + "},";
         }
         text.resize(size);
         return text;

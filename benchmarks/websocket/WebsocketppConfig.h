@@ -10,8 +10,7 @@ namespace bench {
 template <class Base>
 struct Deflating : Base {
     struct permessage_deflate_config {};
-    using permessage_deflate_type =
-        websocketpp::extensions::permessage_deflate::enabled<permessage_deflate_config>;
+    using permessage_deflate_type = websocketpp::extensions::permessage_deflate::enabled<permessage_deflate_config>;
     static const std::size_t max_message_size = 64000000;
 };
 

@@ -1,5 +1,5 @@
-// A server that is never the limit: it unmasks payloads as they come and sends them back as they are. What was compressed
-// stays so: the client reads the very stream that it wrote, which is sound as long as both ends keep the same context.
+// A server that is never the limit: it unmasks payloads as they come and sends them back as they are. What was
+// compressed stays so: the client reads the very stream that it wrote, which is sound as long as both ends keep the same context.
 // One connection at a time.
 
 #include <strings.h>
@@ -22,13 +22,13 @@ void serve(int fd) {
             at = i + 19;
         }
     }
-    socket.out = "HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
-                 "Sec-WebSocket-Accept: " +
-                 zentavo::websocket::acceptFor(head.substr(at, 24)) + "\r\n" +
-                 (head.find("permessage-deflate") == std::string::npos
-                      ? ""
-                      : "Sec-WebSocket-Extensions: permessage-deflate\r\n") +
-                 "\r\n";
+    socket.out =
+        "HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+        "Sec-WebSocket-Accept: " +
+        zentavo::websocket::acceptFor(head.substr(at, 24)) + "\r\n" +
+        (head.find("permessage-deflate") == std::string::npos ? ""
+                                                              : "Sec-WebSocket-Extensions: permessage-deflate\r\n") +
+        "\r\n";
     std::string stash;
     BareHeader header;
     std::uint64_t missing = 0;

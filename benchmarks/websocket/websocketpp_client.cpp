@@ -2,9 +2,10 @@
 
 #include <optional>
 
+#include <websocketpp/client.hpp>
+
 #include "websocket/Task.h"
 #include "websocket/WebsocketppConfig.h"
-#include <websocketpp/client.hpp>
 
 namespace {
 

@@ -1,8 +1,9 @@
 // websocketpp as an echo server.
 
+#include <websocketpp/server.hpp>
+
 #include "websocket/Task.h"
 #include "websocket/WebsocketppConfig.h"
-#include <websocketpp/server.hpp>
 
 int main() {
     websocketpp::server<bench::Deflating<websocketpp::config::asio>> server;

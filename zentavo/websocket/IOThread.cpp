@@ -40,8 +40,8 @@ bool IOThread::isCurrent() noexcept { return onIOThread; }
 
 IOThread::IOThread() {
     end();
-    // What is registered first is undone last: OpenSSL must outlive the thread, which uses it. (With no option it registers
-    // nothing.)
+    // What is registered first is undone last: OpenSSL must outlive the thread, which uses it. (With no option it
+    // registers nothing.)
     OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CRYPTO_STRINGS, nullptr);
     const asio::detail::signal_blocker blocked;
     std::thread([this] {
