@@ -75,6 +75,48 @@ TEST(Session, carriesMessagesBothWaysWithEverySetOfCompressionParameters) {
     }
 }
 
+// A network that puts bytes where the session would have them, now and then, and elsewhere otherwise.
+TEST(Session, readsLongMessagesInTheirOwnRoom) {
+    for (const Role role : {Role::client, Role::server}) {
+        for (const std::size_t stride : {std::size_t{1000}, std::size_t{4099}, std::size_t{300000}}) {
+            End receiver(role, {}, {});
+            End sender(role == Role::client ? Role::server : Role::client, {}, {});
+            const std::vector<std::string> sent{"\xC3\xA9" + sample(700001), "x", sample(100000), "", sample(6000000)};
+            for (const auto& message : sent) {
+                ASSERT_EQ(sender.session.send(MessageKind::text, message), Sent::taken);
+                sender.session.ping("between");
+            }
+            std::string bytes;
+            sender.session.takeOutput(bytes);
+            std::size_t inRoom = 0;
+            for (std::size_t at = 0, i = 0; at < bytes.size(); ++i) {
+                std::size_t size = std::min(stride, bytes.size() - at);
+                std::span<char> place(bytes.data() + at, size);
+                const auto room = receiver.session.room();
+                if (i % 3 != 0 && !room.empty()) {
+                    size = std::min(size, room.size());
+                    std::copy_n(bytes.data() + at, size, room.data());
+                    place = room.first(size);
+                    inRoom += size;
+                }
+                receiver.session.receive(place, receiver.got);
+                at += size;
+            }
+            EXPECT_EQ(receiver.got.messages == sent, true) << stride;
+            EXPECT_GT(inRoom, bytes.size() / 3);
+        }
+    }
+}
+
+// A length is only claimed: no memory for what has not come.
+TEST(Session, believesALengthOnlySoFar) {
+    End receiver(Role::client, {}, {});
+    std::string head("\x82\x7F\0\0\0\0\0\xF0\0\0abc", 13);
+    receiver.session.receive(head, receiver.got);
+    EXPECT_LE(receiver.session.room().size(), 262144U);
+    EXPECT_GT(receiver.session.room().size(), 0U);
+}
+
 TEST(Session, refusesADecompressionBombWithoutExpandingIt) {
     DeflateAgreement agreed;
     SessionLimits limits;

@@ -33,6 +33,8 @@ public:
     Step next(std::span<char>& input) noexcept;
 
     const FramePiece& piece() const noexcept { return piece_; }
+    /// Bytes of the current frame that are still to come; 0 between frames.
+    std::uint64_t missing() const noexcept { return inPayload_ ? piece_.header.length - position_ : 0; }
     const Violation& violation() const noexcept { return violation_; }
 
 private:

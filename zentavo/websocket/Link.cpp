@@ -126,7 +126,11 @@ void Link::read() {
         return;
     }
     reading_ = true;
-    stream_->read(buffer_, self());
+    target_ = phase_ == Phase::open ? session_->room() : std::span<char>();
+    if (target_.size() < buffer_.size()) {
+        target_ = buffer_;
+    }
+    stream_->read(target_, self());
 }
 
 void Link::onRead(const asio::error_code& error, std::size_t size) {
@@ -149,7 +153,7 @@ void Link::onRead(const asio::error_code& error, std::size_t size) {
         if (std::exchange(pinged_, false) && phase_ == Phase::open && !closeTimed_) {
             arm(Wait::keepAlive, options_.pingInterval);
         }
-        std::span<char> input(buffer_.data(), size);
+        std::span<char> input = target_.first(size);
         if (phase_ == Phase::opening) {
             takeHandshake(input);
         }

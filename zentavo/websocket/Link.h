@@ -100,6 +100,7 @@ private:
     Closed closed_;
 
     std::vector<char> buffer_;
+    std::span<char> target_; ///< of the read under way: `buffer_`, or the room for a long message
     bool reading_ = false;
     bool paused_ = false; ///< the host is behind
 

@@ -1,6 +1,7 @@
 #include "zentavo/websocket/MessageAssembler.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "zentavo/foundation/UTF8.h"
 
@@ -9,6 +10,9 @@ namespace {
 
 // A buffer that one large message made is given back rather than kept for the life of the connection.
 constexpr std::size_t keptCapacity = std::size_t{4} << 20U;
+
+// A length that a frame claims is believed so far at a time.
+constexpr std::size_t stride = 262144;
 
 } // namespace
 
@@ -26,9 +30,13 @@ MessageAssembler::Outcome MessageAssembler::take(const FramePiece& piece) {
     }
     if (given_) {
         given_ = false;
-        message_.clear();
-        if (message_.capacity() > keptCapacity) {
-            message_.shrink_to_fit();
+        size_ = 0;
+        expanded_.clear();
+        if (expanded_.capacity() > keptCapacity) {
+            expanded_.shrink_to_fit();
+        }
+        if (plain_.size() > keptCapacity) {
+            plain_ = {};
         }
     }
     if (piece.begins && !beginFrame(piece.header)) {
@@ -39,11 +47,14 @@ MessageAssembler::Outcome MessageAssembler::take(const FramePiece& piece) {
     const bool whole = last && piece.begins && piece.header.opcode != Opcode::continuation && !compressed_;
     if (whole) {
         content_ = piece.data;
-    } else {
-        if (compressed_ ? !expand(piece, last) : !append(piece, last)) {
+    } else if (compressed_) {
+        if (!expand(piece, last)) {
             return Outcome::violation;
         }
-        content_ = message_;
+        content_ = expanded_;
+    } else {
+        append(piece.data);
+        content_ = {plain_.data(), size_};
     }
     if (kind_ == MessageKind::text) {
         const std::string_view fresh = whole || !compressed_ ? piece.data : std::string_view();
@@ -79,26 +90,42 @@ bool MessageAssembler::beginFrame(const FrameHeader& header) {
         utf8_.reset();
     }
     // What is compressed is measured when it is expanded; not even as it stands may it be longer than that by much.
-    const std::size_t room = maximum_ - std::min(maximum_, compressed_ ? 0 : message_.size());
+    const std::size_t room = maximum_ - std::min(maximum_, compressed_ ? 0 : size_);
     if (header.length > room && (!compressed_ || header.length - room > 1024 + room / 8)) {
         return refuse(CloseCode::tooLarge, "a message is too large");
     }
     return true;
 }
 
-bool MessageAssembler::append(const FramePiece& piece, bool last) {
-    if (piece.begins && last) {
-        message_.reserve(message_.size() + static_cast<std::size_t>(piece.header.length));
-    } else if (piece.begins && piece.header.length > piece.data.size() && message_.empty()) {
-        message_.reserve(static_cast<std::size_t>(piece.header.length));
+void MessageAssembler::append(std::string_view data) {
+    if (data.empty()) {
+        return;
     }
-    message_.append(piece.data);
-    return true;
+    if (data.data() != plain_.data() + size_) { // what lies in its room is there already
+        grow(size_ + data.size());
+        std::memcpy(plain_.data() + size_, data.data(), data.size());
+    }
+    size_ += data.size();
+}
+
+void MessageAssembler::grow(std::size_t needed) {
+    if (needed > plain_.size()) {
+        plain_.resize(std::max(needed, std::min(plain_.size() * 2, maximum_)));
+    }
+}
+
+std::span<char> MessageAssembler::room(std::uint64_t missing) {
+    if (!inMessage_ || compressed_ || missing == 0) {
+        return {};
+    }
+    const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(missing, stride));
+    grow(size_ + size);
+    return std::span(plain_).subspan(size_, size);
 }
 
 bool MessageAssembler::expand(const FramePiece& piece, bool last) {
-    const std::size_t before = message_.size();
-    switch (inflater_->expand(piece.data, last, message_, maximum_)) {
+    const std::size_t before = expanded_.size();
+    switch (inflater_->expand(piece.data, last, expanded_, maximum_)) {
     case Inflater::Outcome::ok:
         break;
     case Inflater::Outcome::corrupt:
@@ -106,7 +133,7 @@ bool MessageAssembler::expand(const FramePiece& piece, bool last) {
     case Inflater::Outcome::tooLarge:
         return refuse(CloseCode::tooLarge, "a message is too large when expanded");
     }
-    if (kind_ == MessageKind::text && !utf8_.feed(std::string_view(message_).substr(before))) {
+    if (kind_ == MessageKind::text && !utf8_.feed(std::string_view(expanded_).substr(before))) {
         return refuse(CloseCode::invalidData, "text is not UTF-8");
     }
     return true;

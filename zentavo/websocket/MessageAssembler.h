@@ -1,8 +1,10 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "zentavo/foundation/Export.h"
 #include "zentavo/websocket/Deflate.h"
@@ -22,6 +24,10 @@ public:
 
     Outcome take(const FramePiece& piece);
 
+    /// Where the next `missing` bytes of the message under way would best lie, or as many of them as there is room for:
+    /// `take` then has nothing to copy. Empty where they cannot be used as they come. Holds until the next `take`.
+    std::span<char> room(std::uint64_t missing);
+
     /// Of the last outcome; the view holds until the next `take`, and no longer than the bytes of the piece.
     MessageKind kind() const noexcept { return kind_; }
     std::string_view content() const noexcept { return content_; }
@@ -33,7 +39,8 @@ private:
     Outcome takeControl(const FramePiece& piece);
     Outcome takeClose();
     bool beginFrame(const FrameHeader& header);
-    bool append(const FramePiece& piece, bool last);
+    void append(std::string_view data);
+    void grow(std::size_t needed);
     bool expand(const FramePiece& piece, bool last);
     bool refuse(CloseCode code, const char* reason);
 
@@ -43,9 +50,11 @@ private:
     MessageKind kind_ = MessageKind::binary;
     bool inMessage_ = false;
     bool compressed_ = false;
-    bool given_ = false;  ///< `message_` was handed out and is to be cleared
-    std::string message_; ///< of a message in several pieces, or compressed
-    std::string control_; ///< of a control frame in several pieces; these may stand between a message's
+    bool given_ = false;      ///< the message was handed out and is to be cleared
+    std::string expanded_;    ///< of a compressed message
+    std::vector<char> plain_; ///< room for a message in several pieces, of which …
+    std::size_t size_ = 0;    ///< … so much is there
+    std::string control_;     ///< of a control frame in several pieces; these may stand between a message's
     std::string_view content_;
     CloseCode closeCode_ = CloseCode::noStatus;
     Violation violation_;

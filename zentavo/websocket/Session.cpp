@@ -145,6 +145,11 @@ void Session::receive(std::span<char> bytes, SessionHandler& handler) {
     }
 }
 
+std::span<char> Session::room() {
+    const bool data = !finished() && parser_.missing() != 0 && !isControl(parser_.piece().header.opcode);
+    return data ? assembler_.room(parser_.missing()) : std::span<char>();
+}
+
 void Session::receiveEnd() {
     if (!finished()) {
         closing_.store(true, std::memory_order_release);

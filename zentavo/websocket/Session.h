@@ -56,6 +56,9 @@ public:
     /// Takes what the network brought; its bytes are unmasked in place. All frames in it are handled before it returns.
     /// Bytes behind the peer's close frame, or behind a violation, are dropped.
     void receive(std::span<char> bytes, SessionHandler& handler);
+    /// Where the network would best put what it brings next, for `receive`: a long message then needs no copy. Empty
+    /// where any place will do.
+    std::span<char> room();
     /// The network ended.
     void receiveEnd();
 
