@@ -54,7 +54,7 @@ protected:
             ASSERT_TRUE(story.opened) << story.closed.reason;
             EXPECT_EQ(story.handshake.subprotocol, "chat");
             agreed = story.handshake.compression;
-            for (const std::size_t size : {0U, 1U, 100U, 125U, 126U, 127U, 65500U, 65536U, 1000000U, 300U}) {
+            for (const std::size_t size : {0U, 1U, 100U, 125U, 126U, 127U, 65500U, 65536U, 300000U, 300U}) {
                 sent.push_back(sample(size));
                 EXPECT_EQ(client.sendText(sent.back()), Sent::taken);
                 sent.push_back(std::string(size, '\xFE'));
@@ -127,7 +127,7 @@ TEST_P(Interop, theirClientWithOurServer) {
         WebSocketServer server(handlers, options);
         const auto port = server.listen("127.0.0.1", 0);
         Process client = peer(GetParam(), "client", {urlOf(*port), theirs});
-        EXPECT_EQ(client.wait(25s), 0) << client.output();
+        EXPECT_EQ(client.wait(70s), 0) << client.output();
         return client.output();
     };
     EXPECT_EQ(run(std::nullopt, node ? R"({"threshold":0})" : "{}"), "ok chat \n");

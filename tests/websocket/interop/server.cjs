@@ -1,4 +1,4 @@
-// Node's `ws` as a server that echoes: prints its port, ends after a minute at the latest.
+// Node's `ws` as a server that echoes: prints its port, ends after two minutes at the latest.
 //
 //   node server.cjs [COMPRESSION]      the option perMessageDeflate, as JSON
 "use strict";
@@ -26,4 +26,4 @@ server.on("connection", (socket) => {
     }
   });
 });
-setTimeout(() => process.exit(3), 60000);
+setTimeout(() => process.exit(3), 110000);

@@ -1,4 +1,4 @@
-"""Python's `websockets` as a server that echoes: prints its port, ends after a minute at the latest.
+"""Python's `websockets` as a server that echoes: prints its port, ends after two minutes at the latest.
 
     server.py [COMPRESSION]      arguments of ServerPerMessageDeflateFactory, as JSON
 """
@@ -26,7 +26,7 @@ async def main():
     server = await websockets.serve(serve, "127.0.0.1", 0, compression=None, extensions=extensions,
                                     subprotocols=["chat"], max_size=2**24)
     print(server.sockets[0].getsockname()[1], flush=True)
-    await asyncio.sleep(60)
+    await asyncio.sleep(110)
 
 
 asyncio.run(main())
