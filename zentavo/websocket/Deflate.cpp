@@ -1,0 +1,158 @@
+#include "zentavo/websocket/Deflate.h"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+
+#include <zlib.h>
+
+namespace zentavo::websocket {
+namespace {
+
+constexpr std::string_view flushTail("\x00\x00\xFF\xFF", 4);
+
+// zlib only reads through this pointer.
+Bytef* input(std::string_view bytes) { return reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data())); }
+
+} // namespace
+
+struct Deflater::State {
+    z_stream stream{};
+    bool made = false;
+    ~State() {
+        if (made) {
+            deflateEnd(&stream);
+        }
+    }
+};
+
+Deflater::Deflater(int windowBits, bool takeover, int level)
+    // zlib refuses raw deflate with 8 bits. With 9 it never reaches back more than 250 bytes (the window without the
+    // longest match and its look-ahead), which a reader with 8 bits can follow.
+    : windowBits_(std::max(windowBits, 9)), takeover_(takeover), level_(level) {}
+
+Deflater::~Deflater() = default;
+
+std::string_view Deflater::compress(std::string_view message) {
+    if (!state_) {
+        state_ = std::make_unique<State>();
+        state_->made = deflateInit2(&state_->stream, level_, Z_DEFLATED, -windowBits_, 8, Z_DEFAULT_STRATEGY) == Z_OK;
+    }
+    if (!state_->made || message.empty()) {
+        return {};
+    }
+    z_stream& stream = state_->stream;
+    // What a flush adds to the bound of a whole stream is a few bytes for each of its blocks.
+    const std::size_t bound = deflateBound(&stream, message.size()) + 32;
+    if (out_.size() < bound) {
+        out_.resize(bound);
+    }
+    std::size_t written = 0;
+    std::string_view rest = message;
+    do {
+        const auto taken = static_cast<uInt>(std::min<std::size_t>(rest.size(), UINT_MAX / 2));
+        stream.next_in = input(rest);
+        stream.avail_in = taken;
+        rest.remove_prefix(taken);
+        do {
+            if (out_.size() - written < 64) {
+                out_.resize(out_.size() * 2);
+            }
+            const auto room = static_cast<uInt>(std::min<std::size_t>(out_.size() - written, UINT_MAX / 2));
+            stream.next_out = reinterpret_cast<Bytef*>(out_.data() + written);
+            stream.avail_out = room;
+            deflate(&stream, rest.empty() ? Z_SYNC_FLUSH : Z_NO_FLUSH);
+            written += room - stream.avail_out;
+        } while (stream.avail_out == 0);
+    } while (!rest.empty());
+    if (!takeover_) {
+        deflateReset(&stream);
+    }
+    return std::string_view(out_).substr(0, written - flushTail.size());
+}
+
+struct Inflater::State {
+    z_stream stream{};
+    bool made = false;
+    ~State() {
+        if (made) {
+            inflateEnd(&stream);
+        }
+    }
+};
+
+Inflater::Inflater(int windowBits, bool takeover) : windowBits_(windowBits), takeover_(takeover) {}
+Inflater::~Inflater() = default;
+
+bool Inflater::restart(bool keepWindow) {
+    z_stream& stream = state_->stream;
+    std::array<Bytef, 32768> window;
+    uInt length = 0;
+    if (keepWindow && inflateGetDictionary(&stream, window.data(), &length) != Z_OK) {
+        return false;
+    }
+    return inflateReset(&stream) == Z_OK &&
+           (length == 0 || inflateSetDictionary(&stream, window.data(), length) == Z_OK);
+}
+
+Inflater::Outcome Inflater::run(std::string_view part, std::string& out, std::size_t limit) {
+    z_stream& stream = state_->stream;
+    stream.next_in = input(part);
+    stream.avail_in = static_cast<uInt>(part.size());
+    for (;;) {
+        // One byte more than allowed, to tell a message of exactly the limit from a longer one.
+        const std::size_t before = out.size();
+        const std::size_t room =
+            std::min<std::size_t>(std::max<std::size_t>(part.size() * 4, 1024), limit - std::min(limit, before) + 1);
+        const std::size_t capped = std::min<std::size_t>(room, 262144);
+        out.resize(before + capped);
+        stream.next_out = reinterpret_cast<Bytef*>(out.data() + before);
+        stream.avail_out = static_cast<uInt>(capped);
+        const int code = inflate(&stream, Z_SYNC_FLUSH);
+        out.resize(out.size() - stream.avail_out);
+        if (out.size() > limit) {
+            return Outcome::tooLarge;
+        }
+        if (code == Z_STREAM_END) {
+            // A peer may mark a block as its last and go on with another; the window stays.
+            if (!restart(true)) {
+                return Outcome::corrupt;
+            }
+            if (stream.avail_in == 0) {
+                return Outcome::ok;
+            }
+        } else if (code == Z_BUF_ERROR || (code == Z_OK && stream.avail_out != 0 && stream.avail_in == 0)) {
+            return Outcome::ok;
+        } else if (code != Z_OK) {
+            return Outcome::corrupt;
+        }
+    }
+}
+
+Inflater::Outcome Inflater::expand(std::string_view part, bool last, std::string& out, std::size_t limit) {
+    if (!state_) {
+        state_ = std::make_unique<State>();
+        state_->made = inflateInit2(&state_->stream, -windowBits_) == Z_OK;
+    }
+    if (!state_->made) {
+        return Outcome::corrupt;
+    }
+    while (!part.empty()) {
+        const std::string_view some = part.substr(0, UINT_MAX / 8);
+        part.remove_prefix(some.size());
+        const Outcome outcome = run(some, out, limit);
+        if (outcome != Outcome::ok) {
+            return outcome;
+        }
+    }
+    if (!last) {
+        return Outcome::ok;
+    }
+    const Outcome outcome = run(flushTail, out, limit);
+    if (outcome == Outcome::ok && !takeover_ && !restart(false)) {
+        return Outcome::corrupt;
+    }
+    return outcome;
+}
+
+} // namespace zentavo::websocket
