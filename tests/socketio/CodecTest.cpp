@@ -100,16 +100,33 @@ TEST(SocketPackets, areReadAcrossMessages) {
 
 TEST(SocketPackets, ofHostileServersAreRefused) {
     const std::string deep = "2[\"e\"," + std::string(100, '[') + std::string(100, ']') + "]";
-    for (const std::string& text :
-         {std::string(), std::string("7"), std::string("x"), std::string("2"), std::string("2[]"), std::string("2{}"),
-          std::string("2[null]"), std::string("2[\"disconnect\"]"), std::string("2[\"connect_error\",1]"),
-          std::string("2[\"e\"]x"), std::string("2[\"\xff\"]"), std::string("3[]"), std::string("31{}"),
-          std::string("0[]"), std::string("1[]"), std::string("4"), std::string("4[]"), std::string("5[\"e\"]"),
-          std::string("511-[\"e\"]"), std::string("599999999999999999999-[\"e\"]"), std::string("5-[\"e\"]"),
-          std::string("21234567890123456[\"e\"]"), "2/" + std::string(2000, 'a') + ",[\"e\"]",
-          std::string("51-[\"e\",{\"_placeholder\":true,\"num\":1}]"),
-          std::string("51-[\"e\",{\"_placeholder\":true,\"num\":-1}]"),
-          std::string("51-[\"e\",{\"_placeholder\":true,\"num\":\"0\"}]"), deep}) {
+    for (const std::string& text : {std::string(),
+                                    std::string("7"),
+                                    std::string("x"),
+                                    std::string("2"),
+                                    std::string("2[]"),
+                                    std::string("2{}"),
+                                    std::string("2[null]"),
+                                    std::string("2[\"disconnect\"]"),
+                                    std::string("2[\"connect_error\",1]"),
+                                    std::string("2[\"e\"]x"),
+                                    std::string("2[\"\xff\"]"),
+                                    std::string("3[]"),
+                                    std::string("31{}"),
+                                    std::string("0[]"),
+                                    std::string("1[]"),
+                                    std::string("4"),
+                                    std::string("4[]"),
+                                    std::string("5[\"e\"]"),
+                                    std::string("511-[\"e\"]"),
+                                    std::string("599999999999999999999-[\"e\"]"),
+                                    std::string("5-[\"e\"]"),
+                                    std::string("21234567890123456[\"e\"]"),
+                                    "2/" + std::string(2000, 'a') + ",[\"e\"]",
+                                    std::string("51-[\"e\",{\"_placeholder\":true,\"num\":1}]"),
+                                    std::string("51-[\"e\",{\"_placeholder\":true,\"num\":-1}]"),
+                                    std::string("51-[\"e\",{\"_placeholder\":true,\"num\":\"0\"}]"),
+                                    deep}) {
         EXPECT_FALSE(PacketDecoder({}).takeText(text).ok()) << text;
     }
     EXPECT_FALSE(PacketDecoder({}).takeBinary("lonely").ok());
@@ -139,8 +156,9 @@ TEST(EnginePackets, areReadFromPollingBodies) {
                        std::string((*packet)->data));
     }
     EXPECT_THAT(seen, ElementsAre("4t2[\"n\",1]", "4b\1\2\3", "2t", "6t"));
-    for (const char* bad : {"", "7", "bA", "b*", "2\x1e", "\x1e"
-                                                          "2"}) {
+    for (const char* bad : {"", "7", "bA", "b*", "2\x1e",
+                            "\x1e"
+                            "2"}) {
         PayloadReader broken(bad);
         auto packet = broken.next();
         for (; packet.ok() && packet->has_value(); packet = broken.next()) {
@@ -170,8 +188,7 @@ TEST(EngineHandshakes, areReadWithTheirTimesAndLimits) {
 /// Gives what a test says, in units of 1/2^53 of the whole and as a coin.
 class FixedRandom final : public platform::Random {
 public:
-    FixedRandom(double chance, bool longer)
-        : draws_{static_cast<std::uint64_t>(chance * 0x1p53), longer ? 1U : 0U} {}
+    FixedRandom(double chance, bool longer) : draws_{static_cast<std::uint64_t>(chance * 0x1p53), longer ? 1U : 0U} {}
     void fill(std::span<std::uint8_t> bytes) override {
         const auto draw = draws_.front();
         draws_.pop_front();
@@ -194,13 +211,20 @@ TEST(BackoffRule, doublesMovesAndThenCuts) {
     const Backoff quick{200ms, 1000ms, 0.5};
     const Backoff steady{100ms, 5000ms, 0};
     for (const Row& row : {
-             Row{usual, 0, 0, false, 10s},      Row{usual, 0, 0.999999, false, 5001ms},
-             Row{usual, 0, 0.5, true, 12500ms}, Row{usual, 1, 0.999999, false, 10001ms},
-             Row{usual, 1, 0.75, true, 27500ms}, Row{usual, 2, 0.999999, false, 20001ms},
-             Row{usual, 2, 0.1, true, 30s},     Row{usual, 3, 0.999999, false, 30s},
-             Row{usual, 64, 0.3, false, 30s},   Row{usual, 4'000'000'000U, 0.999999, true, 30s},
-             Row{quick, 1, 0.25, false, 350ms},  Row{quick, 3, 0.1, true, 1000ms},
-             Row{steady, 3, 0.9, true, 800ms},  Row{{-5ms, -1ms, 7}, 3, 0.9, true, 0ms},
+             Row{usual, 0, 0, false, 10s},
+             Row{usual, 0, 0.999999, false, 5001ms},
+             Row{usual, 0, 0.5, true, 12500ms},
+             Row{usual, 1, 0.999999, false, 10001ms},
+             Row{usual, 1, 0.75, true, 27500ms},
+             Row{usual, 2, 0.999999, false, 20001ms},
+             Row{usual, 2, 0.1, true, 30s},
+             Row{usual, 3, 0.999999, false, 30s},
+             Row{usual, 64, 0.3, false, 30s},
+             Row{usual, 4'000'000'000U, 0.999999, true, 30s},
+             Row{quick, 1, 0.25, false, 350ms},
+             Row{quick, 3, 0.1, true, 1000ms},
+             Row{steady, 3, 0.9, true, 800ms},
+             Row{{-5ms, -1ms, 7}, 3, 0.9, true, 0ms},
          }) {
         FixedRandom random(row.chance, row.longer);
         EXPECT_EQ(backoffDelay(row.backoff, row.attempt, random), row.wanted)
@@ -219,8 +243,8 @@ TEST(CookieJars, keepWhatTheServerSetAndNoMore) {
     EXPECT_EQ(jar.header(false, 11s), "io=def");
     jar.take("io=; Expires=Thu, 01 Jan 1970 00:00:00 GMT", 1s);
     EXPECT_EQ(jar.header(false, 11s), "");
-    for (const std::string& bad : {std::string("x"), std::string("=x"), std::string("a=b\r\nEvil: 1"),
-                                   "a=" + std::string(5000, 'x')}) {
+    for (const std::string& bad :
+         {std::string("x"), std::string("=x"), std::string("a=b\r\nEvil: 1"), "a=" + std::string(5000, 'x')}) {
         jar.take(bad, 1s);
     }
     EXPECT_EQ(jar.header(false, 11s), "");

@@ -18,13 +18,11 @@ std::string_view trimmed(std::string_view text) {
 }
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return (x | 0x20) == (y | 0x20); });
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return (x | 0x20) == (y | 0x20); });
 }
 
 bool fitsIntoHeader(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](unsigned char c) { return c > 0x1f && c != 0x7f && c != ';'; });
+    return std::all_of(text.begin(), text.end(), [](unsigned char c) { return c > 0x1f && c != 0x7f && c != ';'; });
 }
 
 /// Takes the text in front of the next ';'.
@@ -43,7 +41,8 @@ void CookieJar::take(std::string_view setCookie, std::chrono::nanoseconds now) {
     if (equals == std::string_view::npos || equals == 0 || pair.size() > longestCookie || !fitsIntoHeader(pair)) {
         return;
     }
-    Cookie cookie{std::string(trimmed(pair.substr(0, equals))), std::string(trimmed(pair.substr(equals + 1))), false, {}};
+    Cookie cookie{
+        std::string(trimmed(pair.substr(0, equals))), std::string(trimmed(pair.substr(equals + 1))), false, {}};
     while (!setCookie.empty()) {
         const auto attribute = takePart(setCookie);
         const auto split = attribute.find('=');
@@ -60,9 +59,8 @@ void CookieJar::take(std::string_view setCookie, std::chrono::nanoseconds now) {
             cookie.expires = now; // how servers take cookies back
         }
     }
-    std::erase_if(cookies_, [&](const Cookie& old) {
-        return old.name == cookie.name || (old.expires && *old.expires <= now);
-    });
+    std::erase_if(cookies_,
+                  [&](const Cookie& old) { return old.name == cookie.name || (old.expires && *old.expires <= now); });
     if (cookies_.size() < mostCookies && (!cookie.expires || *cookie.expires > now)) {
         cookies_.push_back(std::move(cookie));
     }

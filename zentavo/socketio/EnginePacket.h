@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +19,8 @@ enum class EnginePacketType : std::uint8_t { open, close, ping, pong, message, u
 struct EngineFrame {
     std::string bytes;
     bool binary = false;
+    /// Whatever must live until the frame is on its way.
+    std::shared_ptr<const void> held = nullptr;
 };
 
 ZENTAVO_EXPORT EngineFrame engineFrame(EnginePacketType type, std::string_view data = {});
