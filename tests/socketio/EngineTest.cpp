@@ -1,11 +1,12 @@
 // The engine between a scripted server and a turned clock.
 
+#include "zentavo/socketio/Engine.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "ports/memory/MemoryPlatform.h"
 #include "tests/socketio/ScriptedWebSockets.h"
-#include "zentavo/socketio/Engine.h"
 
 namespace zentavo::socketio {
 namespace {
@@ -18,7 +19,8 @@ using ::testing::IsEmpty;
 using zentavo::testing::MemoryPlatform;
 using zentavo::testing::ScriptedAnswer;
 
-constexpr auto hello = R"(0{"sid":"S1","upgrades":["websocket"],"pingInterval":25000,"pingTimeout":20000,"maxPayload":30})";
+constexpr auto hello =
+    R"(0{"sid":"S1","upgrades":["websocket"],"pingInterval":25000,"pingTimeout":20000,"maxPayload":30})";
 
 struct Owner final : EngineOwner {
     void onEngineOpen() override { told.emplace_back("open"); }
@@ -49,8 +51,7 @@ protected:
         engine->open();
     }
     /// Answers request `index` and lets its completion run.
-    void answer(std::size_t index, std::string body, int status = 200,
-                std::vector<platform::Header> headers = {}) {
+    void answer(std::size_t index, std::string body, int status = 200, std::vector<platform::Header> headers = {}) {
         ASSERT_TRUE(system.session->answer(index, {status, std::move(body), std::move(headers)}));
         system.queues->runUntilIdle();
     }
@@ -72,8 +73,7 @@ protected:
     }
 
     MemoryPlatform system;
-    const std::shared_ptr<platform::DispatchQueue> queue =
-        system.queues->make("socketio", platform::QueueKind::serial);
+    const std::shared_ptr<platform::DispatchQueue> queue = system.queues->make("socketio", platform::QueueKind::serial);
     const std::shared_ptr<test::ScriptedWebSockets> sockets = std::make_shared<test::ScriptedWebSockets>();
     const std::shared_ptr<CookieJar> cookies = std::make_shared<CookieJar>();
     const std::shared_ptr<Owner> owner = std::make_shared<Owner>();
@@ -125,7 +125,8 @@ TEST_F(EngineTest, pollsWithOneGetAndOnePostAtATime) {
 TEST_F(EngineTest, endsWhenAnExchangeFails) {
     for (const auto& [body, status, said] :
          {std::tuple{R"({"code":1,"message":"Session ID unknown"})", 400, "status 400"}, std::tuple{"", 200, "poll"},
-          std::tuple{"9what", 200, "begins like that"}, std::tuple{hello, 200, "twice"}, std::tuple{"1", 200, "close"}}) {
+          std::tuple{"9what", 200, "begins like that"}, std::tuple{hello, 200, "twice"},
+          std::tuple{"1", 200, "close"}}) {
         start(only(TransportKind::polling));
         const auto index = system.session->count() - 1;
         answer(index, hello);

@@ -20,4 +20,13 @@ const char* text(DisconnectReason reason) noexcept {
     return "parse error";
 }
 
+std::optional<DisconnectReason> disconnectReason(std::string_view wanted) noexcept {
+    for (int i = 0; i <= static_cast<int>(DisconnectReason::parseError); ++i) {
+        if (wanted == text(static_cast<DisconnectReason>(i))) {
+            return static_cast<DisconnectReason>(i);
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace zentavo::socketio

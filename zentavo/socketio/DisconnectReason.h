@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "zentavo/foundation/Export.h"
 
@@ -18,6 +20,8 @@ enum class DisconnectReason : std::uint8_t {
 
 /// "io server disconnect", "io client disconnect", "ping timeout", "transport close", "transport error", "parse error".
 ZENTAVO_EXPORT const char* text(DisconnectReason reason) noexcept;
+/// The reason of that text.
+ZENTAVO_EXPORT std::optional<DisconnectReason> disconnectReason(std::string_view text) noexcept;
 
 /// How a connection to a namespace ended.
 struct Disconnection {
