@@ -69,7 +69,7 @@ TEST(UTF8Validator, agreesWithThePlainCheckHoweverTextIsCut) {
 }
 
 TEST(Inflater, goesOnBehindABlockMarkedAsTheLast) {
-    // "Hello" in a final block, then the zero byte that the standard asks for; twice, the second referring to the first.
+    // "Hello" in a final block, then the zero byte that the standard asks for; then once more.
     const std::string final("\xF3\x48\xCD\xC9\xC9\x07\x00\x00", 8);
     Inflater inflater(15, true);
     for (int i = 0; i < 2; ++i) {

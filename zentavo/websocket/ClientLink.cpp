@@ -97,19 +97,25 @@ void ClientLink::askProxy() {
 }
 
 void ClientLink::readProxy() {
-    socket_.async_read_some(asio::buffer(proxyBytes_), step("the proxy's answer", [this](std::size_t size) {
-                                std::span<char> input(proxyBytes_.data(), size);
-                                const auto taken = proxyAnswer_.take(input);
-                                if (taken == HTTPHeadReader::Step::needMore) {
-                                    readProxy();
-                                    return;
-                                }
-                                const std::string& line = proxyAnswer_.head().startLine;
-                                const bool granted = taken == HTTPHeadReader::Step::done &&
-                                                     line.starts_with("HTTP/1.") && line.size() >= 12 && line[9] == '2';
-                                // A server that is not spoken to yet stays silent: what follows the answer is no part of the connection.
-                                granted&& input.empty() ? secure() : fail("the proxy answered " + line);
-                            }));
+    socket_.async_read_some(asio::buffer(proxyBytes_),
+                            step("the proxy's answer", [this](std::size_t size) { takeProxyAnswer(size); }));
+}
+
+void ClientLink::takeProxyAnswer(std::size_t size) {
+    std::span<char> input(proxyBytes_.data(), size);
+    const auto taken = proxyAnswer_.take(input);
+    if (taken == HTTPHeadReader::Step::needMore) {
+        readProxy();
+        return;
+    }
+    const std::string& line = proxyAnswer_.head().startLine;
+    // A server that is not spoken to yet stays silent: what follows the answer is no part of the connection.
+    if (taken == HTTPHeadReader::Step::done && input.empty() && line.starts_with("HTTP/1.") && line.size() >= 12 &&
+        line[9] == '2') {
+        secure();
+    } else {
+        fail("the proxy answered " + line);
+    }
 }
 
 void ClientLink::secure() {

@@ -42,6 +42,7 @@ private:
     void resolve();
     void askProxy();
     void readProxy();
+    void takeProxyAnswer(std::size_t size);
     void secure();
     void greet();
     /// Wraps what happens when an operation of the way to the server has ended: a failure ends the link.

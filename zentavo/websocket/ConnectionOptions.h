@@ -17,7 +17,7 @@ struct ConnectionOptions {
     std::chrono::milliseconds handshakeTimeout{10'000};
     /// How long the other end has to answer our goodbye, and after it to end the stream.
     std::chrono::milliseconds closeTimeout{5'000};
-    /// A ping is sent when nothing has come for so long …
+    /// A ping is sent when nothing has come for so long (and before it is twice as long) …
     std::chrono::milliseconds pingInterval{30'000};
     /// … and the connection is given up when nothing has come for so long after it.
     std::chrono::milliseconds pingTimeout{20'000};

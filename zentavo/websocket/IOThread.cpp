@@ -6,6 +6,7 @@
 
 #include <asio/detail/signal_blocker.hpp>
 #include <asio/executor_work_guard.hpp>
+#include <openssl/crypto.h>
 
 #include "zentavo/foundation/Mutex.h"
 
@@ -39,11 +40,15 @@ bool IOThread::isCurrent() noexcept { return onIOThread; }
 
 IOThread::IOThread() {
     end();
+    // What is registered first is undone last: OpenSSL must outlive the thread, which uses it. (With no option it
+    // registers nothing.)
+    OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CRYPTO_STRINGS, nullptr);
     const asio::detail::signal_blocker blocked;
     std::thread([this] {
         onIOThread = true;
         const auto work = asio::make_work_guard(context_);
         context_.run();
+        OPENSSL_thread_stop();
         MutexLock lock(end().mutex);
         end().ended = true;
         end().told.notify_all();

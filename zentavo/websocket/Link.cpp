@@ -9,9 +9,10 @@
 namespace zentavo::websocket {
 namespace {
 
-// A read takes what has come in meanwhile. Connections that receive much get a large buffer, the others stay small.
+// A read takes what has come in meanwhile. Connections that receive much get a large buffer, the others stay small. A
+// larger one yet would cost more than it saves: what is read is used again at once, and should still be in the cache.
 constexpr std::size_t smallBuffer = 16384;
-constexpr std::size_t largeBuffer = 262144;
+constexpr std::size_t largeBuffer = 65536;
 
 } // namespace
 
@@ -145,6 +146,9 @@ void Link::onRead(const asio::error_code& error, std::size_t size) {
             return;
         }
         heard_ = true;
+        if (std::exchange(pinged_, false) && phase_ == Phase::open && !closeTimed_) {
+            arm(Wait::keepAlive, options_.pingInterval);
+        }
         std::span<char> input(buffer_.data(), size);
         if (phase_ == Phase::opening) {
             takeHandshake(input);

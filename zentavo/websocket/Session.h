@@ -62,8 +62,8 @@ public:
     Sent send(MessageKind kind, std::string_view content);
     /// At most 125 bytes are sent. Never `full`: control frames are not held up by a full queue.
     Sent ping(std::string_view content);
-    /// Says goodbye, once; a code that may not be sent becomes an empty close frame. Messages that arrive from now on are
-    /// dropped.
+    /// Says goodbye, once; a code that may not be sent becomes an empty close frame. Messages that arrive from now on
+    /// are dropped.
     void close(CloseCode code, std::string_view reason);
 
     /// Moves what waits to be sent into `bytes`, which was empty; it counts as queued until `written`. False when there

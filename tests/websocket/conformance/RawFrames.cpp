@@ -1,5 +1,6 @@
 #include "tests/websocket/conformance/RawFrames.h"
 
+#include <algorithm>
 #include <ostream>
 
 namespace zentavo::websocket::conformance {
@@ -88,6 +89,15 @@ std::vector<RawFrame> decode(std::string_view bytes, Role sender) {
         frame.payload = mask ? masked(payload, with) : payload;
         frames.push_back(std::move(frame));
         at = head + length;
+    }
+    return frames;
+}
+
+std::vector<RawFrame> withoutReasons(std::vector<RawFrame> frames) {
+    for (RawFrame& frame : frames) {
+        if (frame.first == 0x88) {
+            frame.payload.resize(std::min<std::size_t>(frame.payload.size(), 2));
+        }
     }
     return frames;
 }

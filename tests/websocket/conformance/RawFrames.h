@@ -33,5 +33,7 @@ RawFrame close(unsigned code, std::string_view reason = {});
 std::string encode(const std::vector<RawFrame>& frames, Role sender);
 /// Reads whole frames from `bytes`; what is not a whole frame becomes one of first byte 0.
 std::vector<RawFrame> decode(std::string_view bytes, Role sender);
+/// The reason of a close frame is for people.
+std::vector<RawFrame> withoutReasons(std::vector<RawFrame> frames);
 
 } // namespace zentavo::websocket::conformance

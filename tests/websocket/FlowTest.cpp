@@ -1,0 +1,172 @@
+// Time and back-pressure: who waits for whom, how long, and on which thread it is told.
+
+#include <atomic>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/websocket/Client.h"
+#include "tests/websocket/Wire.h"
+
+namespace zentavo::websocket::test {
+namespace {
+
+std::thread::id threadOf(ThreadQueue& queue) {
+    std::promise<std::thread::id> id;
+    queue.async([&] { id.set_value(std::this_thread::get_id()); });
+    return id.get_future().get();
+}
+
+TEST(Queue, everyHandlerRunsOnTheQueueThatTheHostNamed) {
+    const auto ours = std::make_shared<ThreadQueue>();
+    const auto theirs = std::make_shared<ThreadQueue>();
+    const auto client = threadOf(*ours);
+    const auto server = threadOf(*theirs);
+    std::atomic<int> strayed = 0;
+    const auto expectOn = [&](std::thread::id where) { strayed += std::this_thread::get_id() == where ? 0 : 1; };
+    Story served;
+    ServerHandlers handlers;
+    handlers.onRequest = [&](const ServerRequest&) {
+        expectOn(server);
+        return Verdict();
+    };
+    handlers.onOpen = [&](const auto&) { expectOn(server); };
+    handlers.onMessage = [&](const auto& connection, MessageKind kind, std::string_view content) {
+        expectOn(server);
+        connection->send(kind, content);
+    };
+    handlers.onClose = [&](const auto&, const Closed&) {
+        expectOn(server);
+        served.tell([&] { ++served.closes; });
+    };
+    WebSocketServer listener(handlers, {}, theirs);
+    const auto port = listener.listen("127.0.0.1", 0);
+    Story story;
+    const ClientHandlers told = story.handlers();
+    WebSocketClient one({[&](const Handshake& agreed) {
+                             expectOn(client);
+                             told.onOpen(agreed);
+                         },
+                         [&](MessageKind kind, std::string_view content) {
+                             expectOn(client);
+                             told.onMessage(kind, content);
+                         },
+                         nullptr,
+                         [&](const Closed& how, int status) {
+                             expectOn(client);
+                             told.onClose(how, status);
+                         }},
+                        ours);
+    ASSERT_TRUE(one.open(urlOf(*port)).ok());
+    ASSERT_TRUE(story.await([&] { return story.opened; }));
+    one.sendText("x");
+    ASSERT_TRUE(story.awaitMessages(1));
+    one.close();
+    ASSERT_TRUE(story.awaitClosed());
+    ASSERT_TRUE(served.awaitClosed());
+    EXPECT_EQ(strayed, 0);
+}
+
+// What a host has not handled yet is bounded: the rest stays in the network, and comes when the host goes on.
+TEST(Queue, aHostThatIsBehindHoldsUpItsPeerAndMissesNothing) {
+    constexpr std::size_t count = 1024;
+    const std::string frame = std::string("\x82\x7F\0\0\0\0\0\x01\0\0", 10) + std::string(65536, 'x');
+    const Door door;
+    const auto queue = std::make_shared<ThreadQueue>();
+    std::atomic<std::size_t> received = 0;
+    Story story;
+    ClientHandlers handlers = story.handlers();
+    handlers.onMessage = [&](MessageKind, std::string_view content) {
+        story.tell([&] { received += content.size(); });
+    };
+    WebSocketClient client(handlers, queue);
+    ASSERT_TRUE(client.open(urlOf(door.port())).ok());
+    const Wire wire = door.accept();
+    wire.send(upgradeAnswer(wire.receiveHead()));
+    ASSERT_TRUE(story.await([&] { return story.opened; }));
+    std::promise<void> goOn;
+    queue->async([&] { goOn.get_future().wait(); });
+    std::atomic<bool> sent = false;
+    std::thread sender([&] {
+        for (std::size_t i = 0; i < count; ++i) {
+            wire.send(frame);
+        }
+        sent = true;
+    });
+    // 64 MiB are far more than the two ends of a connection hold; a reader without a bound has taken them by now.
+    std::this_thread::sleep_for(150ms);
+    EXPECT_FALSE(sent);
+    EXPECT_EQ(received, 0U);
+    goOn.set_value();
+    EXPECT_TRUE(story.await([&] { return received == count * 65536; })) << received;
+    sender.join();
+}
+
+TEST(Time, aConnectionThatAnswersPingsStaysOpen) {
+    ClientOptions impatient;
+    impatient.pingInterval = 10ms;
+    impatient.pingTimeout = 10s;
+    const Door door;
+    Story story;
+    WebSocketClient client(story.handlers());
+    ASSERT_TRUE(client.open(urlOf(door.port()), impatient).ok());
+    const Wire wire = door.accept();
+    wire.send(upgradeAnswer(wire.receiveHead()));
+    for (int i = 0; i < 3; ++i) {
+        const std::string ping = wire.receive();
+        ASSERT_TRUE(ping.starts_with(std::string("\x89\x80", 2)));
+        wire.send(std::string("\x8A\0", 2));
+    }
+    EXPECT_EQ(story.closes, 0);
+    client.close();
+    EXPECT_TRUE(wire.receive().starts_with("\x88"));
+}
+
+TEST(Time, connectingIsBoundedWhereverItStops) {
+    ClientOptions options;
+    options.connectTimeout = 30ms;
+    const Door door;
+    const auto reasonOf = [&](const std::string& url) {
+        Story story;
+        WebSocketClient client(story.handlers());
+        EXPECT_TRUE(client.open(url, options).ok());
+        const Wire wire = door.accept();
+        EXPECT_TRUE(story.awaitClosed());
+        return story.closed.reason;
+    };
+    EXPECT_EQ(reasonOf("wss://127.0.0.1:" + std::to_string(door.port()) + "/"), "connecting took too long");
+    options.proxy = Proxy{"127.0.0.1", door.port(), ""};
+    EXPECT_EQ(reasonOf("ws://nowhere.example/"), "connecting took too long");
+}
+
+TEST(Time, aServerGivesUpOnClientsThatStaySilent) {
+    ServerOptions options;
+    options.handshakeTimeout = 30ms;
+    options.pingInterval = 30ms;
+    options.pingTimeout = 30ms;
+    options.closeTimeout = 30ms;
+    Story served;
+    ServerHandlers handlers;
+    handlers.onClose = [&](const auto&, const Closed& closed) {
+        served.tell([&] {
+            ++served.closes;
+            served.closed = closed;
+        });
+    };
+    WebSocketServer server(handlers, options);
+    const auto port = server.listen("127.0.0.1", 0);
+    const Wire silent(*port);
+    silent.send("GET / HTTP/1.1\r\nHost: ");
+    EXPECT_EQ(silent.receiveAll(), "");
+
+    const Wire gone(*port);
+    gone.send(upgradeRequest());
+    gone.receiveHead();
+    EXPECT_EQ(gone.receiveAll(), std::string("\x89\0", 2));
+    ASSERT_TRUE(served.awaitClosed());
+    EXPECT_EQ(served.closed.reason, "no answer to our ping");
+    EXPECT_EQ(served.closes, 1) << "a connection that never opened is no event";
+}
+
+} // namespace
+} // namespace zentavo::websocket::test
