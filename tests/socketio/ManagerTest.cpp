@@ -80,8 +80,7 @@ protected:
     }
 
     testing::MemoryPlatform system;
-    const std::shared_ptr<platform::DispatchQueue> queue =
-        system.queues->make("socketio", platform::QueueKind::serial);
+    const std::shared_ptr<platform::DispatchQueue> queue = system.queues->make("socketio", platform::QueueKind::serial);
     const std::shared_ptr<test::ScriptedWebSockets> sockets = std::make_shared<test::ScriptedWebSockets>();
     std::shared_ptr<SocketManager> manager;
     std::vector<std::string> told;
@@ -180,8 +179,8 @@ TEST_F(ManagerTest, acknowledgesBothWays) {
     socket->emit("q", {"x"}, ack("zero"));
     socket->emit("q", {}, ack("one"), 5s);
     socket->emit("q", {Binary{"\1"}}, ack("two"), 5s);
-    EXPECT_THAT(takeSent(), ElementsAre(R"(420["q","x"])", R"(421["q"])",
-                                        R"(451-2["q",{"_placeholder":true,"num":0}])", "b:\1"));
+    EXPECT_THAT(takeSent(),
+                ElementsAre(R"(420["q","x"])", R"(421["q"])", R"(451-2["q",{"_placeholder":true,"num":0}])", "b:\1"));
     server(R"(432["second"])");
     server(R"(430["first"])");
     server(R"(430["again"])");
@@ -404,7 +403,8 @@ TEST_F(ManagerTest, maySeeItsSocketsGoAtAnyMoment) {
         const auto kept = std::make_shared<int>(0);
         socket->onConnect([kept] {});
         socket->connect();
-        socket->emit("x", {}, [kept](const auto&) {}, 1s);
+        socket->emit(
+            "x", {}, [kept](const auto&) {}, 1s);
         if (step > 0) {
             run();
         }

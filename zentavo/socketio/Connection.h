@@ -61,7 +61,7 @@ private:
     std::shared_ptr<Engine> engine_;
     std::unique_ptr<PacketDecoder> decoder_;
     bool handshaken_ = false; ///< the engine has been open
-    unsigned attempts_ = 0; ///< since the connection was there
+    unsigned attempts_ = 0;   ///< since the connection was there
     platform::TimerId timer_ = 0;
 };
 

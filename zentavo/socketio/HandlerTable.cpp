@@ -31,9 +31,8 @@ void HandlerTable::forget(Entries& removed, const std::string& key, const Entry*
         return;
     }
     auto& list = found->second;
-    const auto kept = std::stable_partition(list.begin(), list.end(), [&](const auto& one) {
-        return entry != nullptr && one.get() != entry;
-    });
+    const auto kept = std::stable_partition(list.begin(), list.end(),
+                                            [&](const auto& one) { return entry != nullptr && one.get() != entry; });
     for (auto it = kept; it != list.end(); ++it) {
         (*it)->gone = true;
         outgoing_ -= (*it)->kind == Kind::anyOutgoing ? 1 : 0;

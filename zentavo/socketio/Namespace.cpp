@@ -249,7 +249,8 @@ void Namespace::onEvent(Packet packet) {
                 Arguments(List(std::make_move_iterator(list.begin() + 1), std::make_move_iterator(list.end())),
                           std::move(packet.attachments))};
     if (packet.id) {
-        event.acknowledge = Acknowledge(std::make_shared<Acknowledge::Receiver>(weak_from_this(), *packet.id, session_));
+        event.acknowledge =
+            Acknowledge(std::make_shared<Acknowledge::Receiver>(weak_from_this(), *packet.id, session_));
     }
     if (!recoveryId_.empty() && !event.arguments.empty()) {
         if (const auto* offset = event.arguments.values().back().asString()) {

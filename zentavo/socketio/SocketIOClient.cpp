@@ -63,7 +63,7 @@ Emitted SocketIOClient::emit(std::string_view event, Arguments arguments) {
 }
 
 Emitted SocketIOClient::emit(std::string_view event, Arguments arguments, AckHandler handler,
-                                  std::chrono::milliseconds timeout) {
+                             std::chrono::milliseconds timeout) {
     return space_->emit(event, std::move(arguments), false, std::move(handler), timeout);
 }
 

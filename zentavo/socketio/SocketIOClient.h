@@ -65,7 +65,7 @@ public:
     /// from this call), or when the connection is lost after the event was sent. An event that waits when its time is over
     /// is not sent any more.
     Emitted emit(std::string_view event, Arguments arguments, AckHandler handler,
-                      std::chrono::milliseconds timeout = std::chrono::milliseconds(0));
+                 std::chrono::milliseconds timeout = std::chrono::milliseconds(0));
     /// Dropped unless it can leave at once: for what is soon out of date.
     Emitted emitVolatile(std::string_view event, Arguments arguments = {});
 

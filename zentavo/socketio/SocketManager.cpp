@@ -39,8 +39,8 @@ Result<std::shared_ptr<SocketManager>> SocketManager::make(std::string_view url,
         (uses(TransportKind::webSocket) && !services.webSockets)) {
         return Error{"nobody answers for one of the transports"};
     }
-    auto connection = std::make_shared<Connection>(*std::move(address), std::move(options), std::move(services),
-                                                   std::move(handlers));
+    auto connection =
+        std::make_shared<Connection>(*std::move(address), std::move(options), std::move(services), std::move(handlers));
     return std::shared_ptr<SocketManager>(new SocketManager(std::move(connection)));
 }
 
