@@ -164,8 +164,11 @@ TEST_F(EngineTest, speaksOverWebSocketFromTheStart) {
     engine->send({{"4x", false}, {"bin", true}});
     EXPECT_FALSE(engine->writable());
     EXPECT_THAT(socket.takeSent(), ElementsAre("3"));
+    for (int i = 0; i < 100; ++i) {
+        socket.say("2flood");
+    }
     socket.drain();
-    EXPECT_THAT(socket.takeSent(), ElementsAre("4x", "b:bin"));
+    EXPECT_THAT(socket.takeSent(), ElementsAre("4x", "b:bin", "3"));
     EXPECT_TRUE(engine->writable());
     socket.close(1009, "too big");
     EXPECT_THAT(owner->take(), ElementsAre("transport close|WebSocket code 1009: too big"));

@@ -61,7 +61,9 @@ public:
             }
             return false;
         });
-        return came ? ::testing::AssertionSuccess() : ::testing::AssertionFailure() << what << " never came, but\n" << before;
+        return came ? ::testing::AssertionSuccess()
+                    : ::testing::AssertionFailure() << what << " never came, but\n"
+                                                    << before;
     }
 
 private:
@@ -87,8 +89,7 @@ protected:
                              : GetParam() == Way::webSocket ? std::vector{TransportKind::webSocket}
                                                             : options.transports;
         options.backoff = {50ms, 200ms, 0.5};
-        auto made = SocketManager::make(url, options,
-                                        {queue, platform->clock, platform->random, platform->urlSession});
+        auto made = SocketManager::make(url, options, {queue, platform->clock, platform->random, platform->urlSession});
         ASSERT_TRUE(made.ok()) << made.error().message;
         manager = *made;
     }
@@ -103,9 +104,9 @@ protected:
     }
     AckHandler ack() {
         return [this](const Result<Arguments, AckFailure>& result) {
-            story.tell(!result.ok()         ? result.error() == AckFailure::timedOut ? "ack late" : "ack lost"
-                       : result->empty()    ? "ack nothing"
-                       : result->binary(0)  ? "ack bytes " + *result->binary(0)
+            story.tell(!result.ok()              ? result.error() == AckFailure::timedOut ? "ack late" : "ack lost"
+                       : result->empty()         ? "ack nothing"
+                       : result->binary(0)       ? "ack bytes " + *result->binary(0)
                        : (*result)[0].asString() ? "ack " + *(*result)[0].asString()
                                                  : "ack other");
         };
@@ -289,8 +290,9 @@ TEST_P(ServerTest, isToldThatAPacketWasTooLarge) {
     awaitTransport(*socket);
     socket->emit("ack", {std::string(50'000, 'x')}, ack());
     EXPECT_TRUE(story.comes("ack lost"));
-    EXPECT_TRUE(story.comes(GetParam() == Way::polling ? "disconnect transport error the post was answered with status 413"
-                                                       : "disconnect transport close WebSocket code 1009"));
+    EXPECT_TRUE(story.comes(GetParam() == Way::polling
+                                ? "disconnect transport error the post was answered with status 413"
+                                : "disconnect transport close WebSocket code 1009"));
     EXPECT_TRUE(story.comes("connect"));
 }
 

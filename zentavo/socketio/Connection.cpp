@@ -105,7 +105,9 @@ void Connection::onEngineMessage(std::string_view content, bool binary) {
         space->receive(**std::move(packet));
     } else if ((*packet)->type == PacketType::connect) {
         // Left before the server's answer came; only now can the server be told.
-        if (auto frames = writePacket({PacketType::disconnect, (*packet)->space, {}, {}, {}})) {
+        auto frames = writePacket({PacketType::disconnect, (*packet)->space, {}, {}, {}});
+        if (auto held = budget_.take((*packet)->space.size() + 3); frames && held) {
+            frames->front().held = std::move(held);
             send(*std::move(frames));
         }
     }

@@ -87,7 +87,10 @@ void Engine::onTransportPacket(Transport& transport, const EnginePacket& packet)
         }
         break;
     case EnginePacketType::ping:
-        frames_.push_back(engineFrame(EnginePacketType::pong, packet.data));
+        // One pong waits at most: a server that pings and takes nothing must not fill our memory.
+        if (frames_.empty() || frames_.back().binary || frames_.back().bytes.front() != '3') {
+            frames_.push_back(engineFrame(EnginePacketType::pong));
+        }
         flush();
         break;
     case EnginePacketType::close:
