@@ -1,8 +1,10 @@
 // The client and the reference server, over loopback: by polling, by WebSocket, and from one to the other.
 
+#include <atomic>
 #include <condition_variable>
 #include <csignal>
 #include <mutex>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -346,6 +348,38 @@ TEST_P(ServerTest, endsConnectionsThatBringGarbage) {
         EXPECT_TRUE(story.comes("disconnect parse error")) << garbage;
         EXPECT_TRUE(story.comes("connect"));
     }
+}
+
+TEST_P(ServerTest, letsGoOnAnyThreadAtAnyMoment) {
+    const Server server;
+    std::atomic<int> events = 0;
+    for (int round = 0; round < 12; ++round) {
+        start(server.url());
+        // Each thread has a namespace of its own and leaves when it has said so many things, connected or not.
+        const auto visit = [&](const char* name, int count) {
+            const auto guest = *manager->socket(name, {{{"token", "secret"}}, nullptr});
+            guest->connect();
+            for (int i = 0; i < count; ++i) {
+                const auto handler = guest->on("echo", [&](const Event&) { ++events; });
+                guest->emit(
+                    "echo", {i, Binary{"x"}}, [&](const auto&) { ++events; }, 50ms);
+                if (i % 3 == 0) {
+                    guest->off(handler);
+                }
+            }
+        };
+        std::thread first(visit, "/", round * 20);
+        std::thread second(visit, "/admin", 240 - round * 20);
+        manager->disconnect();
+        first.join();
+        second.join();
+        manager.reset();
+    }
+    start(server.url());
+    const auto last = socket();
+    last->connect();
+    last->emit("ack", {"still fine"}, ack());
+    EXPECT_TRUE(story.comes("ack still fine"));
 }
 
 } // namespace
