@@ -30,8 +30,8 @@ private:
     std::variant<Value, Binary> data_;
 };
 
-/// The arguments of an event or an acknowledgement. Bytes stand beside the values as attachments; where they belong, the
-/// values hold a placeholder.
+/// The arguments of an event or an acknowledgement. Bytes stand beside the values as attachments; where they belong,
+/// the values hold a placeholder.
 ///
 ///     socket->emit("photo", {"beach", Binary{jpeg}, 12});
 ///
@@ -55,7 +55,8 @@ public:
     const Value& operator[](std::size_t index) const noexcept;
     /// The bytes of argument `index`; a null pointer when it is no binary.
     const std::string* binary(std::size_t index) const noexcept { return binary((*this)[index]); }
-    /// The bytes that `value`, found somewhere inside an argument, stands for; a null pointer when it is no placeholder.
+    /// The bytes that `value`, found somewhere inside an argument, stands for; a null pointer when it is no
+    /// placeholder.
     const std::string* binary(const Value& value) const noexcept;
 
     const List& values() const noexcept { return values_; }

@@ -15,8 +15,8 @@ struct Backoff {
     double randomizationFactor = 0.5;
 };
 
-/// The wait before attempt `attempt`, counted from 0: it doubles each time, is moved up or down by chance, and then cut at
-/// the maximum, however many attempts there were. Asks `random` twice.
+/// The wait before attempt `attempt`, counted from 0: it doubles each time, is moved up or down by chance, and then cut
+/// at the maximum, however many attempts there were. Asks `random` twice.
 ZENTAVO_EXPORT std::chrono::milliseconds backoffDelay(const Backoff& backoff, unsigned attempt,
                                                       platform::Random& random);
 

@@ -11,8 +11,8 @@
 namespace zentavo::socketio {
 
 /// The cookies of one server, for the WebSocket connections to it: HTTP requests get theirs from the URL session, which
-/// knows nothing of WebSocket. Cookies of other domains and paths do not come here, since a jar has one server and path.
-/// What a hostile server sets is bounded: 50 cookies of 4 KiB.
+/// knows nothing of WebSocket. Cookies of other domains and paths do not come here, since a jar has one server and
+/// path. What a hostile server sets is bounded: 50 cookies of 4 KiB.
 class ZENTAVO_EXPORT CookieJar {
 public:
     /// Takes the value of a "Set-Cookie" header. `now` is the steady clock's.

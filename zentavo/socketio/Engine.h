@@ -39,8 +39,8 @@ public:
     bool isOpen() const noexcept { return state_ == State::open; }
     /// What is sent now leaves at once, as far as this end can tell.
     bool writable() const { return state_ == State::open && !changing_ && frames_.empty() && current_->writable(); }
-    /// False when the server has been silent for too long, which ends the engine: after a sleep of the machine its timer
-    /// may be late.
+    /// False when the server has been silent for too long, which ends the engine: after a sleep of the machine its
+    /// timer may be late.
     bool alive();
     void send(std::vector<EngineFrame> frames);
     /// Nothing is told any more. What was sent still leaves, within the close timeout, also without an owner.

@@ -28,7 +28,8 @@ struct EngineOptions {
     /// The first one starts. A connection that starts with polling goes over to WebSocket where both are here.
     std::vector<TransportKind> transports{TransportKind::polling, TransportKind::webSocket};
     bool upgrade = true;
-    /// Cookies that the server sets go along with WebSocket connections too. Those of HTTP are the URL session's affair.
+    /// Cookies that the server sets go along with WebSocket connections too. Those of HTTP are the URL session's
+    /// affair.
     bool cookies = true;
     /// From the start to the server's handshake.
     std::chrono::milliseconds connectTimeout{20'000};

@@ -14,15 +14,15 @@
 
 namespace zentavo::socketio {
 
-/// Whether an event was taken to be sent. Unlike other results it may be left alone: who says only what JSON can say, and
-/// keeps to the limits, has nothing to look at.
+/// Whether an event was taken to be sent. Unlike other results it may be left alone: who says only what JSON can say,
+/// and keeps to the limits, has nothing to look at.
 class Emitted : public Result<void> {
 public:
     Emitted(Result<void> result) : Result<void>(std::move(result)) {}
 };
 
-/// Answers an event that the server wants acknowledged. Copies are one: it answers once. Any thread, also much later; an
-/// answer for a connection that has ended meanwhile is dropped.
+/// Answers an event that the server wants acknowledged. Copies are one: it answers once. Any thread, also much later;
+/// an answer for a connection that has ended meanwhile is dropped.
 class ZENTAVO_EXPORT Acknowledge {
 public:
     class Receiver;
@@ -39,8 +39,8 @@ private:
     std::shared_ptr<Receiver> receiver_;
 };
 
-/// An event from the server; one of our own for any-handlers; or "connect", "disconnect" and "connect_error", which this
-/// library says itself.
+/// An event from the server; one of our own for any-handlers; or "connect", "disconnect" and "connect_error", which
+/// this library says itself.
 struct Event {
     std::string name;
     Arguments arguments;

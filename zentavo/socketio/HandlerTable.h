@@ -12,8 +12,8 @@
 
 namespace zentavo::socketio {
 
-/// The handlers of one socket. Any thread adds and removes, also inside a handler; what is removed is not called any more,
-/// not even for an event that is being told. Handlers are called and destroyed with no lock held.
+/// The handlers of one socket. Any thread adds and removes, also inside a handler; what is removed is not called any
+/// more, not even for an event that is being told. Handlers are called and destroyed with no lock held.
 class HandlerTable {
 public:
     enum class Kind { named, anyIncoming, anyOutgoing };

@@ -33,8 +33,8 @@ struct ManagerHandlers {
 /// What a namespace is told about who joins.
 struct Auth {
     Map payload;
-    /// Asked anew each time a namespace is joined, also after a reconnection, on the manager's queue: tokens grow old. It
-    /// calls `reply` once, on any thread, then or later. Goes before `payload`.
+    /// Asked anew each time a namespace is joined, also after a reconnection, on the manager's queue: tokens grow old.
+    /// It calls `reply` once, on any thread, then or later. Goes before `payload`.
     std::function<void(std::function<void(Map)> reply)> provider;
 };
 

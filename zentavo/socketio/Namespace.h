@@ -18,8 +18,8 @@ namespace zentavo::socketio {
 
 class Connection;
 
-/// One end's side of a namespace. What the host calls comes from any thread and is posted to the queue; all else happens
-/// on the queue, where no call of the host's gets in between.
+/// One end's side of a namespace. What the host calls comes from any thread and is posted to the queue; all else
+/// happens on the queue, where no call of the host's gets in between.
 class Namespace final : public std::enable_shared_from_this<Namespace> {
 public:
     Namespace(std::string name, Auth auth, const std::shared_ptr<Connection>& connection);

@@ -10,8 +10,8 @@
 
 namespace zentavo::socketio {
 
-/// Puts packets together from the messages of one connection. A packet and its attachments may come in different polling
-/// answers, so it lives as long as the connection. After an error the connection is of no more use.
+/// Puts packets together from the messages of one connection. A packet and its attachments may come in different
+/// polling answers, so it lives as long as the connection. After an error the connection is of no more use.
 class ZENTAVO_EXPORT PacketDecoder {
 public:
     explicit PacketDecoder(const Limits& limits) : limits_(limits) {}

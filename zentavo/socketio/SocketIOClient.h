@@ -18,8 +18,8 @@ class SocketManager;
 /// One namespace of a server, made by `SocketManager::socket`. Any thread; no call waits.
 ///
 /// Handlers run on the manager's queue, one at a time, in the order in which things happened. Letting go of the last
-/// pointer is allowed at any time, also inside a handler: the namespace is left, and no handler starts any more (one that
-/// runs on the queue at that moment may still be running). A socket keeps its manager alive.
+/// pointer is allowed at any time, also inside a handler: the namespace is left, and no handler starts any more (one
+/// that runs on the queue at that moment may still be running). A socket keeps its manager alive.
 class ZENTAVO_EXPORT SocketIOClient {
 public:
     SocketIOClient(std::shared_ptr<Namespace> space, std::shared_ptr<SocketManager> manager);
@@ -58,12 +58,12 @@ public:
     /// All of them, any-handlers included.
     void offAll();
 
-    /// Sends an event; while there is no connection it waits, in order. An error for what cannot be sent: values that JSON
-    /// cannot say, too many attachments, an event of the library's own, or too much that waits already.
+    /// Sends an event; while there is no connection it waits, in order. An error for what cannot be sent: values that
+    /// JSON cannot say, too many attachments, an event of the library's own, or too much that waits already.
     Emitted emit(std::string_view event, Arguments arguments = {});
-    /// With an acknowledgement. `handler` is called once: with the server's arguments, after `timeout` (0: none; counted
-    /// from this call), or when the connection is lost after the event was sent. An event that waits when its time is over
-    /// is not sent any more.
+    /// With an acknowledgement. `handler` is called once: with the server's arguments, after `timeout` (0: none;
+    /// counted from this call), or when the connection is lost after the event was sent. An event that waits when its
+    /// time is over is not sent any more.
     Emitted emit(std::string_view event, Arguments arguments, AckHandler handler,
                  std::chrono::milliseconds timeout = std::chrono::milliseconds(0));
     /// Dropped unless it can leave at once: for what is soon out of date.

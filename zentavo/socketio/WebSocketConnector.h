@@ -20,8 +20,8 @@ enum class WebSocketSent {
     closed,
 };
 
-/// An open or opening connection. Releasing it ends it with a goodbye after what was taken; no event comes any more, also
-/// when it is released inside an event.
+/// An open or opening connection. Releasing it ends it with a goodbye after what was taken; no event comes any more,
+/// also when it is released inside an event.
 class ZENTAVO_EXPORT WebSocketConnection {
 public:
     virtual ~WebSocketConnection() = default;
@@ -45,8 +45,8 @@ struct WebSocketRequest {
     std::chrono::milliseconds timeout{20'000};
 };
 
-/// Makes WebSocket connections, as `platform::URLSession` makes HTTP requests. A host brings one of its own where proxies
-/// or certificates need care; tests bring a scripted one.
+/// Makes WebSocket connections, as `platform::URLSession` makes HTTP requests. A host brings one of its own where
+/// proxies or certificates need care; tests bring a scripted one.
 class ZENTAVO_EXPORT WebSocketConnector {
 public:
     virtual ~WebSocketConnector() = default;

@@ -1,5 +1,5 @@
-// A stranger who speaks Socket.IO and links no port: he answers for queue, clock, chance and WebSocket himself, and is the
-// server too.
+// A stranger who speaks Socket.IO and links no port: he answers for queue, clock, chance and WebSocket himself, and is
+// the server too.
 #include <algorithm>
 #include <cstdio>
 #include <deque>
