@@ -1,0 +1,45 @@
+// The reference server as the tests want it: node server.cjs MODULES PORT OPTIONS, where OPTIONS is the server's own as
+// JSON. It says "listening PORT", and ends after two minutes at the latest.
+const [, , modules, port, options] = process.argv;
+const { Server } = require(modules + "/socket.io");
+const http = require("http").createServer();
+const io = new Server(http, { serveClient: false, ...JSON.parse(options || "{}") });
+
+setTimeout(() => process.exit(3), 120_000).unref();
+
+const serve = (socket) => {
+  let next = 0;
+  socket.on("echo", (...args) => socket.emit("echo", ...args));
+  socket.on("ack", (...args) => args.pop()(...args));
+  socket.on("silent", () => {});
+  socket.on("ask", (...args) => socket.emit("question", ...args, (...answer) => socket.emit("answer", ...answer)));
+  socket.on("count", (n) => { next = n === next ? next + 1 : NaN; });
+  socket.on("counted", (answer) => answer(String(next)));
+  socket.on("burst", (n) => { for (let i = 0; i < n; i++) socket.emit("n", i); });
+  socket.on("who", (answer) => answer({
+    query: socket.handshake.query, auth: socket.handshake.auth, app: socket.handshake.headers["x-app"] || "",
+    cookie: socket.request.headers.cookie || "", transport: socket.conn.transport.name, id: socket.id,
+    upgradeCookie: socket.conn.upgradeCookie || "",
+  }));
+  socket.on("leave", () => socket.disconnect());
+  socket.on("kick", () => socket.disconnect(true));
+  socket.on("drop", () => socket.conn.close());
+  socket.on("garbage", (text) => socket.conn.sendPacket("message", text));
+};
+
+// The cookies of a WebSocket that takes over from polling.
+io.engine.on("headers", (headers, request) => {
+  const conn = request._query.transport === "websocket" && io.engine.clients[request._query.sid];
+  if (conn) conn.upgradeCookie = request.headers.cookie || "";
+});
+io.on("connection", serve);
+io.of("/admin").use((socket, next) => {
+  if (socket.handshake.auth.token === "secret") return next();
+  const error = new Error("not authorized");
+  error.data = { code: "E1" };
+  next(error);
+}).on("connection", serve);
+
+// After a restart the port may be held for a moment.
+http.on("error", () => setTimeout(() => http.listen(Number(port), "127.0.0.1"), 50));
+http.listen(Number(port), "127.0.0.1", () => console.log("listening " + http.address().port));

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zentavo/socketio/Engine.h"
+#include "zentavo/socketio/ManagerOptions.h"
+#include "zentavo/socketio/Namespace.h"
+#include "zentavo/socketio/PacketDecoder.h"
+#include "zentavo/socketio/SendBudget.h"
+
+namespace zentavo::socketio {
+
+/// What the namespaces of one manager share: the engine, one after the other, and the waits between them. On the queue
+/// only, unless it says otherwise.
+class Connection final : public EngineOwner, public std::enable_shared_from_this<Connection> {
+public:
+    Connection(EngineAddress address, ManagerOptions options, Services services, ManagerHandlers handlers);
+
+    // Any thread.
+    const std::shared_ptr<platform::DispatchQueue>& queue() const noexcept { return services_.queue; }
+    const Limits& limits() const noexcept { return options_.limits; }
+    SendBudget& budget() noexcept { return budget_; }
+    /// The host let go of the manager: no handler of its own starts any more.
+    void abandon() { abandoned_ = true; }
+
+    /// `space` wants to be joined: now, or as soon as there is a connection.
+    void add(const std::shared_ptr<Namespace>& space);
+    /// Without any namespace the connection ends.
+    void remove(const Namespace& space);
+    void disconnectAll();
+
+    bool alive() { return engine_ && engine_->alive(); }
+    bool writable() const { return engine_ && engine_->writable(); }
+    void send(std::vector<EngineFrame> frames);
+
+private:
+    void onEngineOpen() override;
+    void onEngineMessage(std::string_view content, bool binary) override;
+    void onEngineEnd(const Disconnection& how) override;
+
+    void open();
+    void scheduleAttempt();
+    void close();
+    std::vector<std::shared_ptr<Namespace>> spaces() const;
+    template <class Handler, class... Values>
+    void tell(const Handler& handler, const Values&... values);
+
+    const EngineAddress address_;
+    const ManagerOptions options_;
+    const Services services_;
+    const ManagerHandlers handlers_;
+    const std::shared_ptr<CookieJar> cookies_ = std::make_shared<CookieJar>();
+    SendBudget budget_;
+    std::atomic<bool> abandoned_ = false;
+
+    std::map<std::string, std::shared_ptr<Namespace>, std::less<>> spaces_;
+    std::shared_ptr<Engine> engine_;
+    std::unique_ptr<PacketDecoder> decoder_;
+    bool handshaken_ = false; ///< the engine has been open
+    unsigned attempts_ = 0;   ///< since the connection was there
+    platform::TimerId timer_ = 0;
+};
+
+} // namespace zentavo::socketio
