@@ -17,7 +17,7 @@ namespace {
 
 using namespace zentavo;
 
-/// A message as a shop sends it: some 550 bytes, a picture, a link, one button.
+/// A message as a shop sends it: some 620 bytes, a picture, a link, one button.
 void writeItem(JSONWriter& writer, std::int64_t number) {
     const std::string id = "5f1d7a" + std::to_string(100'000 + number);
     writer.value(Map{{"item_id", id},
@@ -58,7 +58,7 @@ std::string page(std::int64_t items) {
 }
 
 /// Beyond what an answer may have, so that growth can be seen.
-constexpr json::Limits limits{.maximumBytes = std::size_t{1} << 30U};
+constexpr json::Limits limits{.maximumBytes = std::size_t{1} << 30U, .maximumValues = std::size_t{1} << 30U};
 
 std::vector<InboxItem> decode(const std::string& text) {
     auto response = readInboxAnswer<InboxItemAPIResponse>(

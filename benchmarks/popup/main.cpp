@@ -95,7 +95,8 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "no server or no display; see scripts/with-display\n");
         return 2;
     }
-    const auto platform = zentavo::linux_port::makeLinuxPlatform({.dataFolder = "/proc/self/nowhere", .mainBundle = {}}); // memory
+    const auto platform =
+        zentavo::linux_port::makeLinuxPlatform({.dataFolder = "/proc/self/nowhere", .mainBundle = {}}); // memory
     Answer answer;
     platform->urlSession = std::make_shared<bench::ObservedSession>(platform->urlSession, [&answer](const auto& text) {
         answer.text = text;

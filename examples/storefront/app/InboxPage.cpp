@@ -25,6 +25,8 @@ namespace {
 constexpr unsigned patienceMilliseconds = 10'000;
 /// Rows that were added have their sizes by then.
 constexpr unsigned layoutMilliseconds = 100;
+/// The service has done what it was asked for by then, as a rule.
+constexpr unsigned removalMilliseconds = 500;
 
 Gtk::Widget& sign(const Glib::ustring& icon) {
     auto& image = *Gtk::make_managed<Gtk::Image>();
@@ -75,7 +77,7 @@ InboxPage::InboxPage(Services services) : Gtk::Box(Gtk::Orientation::VERTICAL), 
     scroller_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     scroller_.signal_edge_reached().connect([this](Gtk::PositionType edge) {
         if (edge == Gtk::PositionType::BOTTOM && !asking_ && !complete_) {
-            askForPage(page_ + 1);
+            askForPage(page_ + 1, Fill::further);
         }
     });
     scroller_.signal_edge_overshot().connect([this](Gtk::PositionType edge) {
@@ -97,59 +99,77 @@ InboxPage::InboxPage(Services services) : Gtk::Box(Gtk::Orientation::VERTICAL), 
 
 InboxPage::~InboxPage() = default;
 
+template <class Block>
+void InboxPage::soon(unsigned milliseconds, Block block) {
+    Glib::signal_timeout().connect_once(
+        [alive = std::weak_ptr(alive_), block] {
+            if (!alive.expired()) {
+                block();
+            }
+        },
+        milliseconds);
+}
+
 void InboxPage::refresh() {
     AppInbox& inbox = *services_.sdk->appInbox();
     inbox.fetchAllCatalog(later([this](const std::vector<Catalog>& catalogs) { showCatalogs(catalogs); }));
     askForUnread();
     stack_.set_visible_child("waiting");
-    askForPage(1);
+    askForPage(1, Fill::anew);
 }
 
 void InboxPage::askForUnread() {
     services_.sdk->appInbox()->countUnreadMessage(later([this](std::int64_t count) { setUnread(count); }));
 }
 
-void InboxPage::askForPage(std::int64_t page) {
+void InboxPage::askForPage(std::int64_t page, Fill fill) {
     asking_ = true;
     const auto question = ++question_;
     const std::vector<std::string> catalogs = catalog_.empty() ? std::vector<std::string>{} : std::vector{catalog_};
-    services_.sdk->appInbox()->forceFetchInboxItem(catalogs, page,
-                                                   later([this, page, question](const std::vector<InboxItem>& items) {
-                                                       if (question == question_) {
-                                                           showPage(page, items);
-                                                       }
-                                                   }));
-    Glib::signal_timeout().connect_once(
-        [this, question, alive = std::weak_ptr(alive_)] {
-            if (!alive.expired() && question == question_ && asking_) {
-                showProblem();
+    services_.sdk->appInbox()->forceFetchInboxItem(
+        catalogs, page, later([this, page, fill, question](const std::vector<InboxItem>& items) {
+            if (question == question_) {
+                showPage(page, fill, items);
             }
-        },
-        patienceMilliseconds);
+        }));
+    soon(patienceMilliseconds, [this, question] {
+        if (question == question_ && asking_) {
+            showProblem();
+        }
+    });
 }
 
-void InboxPage::showPage(std::int64_t page, std::vector<InboxItem> items) {
+void InboxPage::showPage(std::int64_t page, Fill fill, std::vector<InboxItem> items) {
     asking_ = false;
     page_ = page;
     complete_ = std::cmp_less(items.size(), AppInbox::pageLimit());
-    if (page == 1) {
+    if (fill == Fill::anew) {
+        known_.clear();
         while (auto* row = list_.get_row_at_index(0)) {
             list_.remove(*row);
         }
     }
     for (InboxItem& item : items) {
-        list_.append(*Gtk::make_managed<MessageRow>(std::move(item), services_.pictures,
-                                                    [this](MessageRow& row) { remove(row); }));
+        if (known_.insert(item.itemId).second) {
+            list_.append(*Gtk::make_managed<MessageRow>(std::move(item), services_.pictures,
+                                                        [this](MessageRow& row) { remove(row); }));
+        }
     }
-    stack_.set_visible_child(list_.get_row_at_index(0) != nullptr ? "messages" : "empty");
+    showWhatIsThere();
     // A page that does not fill the window cannot be scrolled, so nothing would ever ask for the next.
-    Glib::signal_timeout().connect_once(
-        [this, question = question_, alive = std::weak_ptr(alive_)] {
-            if (!alive.expired() && question == question_ && !complete_ && !canScroll()) {
-                askForPage(page_ + 1);
-            }
-        },
-        layoutMilliseconds);
+    soon(layoutMilliseconds, [this, question = question_] {
+        if (question == question_ && !complete_ && !canScroll()) {
+            askForPage(page_ + 1, Fill::further);
+        }
+    });
+}
+
+void InboxPage::showWhatIsThere() {
+    if (!rows().empty()) {
+        stack_.set_visible_child("messages");
+    } else {
+        stack_.set_visible_child(complete_ ? "empty" : "waiting");
+    }
 }
 
 bool InboxPage::canScroll() const {
@@ -202,10 +222,18 @@ void InboxPage::filter(const std::string& catalog) {
 void InboxPage::choose(const std::string& catalog) {
     catalog_ = catalog;
     stack_.set_visible_child("waiting");
-    askForPage(1);
+    askForPage(1, Fill::anew);
 }
 
-MessageRow* InboxPage::row(int place) { return static_cast<MessageRow*>(list_.get_row_at_index(place)); }
+std::vector<MessageRow*> InboxPage::rows() {
+    std::vector<MessageRow*> rows;
+    for (int i = 0; auto* row = static_cast<MessageRow*>(list_.get_row_at_index(i)); ++i) {
+        if (row->get_visible()) {
+            rows.push_back(row);
+        }
+    }
+    return rows;
+}
 
 void InboxPage::open(MessageRow& row) {
     const InboxItem& item = row.item();
@@ -220,26 +248,28 @@ void InboxPage::open(MessageRow& row) {
 }
 
 void InboxPage::remove(MessageRow& row) {
+    if (!row.hide()) {
+        return;
+    }
     services_.sdk->appInbox()->modifyMessageStatus({row.item().itemId}, ModifyAction::remove);
     if (row.unread()) {
         setUnread(unread_ - 1);
     }
-    // Not while one of its own signals is still under way.
-    onMainThread([this, alive = std::weak_ptr(alive_), &row] {
-        if (alive.expired()) {
-            return;
-        }
-        list_.remove(row);
-        if (list_.get_row_at_index(0) == nullptr) {
-            stack_.set_visible_child("empty");
+    showWhatIsThere();
+    // What came behind it moves up: once the service has done so, the last page has a message that is not here yet.
+    soon(removalMilliseconds, [this] {
+        if (!complete_) {
+            askForPage(page_, Fill::further);
         }
     });
 }
 
 void InboxPage::markAllAsRead() {
     services_.sdk->appInbox()->markAllAsRead();
+    for (MessageRow* row : rows()) {
+        row->showRead();
+    }
     setUnread(0);
-    askForPage(1);
 }
 
 void InboxPage::setUnread(std::int64_t count) {

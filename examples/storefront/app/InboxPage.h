@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,7 @@ public:
 
     /// Asks for catalogs, the number of unread messages and the first page anew.
     void refresh();
+    void askForUnread();
     /// Shows the messages of one catalog; of all of them where `catalog` is empty.
     void filter(const std::string& catalog);
     void open(MessageRow& row);
@@ -42,15 +44,16 @@ public:
 
     /// What is to be seen: "waiting", "messages", "empty" or "problem".
     std::string state() const { return stack_.get_visible_child_name(); }
-    /// The message at that place, or null.
-    MessageRow* row(int place);
+    /// The messages that are to be seen, the newest first.
+    std::vector<MessageRow*> rows();
 
 private:
     void choose(const std::string& catalog);
-    void askForPage(std::int64_t page);
-    void showPage(std::int64_t page, std::vector<zentavo::InboxItem> items);
+    enum class Fill { anew, further };
+    void askForPage(std::int64_t page, Fill fill);
+    void showPage(std::int64_t page, Fill fill, std::vector<zentavo::InboxItem> items);
+    void showWhatIsThere();
     void showCatalogs(const std::vector<zentavo::Catalog>& catalogs);
-    void askForUnread();
     void setUnread(std::int64_t count);
     bool canScroll() const;
     void showProblem();
@@ -58,6 +61,9 @@ private:
     /// `block` for a completion: it runs on the main thread, unless the page is gone by then.
     template <class Block>
     auto later(Block block);
+    /// Runs `block` after that time, unless the page is gone by then.
+    template <class Block>
+    void soon(unsigned milliseconds, Block block);
 
     const Services services_;
     /// Gone with the page; what comes later sees that.
@@ -73,6 +79,7 @@ private:
 
     std::string catalog_; ///< empty: all
     std::map<std::string, Gtk::ToggleButton*> filterButtons_;
+    std::set<std::string> known_; ///< the messages that have a row
     std::int64_t page_ = 0;
     std::int64_t unread_ = 0;
     bool asking_ = false;

@@ -1,5 +1,7 @@
 #include "MessageRow.h"
 
+#include <utility>
+
 #include <glibmm/datetime.h>
 #include <gtkmm/button.h>
 #include <gtkmm/gestureswipe.h>
@@ -71,6 +73,11 @@ MessageRow::MessageRow(zentavo::InboxItem item, const Pictures& pictures, std::f
     });
     content.add_controller(swipe);
     set_child(content);
+}
+
+bool MessageRow::hide() {
+    set_visible(false);
+    return !std::exchange(hidden_, true);
 }
 
 void MessageRow::showRead() {

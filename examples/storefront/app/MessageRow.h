@@ -24,10 +24,13 @@ public:
     const zentavo::InboxItem& item() const { return item_; }
     bool unread() const { return unread_; }
     void showRead();
+    /// Gone for the user; the row itself stays in its list until that is filled anew. False when it was gone already.
+    bool hide();
 
 private:
     const zentavo::InboxItem item_;
     bool unread_;
+    bool hidden_ = false;
     Gtk::Box dot_;
     Gtk::Label heading_;
 };

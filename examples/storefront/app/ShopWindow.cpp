@@ -133,6 +133,8 @@ void ShopWindow::go(const URL& route) {
         showInbox();
     } else if (route.isHTTP()) {
         gtk_show_uri(Gtk::Window::gobj(), route.text().c_str(), GDK_CURRENT_TIME);
+    } else {
+        showList(); // of this shop, though not a place that it has
     }
 }
 

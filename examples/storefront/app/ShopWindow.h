@@ -23,8 +23,8 @@ class ShopWindow : public Gtk::ApplicationWindow {
 public:
     ShopWindow(std::shared_ptr<zentavo::Zentavo> sdk, const std::shared_ptr<zentavo::platform::Platform>& platform);
 
-    /// Goes where a link or an in-app message points: "shop://product/SKU", "shop://cart", "shop://inbox"; anything else
-    /// is the desktop's.
+    /// Goes where a link or an in-app message points: "shop://product/SKU", "shop://cart", "shop://inbox"; other places of
+    /// the shop are its list. http is the desktop's.
     void go(const zentavo::URL& route);
 
     void showList();

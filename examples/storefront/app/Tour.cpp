@@ -65,8 +65,9 @@ Tour::Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk,
     inbox(
         "06-inbox-opened-and-removed",
         [](InboxPage& page) {
-            page.open(*page.row(0));
-            page.remove(*page.row(1));
+            const auto rows = page.rows();
+            page.open(*rows.at(0));
+            page.remove(*rows.at(1));
         },
         "messages");
     inbox(
@@ -74,7 +75,7 @@ Tour::Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk,
     inbox(
         "07-inbox-empty",
         [](InboxPage& page) {
-            for (int i = 0; auto* row = page.row(i); ++i) {
+            for (MessageRow* row : page.rows()) {
                 page.remove(*row);
             }
         },
@@ -131,7 +132,7 @@ void Tour::failNext(const std::string& path, std::function<void()> then) {
 
 void Tour::message(std::string name, const std::string& event) {
     steps_.push_back({std::move(name), [this, event] { window_.events().happened(event); },
-                      [this] { return sdk_->isShowingTemplate(); }, [this] { closeMessage(); }, 1'800});
+                      [this] { return isMessageThere(); }, [this] { closeMessage(); }, 1'800});
     steps_.push_back({"", [] {}, [this] { return !sdk_->isShowingTemplate(); }, [] {}, 0});
 }
 
@@ -197,6 +198,12 @@ void Tour::photograph() {
     }
     step.leave();
     next();
+}
+
+bool Tour::isMessageThere() const {
+    WebKitWebView* page = webViewIn(GTK_WIDGET(window_.gobj()));
+    return sdk_->isShowingTemplate() && page != nullptr && webkit_web_view_is_loading(page) == FALSE &&
+           gtk_widget_get_width(GTK_WIDGET(page)) > 1;
 }
 
 void Tour::closeMessage() {

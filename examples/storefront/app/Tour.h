@@ -42,6 +42,8 @@ private:
     void next();
     void await(unsigned waited);
     void photograph();
+    /// On screen, with its page loaded.
+    bool isMessageThere() const;
     void closeMessage();
 
     ShopWindow& window_;

@@ -78,6 +78,7 @@ int main(int argc, char** argv) {
                 window->go(*url);
             }
         });
+        window->inbox().askForUnread();
         if (options.tour.empty()) {
             window->showList();
             return;
