@@ -174,6 +174,17 @@ TEST_F(NotificationDelegateTest, APayloadThatCannotBeReadOpensAndTracksNothingBu
     EXPECT_THAT(logged(), ::testing::Contains(AllOf(HasSubstr("pushId"), HasSubstr("found nothing"))));
 }
 
+TEST_F(NotificationDelegateTest, ARatingBeforeActivationIsAFaultAfterWhichTheSystemStillHears) {
+    std::vector<std::string> faults;
+    setFaultPolicy(FaultPolicy::contain, [&](const Fault& fault) { faults.push_back(fault.entryPoint); });
+    restart();
+    const auto early = std::make_shared<ZentavoUNUserNotificationCenter>();
+    memory.userNotifications->setDelegate(early);
+    answer(payload("rating"));
+    EXPECT_THAT(faults, ::testing::Not(IsEmpty()));
+    EXPECT_EQ(memory.userNotifications->finishedResponses(), 1U);
+}
+
 TEST_F(NotificationDelegateTest, HostsAreToldOfPushesWithAnImageAnURLAndData) {
     std::vector<Map> told;
     delegate->onNotificationPressed([&](Map notification) { told.push_back(std::move(notification)); });
