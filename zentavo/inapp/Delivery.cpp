@@ -50,8 +50,8 @@ void Delivery::handleAnswer(const std::optional<std::string>& data, const std::o
         return;
     }
     const Zentavo::State& state = *facade->state();
-    if (!data || data->empty()) {
-        return end(state, DeliveryTrace::Outcome::noAnswer, error ? error->message : "the answer is empty");
+    if (!data) {
+        return end(state, DeliveryTrace::Outcome::noAnswer, error ? error->message : "there is no answer");
     }
     trace_.receivedBytes = data->size();
     auto response = DeliveryResponse::decode(*data);
@@ -84,6 +84,10 @@ void Delivery::present(const std::shared_ptr<Zentavo>& facade) {
         return end(state, DeliveryTrace::Outcome::alreadyShowing);
     }
     FlagGuard guard(state.isShowingTemplate);
+    // Between the choice and now another answer may have used up the limit; nothing counts between here and `record`.
+    if (auto capped = Frequency::check(Frequency::load(state), content_)) {
+        return holdBack(state, *std::move(capped));
+    }
     if (const auto last = state.currentTemplate) {
         // A host that clears the flag by hand still sees one message at a time.
         last->close(DeliveryTrace::ClosedBy::replaced);
@@ -107,14 +111,25 @@ void Delivery::present(const std::shared_ptr<Zentavo>& facade) {
     state.currentTemplate = presenter;
     guard.keep();
 
-    end(state, DeliveryTrace::Outcome::presented);
-    presenter->onClosed = [weak = facade_, trace = std::move(trace_)](DeliveryTrace::ClosedBy closedBy) mutable {
+    trace_.outcome = DeliveryTrace::Outcome::presented;
+    presenter->onClosed = [weak = facade_, trace = trace_](DeliveryTrace::ClosedBy closedBy) mutable {
         if (const auto living = weak.lock()) {
             trace.closedBy = closedBy;
             tell(*living->state(), trace);
         }
     };
     Frequency::record(state, Frequency::Subject::of(content_), "impression");
+    // Last: it calls the host, and what the host throws must not lose the count.
+    tell(state, trace_);
+}
+
+void Delivery::holdBack(const Zentavo::State& state, DeliveryTrace::Capped capped) {
+    logCapped(*state.log, capped);
+    if (trace_.chosen) {
+        trace_.campaigns[*trace_.chosen].capped = std::move(capped);
+        trace_.chosen.reset();
+    }
+    end(state, DeliveryTrace::Outcome::nothingToShow);
 }
 
 void Delivery::drop(const Zentavo::State& state, const char* why) {

@@ -24,6 +24,8 @@ public:
 private:
     void handleAnswer(const std::optional<std::string>& data, const std::optional<Error>& error);
     void present(const std::shared_ptr<Zentavo>& facade);
+    /// What was chosen has reached a limit since.
+    void holdBack(const Zentavo::State& state, DeliveryTrace::Capped capped);
     void drop(const Zentavo::State& state, const char* why);
     bool traced(const Zentavo::State& state) const;
     /// Logs the trace, and hands it to the host.
