@@ -161,6 +161,28 @@ TEST_F(DeliveryTest, ChanceAloneDecidesBetweenCampaigns) {
     EXPECT_NEAR(shown[1], 1000, 120);
 }
 
+TEST_F(DeliveryTest, WhatOthersChoseStaysOnOneShortLine) {
+    sdk->setDebug(true);
+    trace();
+    const std::string name = std::string(100'000, 'x') + "\nDelivery for \"forged\"";
+    memory.session->on({"POST", "", "/interaction/v2"},
+                       testing::ScriptedAnswer{200, json::write(Map{{"webContents", Map{{name, Map()}}}}).value()}, 1);
+    trackAndSettle();
+    EXPECT_EQ(traces.at(0).outcome, Outcome::undecodable);
+    EXPECT_LT(traces[0].problem.size(), 500U);
+    for (const std::string& line : logged()) {
+        EXPECT_LT(line.size(), 1000U);
+    }
+
+    offer({campaign(1, {{"template", "\n" + name}})});
+    trackAndSettle("two\nlines");
+    const std::string text = traces.at(1).text();
+    EXPECT_LT(text.size(), 500U);
+    EXPECT_EQ(text.find('\n'), std::string::npos);
+    EXPECT_THAT(text, HasSubstr("\"two?lines\""));
+    EXPECT_EQ(traces[1].campaigns.at(0).templateType, "\n" + name) << "the fields are what they are";
+}
+
 TEST_F(DeliveryTest, TheTraceOfALongAnswerIsAShortLine) {
     std::vector<Map> many;
     for (int i = 0; i < 1000; ++i) {

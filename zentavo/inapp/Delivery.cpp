@@ -2,6 +2,7 @@
 
 #include "zentavo/foundation/Fault.h"
 #include "zentavo/foundation/JSON.h"
+#include "zentavo/foundation/Printable.h"
 #include "zentavo/inapp/CampaignChoice.h"
 #include "zentavo/inapp/DeliveryResponse.h"
 #include "zentavo/inapp/Template.h"
@@ -56,8 +57,9 @@ void Delivery::handleAnswer(const std::optional<std::string>& data, const std::o
     trace_.receivedBytes = data->size();
     auto response = DeliveryResponse::decode(*data);
     if (!response) {
-        state.log->write(response.error().message);
-        return end(state, DeliveryTrace::Outcome::undecodable, response.error().message);
+        const std::string problem = printable(response.error().message);
+        state.log->write(problem);
+        return end(state, DeliveryTrace::Outcome::undecodable, problem);
     }
     auto chosen = chooseCampaign(*std::move(response), Frequency::load(state), *state.platform->random, *state.log,
                                  traced(state) ? &trace_ : nullptr);
@@ -154,9 +156,9 @@ void Delivery::tell(const Zentavo::State& state, const DeliveryTrace& trace) {
     }
 }
 
-void Delivery::end(const Zentavo::State& state, DeliveryTrace::Outcome outcome, std::string problem) {
+void Delivery::end(const Zentavo::State& state, DeliveryTrace::Outcome outcome, std::string_view problem) {
     trace_.outcome = outcome;
-    trace_.problem = std::move(problem);
+    trace_.problem = printable(problem);
     tell(state, trace_);
 }
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "zentavo/core/ZentavoState.h"
 #include "zentavo/foundation/Result.h"
@@ -30,7 +31,7 @@ private:
     bool traced(const Zentavo::State& state) const;
     /// Logs the trace, and hands it to the host.
     static void tell(const Zentavo::State& state, const DeliveryTrace& trace);
-    void end(const Zentavo::State& state, DeliveryTrace::Outcome outcome, std::string problem = {});
+    void end(const Zentavo::State& state, DeliveryTrace::Outcome outcome, std::string_view problem = {});
 
     /// Not kept alive by a question on its way.
     const std::weak_ptr<Zentavo> facade_;

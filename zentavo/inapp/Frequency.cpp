@@ -7,6 +7,7 @@
 
 #include "zentavo/foundation/Fault.h"
 #include "zentavo/foundation/JSON.h"
+#include "zentavo/foundation/Printable.h"
 
 namespace zentavo {
 
@@ -68,7 +69,7 @@ std::optional<DeliveryTrace::Capped> used(CappingLevel level, const Map& entries
 
 template <class Capping>
 std::string described(const std::optional<Capping>& capping) {
-    return capping ? json::write(capping->encode()).value() : "none";
+    return capping ? printable(json::write(capping->encode()).value()) : "none";
 }
 
 void logRecord(const Zentavo::State& state, const Frequency::Subject& subject) {

@@ -2,6 +2,7 @@
 
 #include "zentavo/foundation/Fault.h"
 #include "zentavo/foundation/JSON.h"
+#include "zentavo/foundation/Printable.h"
 #include "zentavo/inapp/ViewInfoProof.h"
 #include "zentavo/tracking/CDPEvent.h"
 
@@ -85,7 +86,7 @@ void TemplateCodeMode::handleTemplateInfo(const std::optional<std::string>& data
     }
     auto info = data ? TemplateInfoResponse::decode(*data) : Result<TemplateInfoResponse>(Error{"no answer"});
     if (!info) {
-        living->log("In-app message: its layout cannot be read: " + info.error().message);
+        living->log("In-app message: its layout cannot be read: " + printable(info.error().message));
     }
     if (info && info->data && info->data->codeModeSettings) {
         laidOut_ = true;
@@ -108,7 +109,7 @@ void TemplateCodeMode::handleViewInfo(const std::optional<std::string>& data) {
     }
     auto info = data ? ViewInfoResponse::decode(*data) : Result<ViewInfoResponse>(Error{"no answer"});
     if (!info) {
-        living->log("In-app message: its content cannot be read: " + info.error().message);
+        living->log("In-app message: its content cannot be read: " + printable(info.error().message));
         return;
     }
     trackingUrls_ = std::move(info->data.trackingUrls);
