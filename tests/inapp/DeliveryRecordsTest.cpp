@@ -66,9 +66,9 @@ TEST_F(DeliveryRecordsTest, TemplateInfoAcceptsAnythingAbsentAndANumericRightNev
         EXPECT_TRUE(TemplateInfoResponse::decode(text)) << text;
     }
     const std::map<std::string, std::string> faulty{{R"("right":10)", "data.options.positionSettings.right"},
-                                                    {R"("top":true)", "type mismatch"},
-                                                    {R"("bottom":1.5)", "type mismatch"},
-                                                    {R"("left":[])", "type mismatch"},
+                                                    {R"("top":true)", "expected an integer or text"},
+                                                    {R"("bottom":1.5)", "expected an integer or text"},
+                                                    {R"("left":[])", "expected an integer or text"},
                                                     {R"("positionSuffix":1)", "positionSuffix"}};
     for (const auto& [member, message] : faulty) {
         const auto refused =
@@ -76,6 +76,10 @@ TEST_F(DeliveryRecordsTest, TemplateInfoAcceptsAnythingAbsentAndANumericRightNev
         ASSERT_FALSE(refused) << member;
         EXPECT_THAT(refused.error().message, HasSubstr(message));
     }
+    const Map flag{{"top", true}};
+    KeyedDecoder decoder(flag);
+    EXPECT_FALSE(IntOrString::decodeOptional(decoder, "top"));
+    EXPECT_EQ(decoder.failure()->kind, DecodingFailure::Kind::typeMismatch);
 }
 
 TEST_F(DeliveryRecordsTest, ViewInfoNeedsItsContentAndItsTrackingURLs) {

@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "tests/inapp/InAppTest.h"
 #include "zentavo/inapp/CampaignChoice.h"
 
@@ -85,13 +87,67 @@ TEST_F(DeliveryTest, TheTraceTellsWhyNothingWasShown) {
     memory.session->on({"POST", "", "/interaction/v2"},
                        testing::ScriptedAnswer::failure(platform::URLErrorKind::cannotConnect), 1);
     trackAndSettle();
-    ASSERT_EQ(traces.size(), 3U);
+    memory.session->on({"POST", "", "/interaction/v2"}, testing::ScriptedAnswer{200, ""}, 1);
+    trackAndSettle();
+    ASSERT_EQ(traces.size(), 4U);
     EXPECT_EQ(traces[0].outcome, Outcome::nothingToShow);
     ASSERT_EQ(traces[0].campaigns.size(), 2U);
     EXPECT_TRUE(traces[0].campaigns[0].typeDropped && traces[0].campaigns[1].typeDropped);
     EXPECT_EQ(traces[1].outcome, Outcome::undecodable);
     EXPECT_FALSE(traces[1].problem.empty());
     EXPECT_EQ(traces[2].outcome, Outcome::noAnswer);
+    EXPECT_EQ(traces[3].outcome, Outcome::undecodable) << "an empty answer is one";
+}
+
+TEST_F(DeliveryTest, ALimitHoldsBackWhatWasChosenBeforeItWasReached) {
+    memory.attachViews();
+    sdk->setDebug(true);
+    sdk->setDeliveryTraceCallback([this](const DeliveryTrace& each) {
+        traces.push_back(each);
+        if (each.outcome == Outcome::presented) {
+            sdk->setIsShowingTemplate(false); // only the limit is in the way of the next one
+        }
+    });
+    const Map once{{"event", "impression"}, {"value", 1}, {"timeUnit", "daily"}};
+    const std::string both = answer({campaign(1, {{"template", "popup"}, {"zoneFrequencyCapping", once}})});
+    memory.session->hold();
+    sdk->track(CDPEvent("a"));
+    sdk->track(CDPEvent("b"));
+    memory.session->answer(0, {200, "{}"});
+    memory.session->answer(1, {200, "{}"});
+    settle();
+    memory.session->answer(2, {200, both});
+    memory.session->answer(3, {200, both});
+    settle();
+    ASSERT_EQ(traces.size(), 2U);
+    EXPECT_EQ(traces[0].outcome, Outcome::presented);
+    EXPECT_EQ(traces[1].outcome, Outcome::nothingToShow);
+    EXPECT_FALSE(traces[1].chosen);
+    EXPECT_EQ(traces[1].campaigns.at(0).capped->level, CappingLevel::zone);
+    EXPECT_THAT(logged(), Contains("Frequency via zone setup 1, cached 1"));
+    EXPECT_FALSE(sdk->isShowingTemplate());
+    EXPECT_EQ(memory.views->shown().size(), 2U) << "what is on screen stays";
+}
+
+TEST_F(DeliveryTest, ATraceCallbackThatThrowsLosesNothing) {
+    memory.attachViews();
+    int faults = 0;
+    setFaultPolicy(FaultPolicy::contain, [&](const Fault&) { ++faults; });
+    sdk->setDeliveryTraceCallback([this](const DeliveryTrace& each) {
+        traces.push_back(each);
+        throw std::runtime_error("the host is in a bad mood");
+    });
+    const Map limit{{"event", "impression"}, {"value", 5}, {"timeUnit", "daily"}};
+    offer({campaign(1, {{"template", "popup"}, {"zoneFrequencyCapping", limit}})});
+    trackAndSettle();
+    EXPECT_EQ(store()->string("at_freq_capping_zone"), R"({"9":{"timeExpire":1768521600.0,"impression":1}})");
+    memory.webViews->last()->post("eventHandler", Map{{"type", "zentavo-cdp-webview-closed"}});
+    settle();
+    ASSERT_EQ(traces.size(), 2U);
+    EXPECT_EQ(traces[1].outcome, Outcome::presented);
+    EXPECT_EQ(traces[1].closedBy, DeliveryTrace::ClosedBy::page);
+    EXPECT_EQ(faults, 2);
+    EXPECT_FALSE(sdk->isShowingTemplate());
 }
 
 TEST_F(DeliveryTest, ChanceAloneDecidesBetweenCampaigns) {
@@ -103,6 +159,28 @@ TEST_F(DeliveryTest, ChanceAloneDecidesBetweenCampaigns) {
     }
     EXPECT_EQ(shown.size(), 2U) << "type names are compared exactly";
     EXPECT_NEAR(shown[1], 1000, 120);
+}
+
+TEST_F(DeliveryTest, WhatOthersChoseStaysOnOneShortLine) {
+    sdk->setDebug(true);
+    trace();
+    const std::string name = std::string(100'000, 'x') + "\nDelivery for \"forged\"";
+    memory.session->on({"POST", "", "/interaction/v2"},
+                       testing::ScriptedAnswer{200, json::write(Map{{"webContents", Map{{name, Map()}}}}).value()}, 1);
+    trackAndSettle();
+    EXPECT_EQ(traces.at(0).outcome, Outcome::undecodable);
+    EXPECT_LT(traces[0].problem.size(), 500U);
+    for (const std::string& line : logged()) {
+        EXPECT_LT(line.size(), 1000U);
+    }
+
+    offer({campaign(1, {{"template", "\n" + name}})});
+    trackAndSettle("two\nlines");
+    const std::string text = traces.at(1).text();
+    EXPECT_LT(text.size(), 500U);
+    EXPECT_EQ(text.find('\n'), std::string::npos);
+    EXPECT_THAT(text, HasSubstr("\"two?lines\""));
+    EXPECT_EQ(traces[1].campaigns.at(0).templateType, "\n" + name) << "the fields are what they are";
 }
 
 TEST_F(DeliveryTest, TheTraceOfALongAnswerIsAShortLine) {

@@ -2,6 +2,7 @@
 
 #include <thread>
 
+#include "tests/inapp/BusyPreferences.h"
 #include "tests/inapp/InAppTest.h"
 #include "zentavo/inapp/DeliveryResponse.h"
 
@@ -141,6 +142,28 @@ TEST_F(FrequencyTest, CountersThatOverflowAndACalendarThatCannotTellAreFaults) {
     ASSERT_EQ(faults.size(), 2U);
     EXPECT_THAT(faults[0], ::testing::HasSubstr("cannot go any higher"));
     EXPECT_THAT(faults[1], ::testing::HasSubstr("calendar"));
+}
+
+TEST_F(FrequencyTest, ACountThatABusyStoreMakesLaterIsTheSame) {
+    const auto medium = memory.preferences->suite("medium");
+    const auto busy = std::make_shared<BusyPreferences>(medium);
+    memory.platform()->preferences = busy;
+    restart();
+    activate();
+    const Map limit{{"event", "impression"}, {"value", 2}, {"timeUnit", "daily"}};
+    const std::string name = "an event with a name that lies on the heap";
+    shown(content({{"frequencyCapping", cap()}, {"zoneFrequencyCapping", limit}}), std::string(name));
+    shown(content({{"zoneFrequencyCapping", limit}}), std::string(name));
+    EXPECT_EQ(medium->string("at_freq_capping"), std::nullopt);
+    busy->flush();
+    EXPECT_EQ(medium->string("at_freq_capping"), R"({"1":{"timeExpire":1768521600.0,")" + name + "\":1}}");
+    EXPECT_EQ(medium->string("at_freq_capping_zone"), R"({"9":{"timeExpire":1768521600.0,")" + name + "\":2}}");
+
+    medium->set("at_freq_capping", R"({"1":{"impression":9223372036854775806}})");
+    shown(content({{"frequencyCapping", cap()}}));
+    shown(content({{"frequencyCapping", cap()}}));
+    busy->flush();
+    EXPECT_THAT(stored("at_freq_capping"), ::testing::HasSubstr("9223372036854775807")) << "what overflows stays";
 }
 
 TEST_F(FrequencyTest, NoCountIsLostBetweenThreads) {

@@ -20,8 +20,8 @@ protected:
     void layOut(const std::string& answer) {
         memory.session->on({"POST", "", "/interaction/media-template/info"}, testing::ScriptedAnswer{200, answer});
     }
-    void present() {
-        offer({campaign(4711, {{"template", "popup"}, {"designMode", "CODE_MODE"}})});
+    void present(const char* type = "popup") {
+        offer({campaign(4711, {{"template", type}, {"designMode", "CODE_MODE"}})});
         trackAndSettle();
         ASSERT_TRUE(page());
     }
@@ -63,6 +63,28 @@ TEST_F(TemplateCodeModeTest, WithoutALayoutItIsAsLargeAsItsPage) {
         post(R"({"type":"mt.Action.close"})");
         EXPECT_EQ(traces.back().closedBy, ClosedBy::page);
     }
+}
+
+TEST_F(TemplateCodeModeTest, ALayoutWithoutASizeStillSaysWhere) {
+    for (const char* type : {"popup", "floating_bar"}) {
+        layOut(R"({"data":{"options":{"floatingBarPosition":"top","positionSettings":{"top":"20","left":10}}}})");
+        present(type);
+        page()->setResult(Value(List{300, 80}));
+        page()->finishLoad();
+        settle();
+        EXPECT_EQ(view("zentavo.popup")->frame(), (Rect{10, 20, 300, 80})) << type;
+        EXPECT_EQ(page()->evaluated().back(), "resizeView();");
+        post(R"({"type":"mt.Action.close"})");
+    }
+}
+
+TEST_F(TemplateCodeModeTest, ABarWhoseContentNeverComesIsClosedByATap) {
+    present("floating_bar");
+    EXPECT_EQ(view("zentavo.overlay")->background().alpha, 0) << "a bar dims nothing";
+    view("zentavo.overlay")->tap();
+    settle();
+    EXPECT_EQ(traces.back().closedBy, ClosedBy::overlay);
+    EXPECT_FALSE(sdk->isShowingTemplate());
 }
 
 TEST_F(TemplateCodeModeTest, ItsContentIsAskedForWithASignatureOverExactlyWhatIsSent) {

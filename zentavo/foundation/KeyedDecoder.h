@@ -86,6 +86,10 @@ public:
     const std::optional<DecodingFailure>& failure() const { return root().failure_; }
     /// Marks the record as bad for a reason of the caller's own; the first failure stays.
     void fail(std::string_view key, std::string_view reason);
+    /// As `fail`, where what is `found` under `key` is of the wrong kind; `expected` is a noun with its article.
+    void mismatch(std::string_view key, std::string_view expected, const Value& found) {
+        mismatch(key, expected, found, notInList);
+    }
 
     /// Notes something odd about `key` that is no failure. The first `maximumRemarks` are kept, with their paths.
     void remark(std::string_view key, std::string_view text);
@@ -108,8 +112,7 @@ private:
     template <class T>
     std::optional<T> convert(std::string_view key, const Value* member, std::string_view expected,
                              std::optional<T> (*read)(const Value&));
-    void mismatch(std::string_view key, std::string_view expected, const Value& found,
-                  std::size_t position = notInList);
+    void mismatch(std::string_view key, std::string_view expected, const Value& found, std::size_t position);
     void fail(DecodingFailure::Kind kind, std::string_view subject, std::string path, std::string_view reason);
     const KeyedDecoder& root() const noexcept { return parent_ != nullptr ? parent_->root() : *this; }
     KeyedDecoder& root() noexcept { return parent_ != nullptr ? parent_->root() : *this; }

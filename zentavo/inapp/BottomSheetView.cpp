@@ -41,6 +41,10 @@ const std::shared_ptr<platform::View>& BottomSheetView::notesLabel() {
 
 bool BottomSheetView::present() {
     place(currentContainerHeight_);
+    if (topViewController) {
+        topViewController->addSubview(containerView());
+        return true;
+    }
     return views_.showOverWindow(containerView());
 }
 
@@ -55,7 +59,12 @@ void BottomSheetView::letGo(double height, bool movingDown) {
     views_.animate(settlingTime, [&] { place(settled); });
 }
 
-void BottomSheetView::dismiss() { containerView()->removeFromSuperview(); }
+void BottomSheetView::dismiss() {
+    if (heightConstraint_) {
+        place(*heightConstraint_, *heightConstraint_);
+    }
+    containerView()->removeFromSuperview();
+}
 
 double BottomSheetView::settledHeight(double height, bool movingDown, double maximum) noexcept {
     if (height < dismissibleHeight) {
@@ -64,8 +73,10 @@ double BottomSheetView::settledHeight(double height, bool movingDown, double max
     return height < defaultHeight || (height < maximum && movingDown) ? defaultHeight : maximum;
 }
 
-void BottomSheetView::place(double height) {
-    containerView()->setFrame({screen_.x, screen_.y + screen_.height - height, screen_.width, height});
+void BottomSheetView::place(double height, double below) {
+    heightConstraint_ = height;
+    bottomConstraint_ = below;
+    containerView()->setFrame({screen_.x, screen_.y + screen_.height - height + below, screen_.width, height});
 }
 
 } // namespace zentavo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "zentavo/platform/Views.h"
 
@@ -21,6 +22,14 @@ public:
     const double maximumContainerHeight;
     double currentContainerHeight() const noexcept { return currentContainerHeight_; }
 
+    /// What the sheet is put into; null for the host's window. Takes effect in `present`.
+    std::shared_ptr<platform::View> topViewController;
+    /// How high the container stands now, between its two heights too while a finger holds it. None until presented.
+    std::optional<double> containerViewHeightConstraint() const noexcept { return heightConstraint_; }
+    /// How far the container's lower edge lies below that of the screen: 0 while the sheet is up, its own height once
+    /// it is dismissed. None until presented.
+    std::optional<double> containerViewBottomConstraint() const noexcept { return bottomConstraint_; }
+
     // Made when first asked for. Title and notes lie in the content, the content in the container.
     const std::shared_ptr<platform::View>& containerView();
     const std::shared_ptr<platform::View>& contentStackView();
@@ -39,13 +48,15 @@ public:
     static double settledHeight(double height, bool movingDown, double maximum) noexcept;
 
 private:
-    void place(double height);
+    void place(double height, double below = 0);
     const std::shared_ptr<platform::View>& lazy(std::shared_ptr<platform::View>& view, const char* name,
                                                 const std::shared_ptr<platform::View>& superview);
 
     platform::Views& views_;
     const platform::Rect screen_;
     double currentContainerHeight_ = defaultHeight;
+    std::optional<double> heightConstraint_;
+    std::optional<double> bottomConstraint_;
     std::shared_ptr<platform::View> containerView_;
     std::shared_ptr<platform::View> contentStackView_;
     std::shared_ptr<platform::View> titleLabel_;

@@ -5,6 +5,13 @@
 
 namespace zentavo {
 
+void logCapped(const DebugLog& log, const DeliveryTrace::Capped& capped) {
+    if (log.enabled()) {
+        log.write(std::string("Frequency via ") + name(capped.level) + " setup " + std::to_string(capped.limit) +
+                  ", cached " + std::to_string(capped.counter));
+    }
+}
+
 std::optional<WebContent> chooseCampaign(DeliveryResponse response, const Frequency::Counters& counters,
                                          platform::Random& random, const DebugLog& log, DeliveryTrace* trace) {
     std::vector<std::size_t> candidates;
@@ -12,9 +19,8 @@ std::optional<WebContent> chooseCampaign(DeliveryResponse response, const Freque
         const WebContent& content = response.webContents[i].second;
         auto capped = Frequency::check(counters, content);
         const bool typeDropped = !capped && !content.isPresentable();
-        if (capped && log.enabled()) {
-            log.write(std::string("Frequency via ") + name(capped->level) + " setup " + std::to_string(capped->limit) +
-                      ", cached " + std::to_string(capped->counter));
+        if (capped) {
+            logCapped(log, *capped);
         }
         if (!capped && !typeDropped) {
             candidates.push_back(i);

@@ -2,6 +2,7 @@
 
 #include "zentavo/foundation/Fault.h"
 #include "zentavo/foundation/JSON.h"
+#include "zentavo/foundation/Printable.h"
 #include "zentavo/inapp/CampaignChoice.h"
 #include "zentavo/inapp/DeliveryResponse.h"
 #include "zentavo/inapp/Template.h"
@@ -50,14 +51,15 @@ void Delivery::handleAnswer(const std::optional<std::string>& data, const std::o
         return;
     }
     const Zentavo::State& state = *facade->state();
-    if (!data || data->empty()) {
-        return end(state, DeliveryTrace::Outcome::noAnswer, error ? error->message : "the answer is empty");
+    if (!data) {
+        return end(state, DeliveryTrace::Outcome::noAnswer, error ? error->message : "there is no answer");
     }
     trace_.receivedBytes = data->size();
     auto response = DeliveryResponse::decode(*data);
     if (!response) {
-        state.log->write(response.error().message);
-        return end(state, DeliveryTrace::Outcome::undecodable, response.error().message);
+        const std::string problem = printable(response.error().message);
+        state.log->write(problem);
+        return end(state, DeliveryTrace::Outcome::undecodable, problem);
     }
     auto chosen = chooseCampaign(*std::move(response), Frequency::load(state), *state.platform->random, *state.log,
                                  traced(state) ? &trace_ : nullptr);
@@ -84,6 +86,10 @@ void Delivery::present(const std::shared_ptr<Zentavo>& facade) {
         return end(state, DeliveryTrace::Outcome::alreadyShowing);
     }
     FlagGuard guard(state.isShowingTemplate);
+    // Between the choice and now another answer may have used up the limit; nothing counts between here and `record`.
+    if (auto capped = Frequency::check(Frequency::load(state), content_)) {
+        return holdBack(state, *std::move(capped));
+    }
     if (const auto last = state.currentTemplate) {
         // A host that clears the flag by hand still sees one message at a time.
         last->close(DeliveryTrace::ClosedBy::replaced);
@@ -107,14 +113,25 @@ void Delivery::present(const std::shared_ptr<Zentavo>& facade) {
     state.currentTemplate = presenter;
     guard.keep();
 
-    end(state, DeliveryTrace::Outcome::presented);
-    presenter->onClosed = [weak = facade_, trace = std::move(trace_)](DeliveryTrace::ClosedBy closedBy) mutable {
+    trace_.outcome = DeliveryTrace::Outcome::presented;
+    presenter->onClosed = [weak = facade_, trace = trace_](DeliveryTrace::ClosedBy closedBy) mutable {
         if (const auto living = weak.lock()) {
             trace.closedBy = closedBy;
             tell(*living->state(), trace);
         }
     };
     Frequency::record(state, Frequency::Subject::of(content_), "impression");
+    // Last: it calls the host, and what the host throws must not lose the count.
+    tell(state, trace_);
+}
+
+void Delivery::holdBack(const Zentavo::State& state, DeliveryTrace::Capped capped) {
+    logCapped(*state.log, capped);
+    if (trace_.chosen) {
+        trace_.campaigns[*trace_.chosen].capped = std::move(capped);
+        trace_.chosen.reset();
+    }
+    end(state, DeliveryTrace::Outcome::nothingToShow);
 }
 
 void Delivery::drop(const Zentavo::State& state, const char* why) {
@@ -139,9 +156,9 @@ void Delivery::tell(const Zentavo::State& state, const DeliveryTrace& trace) {
     }
 }
 
-void Delivery::end(const Zentavo::State& state, DeliveryTrace::Outcome outcome, std::string problem) {
+void Delivery::end(const Zentavo::State& state, DeliveryTrace::Outcome outcome, std::string_view problem) {
     trace_.outcome = outcome;
-    trace_.problem = std::move(problem);
+    trace_.problem = printable(problem);
     tell(state, trace_);
 }
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "zentavo/core/ZentavoState.h"
 #include "zentavo/foundation/Result.h"
@@ -24,11 +25,13 @@ public:
 private:
     void handleAnswer(const std::optional<std::string>& data, const std::optional<Error>& error);
     void present(const std::shared_ptr<Zentavo>& facade);
+    /// What was chosen has reached a limit since.
+    void holdBack(const Zentavo::State& state, DeliveryTrace::Capped capped);
     void drop(const Zentavo::State& state, const char* why);
     bool traced(const Zentavo::State& state) const;
     /// Logs the trace, and hands it to the host.
     static void tell(const Zentavo::State& state, const DeliveryTrace& trace);
-    void end(const Zentavo::State& state, DeliveryTrace::Outcome outcome, std::string problem = {});
+    void end(const Zentavo::State& state, DeliveryTrace::Outcome outcome, std::string_view problem = {});
 
     /// Not kept alive by a question on its way.
     const std::weak_ptr<Zentavo> facade_;

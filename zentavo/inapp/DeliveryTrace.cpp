@@ -2,12 +2,16 @@
 
 #include <algorithm>
 
+#include "zentavo/foundation/Printable.h"
+
 namespace zentavo {
 
 namespace {
 
 /// More campaigns than this in one line help nobody.
 constexpr std::size_t namedCampaigns = 10;
+/// Bytes of a name that others chose.
+constexpr std::size_t longestName = 80;
 
 const char* words(DeliveryTrace::Outcome outcome) noexcept {
     switch (outcome) {
@@ -46,10 +50,11 @@ const char* words(DeliveryTrace::ClosedBy closedBy) noexcept {
 }
 
 std::string describe(const DeliveryTrace::Campaign& campaign) {
-    std::string text = "; story " + std::to_string(campaign.storyId) + " (" + campaign.templateType + ")";
+    std::string text =
+        "; story " + std::to_string(campaign.storyId) + " (" + printable(campaign.templateType, longestName) + ")";
     if (campaign.capped) {
         const auto& capped = *campaign.capped;
-        text += std::string(" capped by ") + name(capped.level) + ": " + capped.event + " " +
+        text += std::string(" capped by ") + name(capped.level) + ": " + printable(capped.event, longestName) + " " +
                 std::to_string(capped.counter) + " of " + std::to_string(capped.limit);
     } else if (campaign.typeDropped) {
         text += " is of a type that is not shown";
@@ -72,8 +77,9 @@ const char* name(CappingLevel level) noexcept {
 }
 
 std::string DeliveryTrace::text() const {
-    std::string line = "Delivery for \"" + eventName + "\": " + std::to_string(receivedBytes) + " bytes, " +
-                       std::to_string(campaigns.size()) + (campaigns.size() == 1 ? " campaign" : " campaigns");
+    std::string line = "Delivery for \"" + printable(eventName, longestName) + "\": " + std::to_string(receivedBytes) +
+                       " bytes, " + std::to_string(campaigns.size()) +
+                       (campaigns.size() == 1 ? " campaign" : " campaigns");
     const std::size_t named = std::min(campaigns.size(), namedCampaigns);
     for (std::size_t i = 0; i < named; ++i) {
         line += describe(campaigns[i]);
@@ -87,7 +93,7 @@ std::string DeliveryTrace::text() const {
     line += "; ";
     line += words(outcome);
     if (!problem.empty()) {
-        line += " (" + problem + ")";
+        line += " (" + printable(problem) + ")";
     }
     if (closedBy) {
         line += "; ";

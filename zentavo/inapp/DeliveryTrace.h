@@ -50,6 +50,7 @@ struct ZENTAVO_EXPORT DeliveryTrace {
 
     std::string eventName;
     std::size_t receivedBytes = 0;
+    /// One line of a few hundred bytes at most.
     std::string problem;
     /// In the order of the answer; empty where it could not be decoded.
     std::vector<Campaign> campaigns;
@@ -59,7 +60,7 @@ struct ZENTAVO_EXPORT DeliveryTrace {
     /// None until a presented message is closed; then the trace is handed out a second time.
     std::optional<ClosedBy> closedBy;
 
-    /// One line that says all of it, long lists of campaigns cut short.
+    /// One line that says all of it, long lists of campaigns and long texts cut short, without control characters.
     std::string text() const;
 };
 

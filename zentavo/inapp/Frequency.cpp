@@ -1,10 +1,13 @@
 #include "zentavo/inapp/Frequency.h"
 
+#include <atomic>
 #include <chrono>
 #include <limits>
+#include <memory>
 
 #include "zentavo/foundation/Fault.h"
 #include "zentavo/foundation/JSON.h"
+#include "zentavo/foundation/Printable.h"
 
 namespace zentavo {
 
@@ -66,7 +69,7 @@ std::optional<DeliveryTrace::Capped> used(CappingLevel level, const Map& entries
 
 template <class Capping>
 std::string described(const std::optional<Capping>& capping) {
-    return capping ? json::write(capping->encode()).value() : "none";
+    return capping ? printable(json::write(capping->encode()).value()) : "none";
 }
 
 void logRecord(const Zentavo::State& state, const Frequency::Subject& subject) {
@@ -85,14 +88,15 @@ void count(const Zentavo::State& state, platform::Preferences& store, const std:
            const std::string& event, const CappingLimit& limit) {
     const double expires = Frequency::expiry(*state.platform, limit.timeUnit);
     const double now = state.platform->clock->secondsSince1970();
-    bool overflow = false;
-    store.update(key, [&](const std::optional<Value>& stored) -> std::optional<Value> {
+    // By value and shared: a busy store makes the change again when this function is long over.
+    const auto overflow = std::make_shared<std::atomic<bool>>(false);
+    store.update(key, [=](const std::optional<Value>& stored) -> std::optional<Value> {
         const std::string* text = stored ? stored->asString() : nullptr;
         auto next = Frequency::counted(text != nullptr ? *text : std::string(), now, id, event, expires);
-        overflow = !next;
-        return overflow ? stored : std::optional<Value>(*std::move(next));
+        *overflow = !next;
+        return next ? std::optional<Value>(*std::move(next)) : stored;
     });
-    if (overflow) {
+    if (*overflow) {
         fatalError("the count of \"" + event + "\" under " + key + " cannot go any higher");
     }
 }

@@ -13,7 +13,7 @@ std::optional<IntOrString> IntOrString::decodeOptional(KeyedDecoder& decoder, st
     if (std::string* text = value->asString()) {
         return IntOrString{std::move(*text)};
     }
-    decoder.fail(key, std::string("type mismatch: expected an integer or text, found ") + value->kindName());
+    decoder.mismatch(key, "an integer or text", *value);
     return std::nullopt;
 }
 

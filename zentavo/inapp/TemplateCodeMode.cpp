@@ -2,6 +2,7 @@
 
 #include "zentavo/foundation/Fault.h"
 #include "zentavo/foundation/JSON.h"
+#include "zentavo/foundation/Printable.h"
 #include "zentavo/inapp/ViewInfoProof.h"
 #include "zentavo/tracking/CDPEvent.h"
 
@@ -37,6 +38,8 @@ TemplateCodeMode::TemplateCodeMode(const std::shared_ptr<Zentavo>& facade,
 
 void TemplateCodeMode::shown(Zentavo& facade) {
     takeScreen();
+    // A bar too: nothing but a tap beside it ends a message whose page never comes.
+    overlayView->setTouchThrough(false);
     customPopupView->onLoaded = [weak = weak_from_this()] {
         if (const auto self = std::static_pointer_cast<TemplateCodeMode>(weak.lock())) {
             self->handleLoaded();
@@ -81,16 +84,19 @@ void TemplateCodeMode::handleTemplateInfo(const std::optional<std::string>& data
     if (!living) {
         return;
     }
-    const auto info = data ? TemplateInfoResponse::decode(*data) : Result<TemplateInfoResponse>(Error{"no answer"});
+    auto info = data ? TemplateInfoResponse::decode(*data) : Result<TemplateInfoResponse>(Error{"no answer"});
     if (!info) {
-        living->log("In-app message: its layout cannot be read: " + info.error().message);
+        living->log("In-app message: its layout cannot be read: " + printable(info.error().message));
     }
     if (info && info->data && info->data->codeModeSettings) {
         laidOut_ = true;
         place(layout::codeModeFrame(tempateType, *info->data, screen()));
         return;
     }
-    layoutMissing_ = true;
+    if (info && info->data) {
+        options_ = std::move(info->data->options);
+    }
+    sizeMissing_ = true;
     if (loaded_) {
         measure();
     }
@@ -103,7 +109,7 @@ void TemplateCodeMode::handleViewInfo(const std::optional<std::string>& data) {
     }
     auto info = data ? ViewInfoResponse::decode(*data) : Result<ViewInfoResponse>(Error{"no answer"});
     if (!info) {
-        living->log("In-app message: its content cannot be read: " + info.error().message);
+        living->log("In-app message: its content cannot be read: " + printable(info.error().message));
         return;
     }
     trackingUrls_ = std::move(info->data.trackingUrls);
@@ -115,12 +121,12 @@ void TemplateCodeMode::handleViewInfo(const std::optional<std::string>& data) {
 void TemplateCodeMode::handleLoaded() {
     loaded_ = true;
     fire(trackingUrls_.viewable);
-    if (layoutMissing_) {
+    if (sizeMissing_) {
         measure();
     }
 }
 
-/// Without a layout the page is as large as it asks to be.
+/// Without a size in the layout the page is as large as it asks to be.
 void TemplateCodeMode::measure() {
     customPopupView->webView->evaluate("[document.documentElement.scrollWidth, document.documentElement.scrollHeight]",
                                        [weak = weak_from_this()](const Result<Value>& result) {
@@ -134,11 +140,21 @@ void TemplateCodeMode::measure() {
                                                const auto width = (*sides)[0].exactInt64();
                                                const auto height = (*sides)[1].exactInt64();
                                                if (width && height) {
-                                                   const SizeMessage asked{*width, *height, 0, 0, "px", "bottom"};
-                                                   self->place(layout::templateFrame("", asked, {}, self->screen()));
+                                                   self->placeMeasured(*width, *height);
                                                }
                                            });
                                        });
+}
+
+void TemplateCodeMode::placeMeasured(std::int64_t width, std::int64_t height) {
+    if (!options_) {
+        // Nobody knows where it belongs.
+        return place(layout::templateFrame("", SizeMessage{width, height, 0, 0, "px", "bottom"}, {}, screen()));
+    }
+    CodeModeSettings size;
+    size.width = width;
+    size.height = height;
+    place(layout::codeModeFrame(tempateType, {options_, std::move(size)}, screen()));
 }
 
 void TemplateCodeMode::fire(const std::optional<std::string>& trackingURL) const {

@@ -2,6 +2,7 @@
 
 #include "zentavo/inapp/CDPDeliveryOperation.h"
 #include "zentavo/inapp/CustomPopupCodeMode.h"
+#include "zentavo/inapp/TemplateInfoResponse.h"
 #include "zentavo/inapp/TemplatePresenter.h"
 #include "zentavo/inapp/ViewInfoResponse.h"
 
@@ -37,6 +38,7 @@ private:
     void handleUnprovable(const std::optional<std::string>&) { close(DeliveryTrace::ClosedBy::noContent); }
     void handleLoaded();
     void measure();
+    void placeMeasured(std::int64_t width, std::int64_t height);
     void fire(const std::optional<std::string>& trackingURL) const;
     /// Carries an answer from the worker to the main queue, if the message is still there by then.
     HTTPClient::Completion onMainQueue(void (TemplateCodeMode::*handler)(const std::optional<std::string>&));
@@ -44,7 +46,9 @@ private:
     std::shared_ptr<CDPDeliveryOperation> cdpDeliveryOperation_;
     ViewInfoResponse::TrackingUrls trackingUrls_;
     bool laidOut_ = false;
-    bool layoutMissing_ = false;
+    /// What a layout without a size says all the same.
+    std::optional<TemplateInfoResponse::Options> options_;
+    bool sizeMissing_ = false;
     bool loaded_ = false;
 };
 

@@ -1,5 +1,6 @@
 #include "zentavo/core/ZentavoState.h"
 #include "zentavo/foundation/DecimalInteger.h"
+#include "zentavo/foundation/Printable.h"
 #include "zentavo/inbox/AppInbox.h"
 #include "zentavo/inbox/AppInboxOperation.h"
 #include "zentavo/inbox/DecodingDiagnostic.h"

@@ -103,10 +103,7 @@ AppInbox::Addressee AppInbox::addressee() const {
 
 std::optional<std::string> AppInbox::portalId() const {
     const auto account = state_->account();
-    if (account->configuration) {
-        return account->configuration->portalId;
-    }
-    return account->store ? account->store->string(state_->keys.portalId) : std::nullopt;
+    return account->configuration ? std::optional(account->configuration->portalId) : std::nullopt;
 }
 
 std::shared_ptr<BaseOperation> AppInbox::baseOperation() {

@@ -96,7 +96,7 @@ private:
         std::int64_t destinationId;
     };
     Addressee addressee() const;
-    /// Configured, or else stored by an earlier activation; none when neither.
+    /// None before activation.
     std::optional<std::string> portalId() const;
     std::shared_ptr<BaseOperation> baseOperation();
     /// Returns what is now kept.
