@@ -186,7 +186,7 @@ TEST_F(DeliveryTest, OfTwoDeliveriesThatRaceOneIsShown) {
         sdk->track(CDPEvent("promo_gamified"));
         sdk->track(CDPEvent("promo_bar_top"));
         waitFor([&] { return count("; dropped, another message is on screen\n") == round; });
-        EXPECT_EQ(count("; presented\n"), round);
+        ASSERT_EQ(count("; presented\n"), round);
         EXPECT_TRUE(sdk->isShowingTemplate());
         EXPECT_EQ(webViews->made(), static_cast<std::size_t>(round));
         EXPECT_EQ(views->shown().size(), 2U) << "one overlay, one popup";

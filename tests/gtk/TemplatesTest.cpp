@@ -71,14 +71,9 @@ protected:
     }
     void track(const std::string& type, const std::string& script, const std::string& mode = "VISUAL",
                const Value& storyLimit = nullptr) {
-        const Map campaign{{"javascript", script},
-                           {"template", type},
-                           {"designMode", mode},
-                           {"storyId", 11},
-                           {"variantId", 12},
-                           {"destinationId", 13},
-                           {"zoneId", 14},
-                           {"frequencyCapping", storyLimit}};
+        const Map campaign{
+            {"javascript", script}, {"template", type},    {"designMode", mode}, {"storyId", 11},
+            {"variantId", 12},      {"destinationId", 13}, {"zoneId", 14},       {"frequencyCapping", storyLimit}};
         memory.session->on({"POST", "", "/interaction/v2"},
                            ScriptedAnswer{200, json::write(Map{{"webContents", Map{{"a", campaign}}}}).value()});
         sdk->track(CDPEvent("view"));
@@ -199,8 +194,9 @@ TEST_F(TemplatesTest, EachTypeStandsWhereItShould) {
 
 TEST_F(TemplatesTest, AClickIsStoredCountedAndHandedOn) {
     useMemoryApplication();
-    memory.session->on({"GET", "", "/click"},
-                       ScriptedAnswer{200, R"({"_clk_bc": "c-1", "_clk_url": "https://shop.example/?utm=u-1&atm=a-1"})"});
+    memory.session->on(
+        {"GET", "", "/click"},
+        ScriptedAnswer{200, R"({"_clk_bc": "c-1", "_clk_url": "https://shop.example/?utm=u-1&atm=a-1"})"});
     const Map limit{{"event", "click"}, {"value", 9}, {"timeUnit", "daily"}, {"object", "person"}};
     const auto& keys = sdk->state()->keys;
     for (const bool withCallback : {true, false}) {
