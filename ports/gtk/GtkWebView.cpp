@@ -88,9 +88,46 @@ void GtkWebView::connectPage() {
             return TRUE;
         },
         this);
+    refuseDialogues();
+}
+
+/// The engine would open each over the host's window, in the host's name.
+void GtkWebView::refuseDialogues() {
+    WebKitWebView* page = page_.get();
     for (const char* nuisance : {"context-menu", "print", "enter-fullscreen"}) {
         pageSignals_.connect(page, nuisance, &refuse, this);
     }
+    pageSignals_.connect(
+        page, "script-dialog",
+        +[](WebKitWebView*, WebKitScriptDialog* dialogue, gpointer) -> gboolean {
+            // A page that would rather stay may be left all the same.
+            if (webkit_script_dialog_get_dialog_type(dialogue) == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
+                webkit_script_dialog_confirm_set_confirmed(dialogue, TRUE);
+            }
+            return TRUE; // with which the engine closes it
+        },
+        this);
+    pageSignals_.connect(
+        page, "run-file-chooser",
+        +[](WebKitWebView*, WebKitFileChooserRequest* request, gpointer) -> gboolean {
+            webkit_file_chooser_request_cancel(request);
+            return TRUE;
+        },
+        this);
+    pageSignals_.connect(
+        page, "run-color-chooser",
+        +[](WebKitWebView*, WebKitColorChooserRequest* request, gpointer) -> gboolean {
+            webkit_color_chooser_request_cancel(request);
+            return TRUE;
+        },
+        this);
+    pageSignals_.connect(
+        page, "permission-request",
+        +[](WebKitWebView*, WebKitPermissionRequest* request, gpointer) -> gboolean {
+            webkit_permission_request_deny(request);
+            return TRUE;
+        },
+        this);
 }
 
 /// Runs `call(*this)` on the main queue, if the view still lives by then.
@@ -114,7 +151,20 @@ void GtkWebView::load(const URL& url, std::chrono::seconds limit) {
         return take(load_.timedOut("only http and https are loaded"));
     }
     webkit_web_view_load_uri(page_.get(), url.text().c_str());
-    // The engine itself waits for ever.
+    startTimer(limit);
+}
+
+void GtkWebView::loadHTML(const std::string& html, std::chrono::seconds limit) {
+    MainThread::require();
+    stopTimer();
+    load_.begin(false);
+    died_ = false;
+    webkit_web_view_load_html(page_.get(), html.c_str(), nullptr);
+    startTimer(limit);
+}
+
+/// The engine itself waits for ever.
+void GtkWebView::startTimer(std::chrono::seconds limit) {
     timer_ = mainQueue_->after(limit, [weak = weak_from_this(), limit] {
         if (const auto self = std::static_pointer_cast<GtkWebView>(weak.lock())) {
             self->timer_ = 0;
@@ -122,14 +172,6 @@ void GtkWebView::load(const URL& url, std::chrono::seconds limit) {
             webkit_web_view_stop_loading(self->page_.get());
         }
     });
-}
-
-void GtkWebView::loadHTML(const std::string& html) {
-    MainThread::require();
-    stopTimer();
-    load_.begin(false);
-    died_ = false;
-    webkit_web_view_load_html(page_.get(), html.c_str(), nullptr);
 }
 
 void GtkWebView::setOnLoadFinished(std::function<void()> handler) {

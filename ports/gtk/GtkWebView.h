@@ -13,15 +13,15 @@
 
 namespace zentavo::gtk {
 
-/// A view with a web page in it. The page can neither leave http and https, nor open windows, dialogues for printing,
-/// menus or downloads.
+/// A view with a web page in it. The page can neither leave http and https, nor open windows, dialogues, context menus or
+/// downloads.
 class GtkWebView final : public platform::WebView, public GtkView {
 public:
     explicit GtkWebView(std::shared_ptr<platform::MainQueue> mainQueue);
     ~GtkWebView() override;
 
     void load(const URL& url, std::chrono::seconds limit) override;
-    void loadHTML(const std::string& html) override;
+    void loadHTML(const std::string& html, std::chrono::seconds limit) override;
     void setMessageHandler(const std::string& name, std::function<void(Value body)> handler) override;
     void setOnLoadFinished(std::function<void()> handler) override;
     void setOnLoadFailed(std::function<void(std::string reason)> handler) override;
@@ -43,7 +43,9 @@ private:
     template <class Call>
     void later(Call call);
     void connectPage();
+    void refuseDialogues();
     void take(std::optional<PageLoad::Outcome> outcome);
+    void startTimer(std::chrono::seconds limit);
     void stopTimer();
     void processDied();
 

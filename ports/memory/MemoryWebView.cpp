@@ -22,9 +22,10 @@ void MemoryWebView::load(const URL& url, std::chrono::seconds limit) {
     limit_ = limit;
 }
 
-void MemoryWebView::loadHTML(const std::string& html) {
+void MemoryWebView::loadHTML(const std::string& html, std::chrono::seconds limit) {
     onMainQueue();
     html_ = html;
+    limit_ = limit;
 }
 
 void MemoryWebView::setMessageHandler(const std::string& name, std::function<void(Value)> handler) {

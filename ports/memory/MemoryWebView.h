@@ -19,7 +19,7 @@ public:
     explicit MemoryWebView(std::shared_ptr<platform::MainQueue> mainQueue);
 
     void load(const URL& url, std::chrono::seconds limit) override;
-    void loadHTML(const std::string& html) override;
+    void loadHTML(const std::string& html, std::chrono::seconds limit) override;
     void setMessageHandler(const std::string& name, std::function<void(Value body)> handler) override;
     void setOnLoadFinished(std::function<void()> handler) override;
     void setOnLoadFailed(std::function<void(std::string reason)> handler) override;

@@ -172,6 +172,31 @@ TEST_F(DeliveryTest, AThirdShowIsCappedByTheStory) {
     EXPECT_FALSE(sdk->isShowingTemplate());
 }
 
+TEST_F(DeliveryTest, OfTwoDeliveriesThatRaceOneIsShown) {
+    const auto count = [&](const std::string& words) {
+        const std::string all = lines();
+        int found = 0;
+        for (std::size_t at = all.find(words); at != std::string::npos; at = all.find(words, at + 1)) {
+            ++found;
+        }
+        return found;
+    };
+    for (int round = 1; round <= 5; ++round) {
+        SCOPED_TRACE(round);
+        sdk->track(CDPEvent("promo_gamified"));
+        sdk->track(CDPEvent("promo_bar_top"));
+        waitFor([&] { return count("; dropped, another message is on screen\n") == round; });
+        ASSERT_EQ(count("; presented\n"), round);
+        EXPECT_TRUE(sdk->isShowingTemplate());
+        EXPECT_EQ(webViews->made(), static_cast<std::size_t>(round));
+        EXPECT_EQ(views->shown().size(), 2U) << "one overlay, one popup";
+        post(R"({"type":"zentavo-cdp-webview-closed"})");
+        EXPECT_FALSE(sdk->isShowingTemplate());
+    }
+    server.requests("/interaction/v2", 11); // with the one for the activation's own event
+    EXPECT_EQ(count("; presented\n"), 5) << "nothing comes late";
+}
+
 TEST_F(DeliveryTest, WhatIsRefusedOrLostLeavesAMessageThatCanBeClosed) {
     server.fault("path=/interaction/media-template/view-info&times=1&status=500");
     server.fault("path=/interaction/media-template/info&times=1&body=%5B%5D");

@@ -8,6 +8,7 @@
 #include "tests/gtk/Descendants.h"
 #include "tests/gtk/GuiTest.h"
 #include "tests/support/LoopbackServer.h"
+#include "zentavo/core/ZentavoState.h"
 #include "zentavo/foundation/JSON.h"
 #include "zentavo/inapp/DeliveryTrace.h"
 
@@ -15,7 +16,10 @@ namespace zentavo::tests {
 namespace {
 
 using platform::Rect;
+using namespace std::chrono_literals;
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using testing::ScriptedAnswer;
 using ClosedBy = DeliveryTrace::ClosedBy;
 
@@ -65,22 +69,31 @@ protected:
             return done();
         });
     }
-    void track(const std::string& type, const std::string& script, const std::string& mode = "VISUAL") {
-        const Map campaign{{"javascript", script}, {"template", type},    {"designMode", mode}, {"storyId", 11},
-                           {"variantId", 12},      {"destinationId", 13}, {"zoneId", 14}};
+    void track(const std::string& type, const std::string& script, const std::string& mode = "VISUAL",
+               const Value& storyLimit = nullptr) {
+        const Map campaign{
+            {"javascript", script}, {"template", type},    {"designMode", mode}, {"storyId", 11},
+            {"variantId", 12},      {"destinationId", 13}, {"zoneId", 14},       {"frequencyCapping", storyLimit}};
         memory.session->on({"POST", "", "/interaction/v2"},
                            ScriptedAnswer{200, json::write(Map{{"webContents", Map{{"a", campaign}}}}).value()});
         sdk->track(CDPEvent("view"));
     }
     /// Shows a message; returns once its button is to be seen there.
-    void show(const std::string& type, const std::string& size, int x, int y) {
-        track(type, "show(" + size + ")");
+    void show(const std::string& type, const std::string& size, int x, int y, const Value& storyLimit = nullptr) {
+        track(type, "show(" + size + ")", "VISUAL", storyLimit);
         EXPECT_TRUE(eventually([&] { return pixel(x + 21, y + 11) == greenPixel; })) << type;
         EXPECT_TRUE(sdk->isShowingTemplate());
     }
     bool closed() {
         return eventually([&] { return !sdk->isShowingTemplate() && find("zentavo.popup") == nullptr; });
     }
+    /// From now on URLs are opened by an application that only remembers them.
+    void useMemoryApplication() {
+        auto interface = *memory.platform()->userInterface();
+        interface.application = memory.application;
+        memory.platform()->attach(std::move(interface));
+    }
+    std::optional<std::string> stored(const std::string& key) { return sdk->state()->store()->string(key); }
     /// For who wants to look: as PNG files in the folder that this names.
     void save(const std::string& name) {
         if (const char* folder = std::getenv("ZENTAVO_TEST_PICTURES")) {
@@ -177,6 +190,61 @@ TEST_F(TemplatesTest, EachTypeStandsWhereItShould) {
         EXPECT_EQ(memory.session->requests().at(0)->url.text(), "http://track.example/click?resp_type=json");
         EXPECT_EQ(traces.back().closedBy, ClosedBy::click);
     }
+}
+
+TEST_F(TemplatesTest, AClickIsStoredCountedAndHandedOn) {
+    useMemoryApplication();
+    memory.session->on(
+        {"GET", "", "/click"},
+        ScriptedAnswer{200, R"({"_clk_bc": "c-1", "_clk_url": "https://shop.example/?utm=u-1&atm=a-1"})"});
+    const Map limit{{"event", "click"}, {"value", 9}, {"timeUnit", "daily"}, {"object", "person"}};
+    const auto& keys = sdk->state()->keys;
+    for (const bool withCallback : {true, false}) {
+        SCOPED_TRACE(withCallback);
+        if (!withCallback) {
+            sdk->setHandleChangeRouteTemplate(nullptr);
+        }
+        for (const std::string& key : {keys.clkBc, keys.utm, keys.atm}) {
+            sdk->state()->store()->remove(key);
+        }
+        show("popup", "{width: 200, height: 100}", 100, 100, limit);
+        click(160, 125);
+        ASSERT_TRUE(closed());
+        EXPECT_TRUE(eventually([&] { return stored(keys.atm).has_value(); }));
+        EXPECT_EQ(stored(keys.clkBc), "c-1");
+        EXPECT_EQ(stored(keys.utm), "u-1");
+        EXPECT_EQ(stored(keys.atm), "a-1");
+        EXPECT_THAT(routes, ElementsAre("shop://sale")) << "with the callback only";
+        EXPECT_EQ(memory.application->opened().size(), withCallback ? 0U : 1U);
+    }
+    EXPECT_EQ(memory.application->opened().at(0).text(), "shop://sale");
+    EXPECT_EQ(stored("at_freq_capping"), R"({"11":{"timeExpire":1768521600.0,"impression":2,"click":2}})");
+}
+
+TEST_F(TemplatesTest, AThirdShowIsRefusedUntilMidnight) {
+    sdk->setDebug(true);
+    const Map limit{{"event", "impression"}, {"value", 2}, {"timeUnit", "daily"}, {"object", "person"}};
+    const auto openAndClose = [&] {
+        show("popup", "{width: 200, height: 100}", 100, 100, limit);
+        click(160, 125);
+        ASSERT_TRUE(closed());
+    };
+    const auto refused = [&] {
+        traces.clear();
+        memory.console->clear();
+        track("popup", "show({width: 200, height: 100})", "VISUAL", limit);
+        ASSERT_TRUE(eventually([&] { return !traces.empty(); }));
+        EXPECT_EQ(traces.back().outcome, DeliveryTrace::Outcome::nothingToShow);
+        EXPECT_THAT(memory.console->lines(), Contains(HasSubstr("Frequency via story setup 2, cached 2")));
+        EXPECT_EQ(find("zentavo.popup"), nullptr);
+    };
+    openAndClose();
+    openAndClose();
+    refused();
+    memory.queues->advance(12h - 2s); // the last second of the day
+    refused();
+    memory.queues->advance(2s);
+    openAndClose();
 }
 
 TEST_F(TemplatesTest, AHandWrittenPageIsLaidOutAndClosedBesideIt) {

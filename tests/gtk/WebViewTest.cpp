@@ -64,7 +64,7 @@ protected:
     }
     void loadHTML(const std::string& html) {
         events.clear();
-        page->loadHTML(html);
+        page->loadHTML(html, 20s);
         ASSERT_TRUE(until([&] { return !events.empty(); }));
         ASSERT_THAT(events, ElementsAre("finished"));
     }
@@ -106,6 +106,11 @@ TEST_F(WebViewTest, LoadsAreToldApart) {
     EXPECT_THAT(load(server.url("/file").text(), 1s), AnyOf(HasSubstr("failed: "), "died"))
         << "nor does a redirect lead to a file";
 
+    events.clear();
+    page->loadHTML("<img src='" + server.url("/hang").text() + "'>", 1s);
+    until([&] { return !events.empty(); });
+    EXPECT_THAT(events, ElementsAre("failed: not within 1 s")) << "what a page of its own refers to may hang too";
+
     // After all this nothing comes late, and the view is still good.
     EXPECT_EQ(load(server.url("/page").text()), "finished");
     settle(window);
@@ -129,6 +134,30 @@ TEST_F(WebViewTest, APageThatGoesElsewhereIsLoadedOnceAndStaysOnTheWeb) {
     ASSERT_TRUE(until([&] { return !events.empty(); }));
     settle(window);
     EXPECT_THAT(events, ElementsAre("finished"));
+}
+
+TEST_F(WebViewTest, DialoguesAreRefusedAndThePageGoesOn) {
+    ASSERT_EQ(load(server.url("/page").text()), "finished");
+    EXPECT_EQ(text("[alert('a') ?? null, confirm('b'), prompt('c')]"), "[null,false,null]");
+    text("navigator.geolocation.getCurrentPosition(() => {}, error => { " + post("error.code") + "; }); 0");
+    ASSERT_TRUE(until([&] { return !messages.empty(); }));
+    EXPECT_EQ(messages.back(), Value(1)) << "permission denied";
+
+    // Choosers open for a user's click alone.
+    const guint windows = g_list_model_get_n_items(gtk_window_get_toplevels());
+    for (const std::string type : {"file", "color"}) {
+        messages.clear();
+        text("document.body.innerHTML = '<input type=" + type +
+             " style=\"position: fixed; inset: 0; width: 400px; height: 300px\">'; " +
+             "document.querySelector('input').onclick = () => { setTimeout(() => { " + post("'clicked'") +
+             "; }); }; 0");
+        settle(window);
+        click(100, 150);
+        ASSERT_TRUE(until([&] { return !messages.empty(); })) << type;
+        text("1"); // by when the engine has asked for the chooser
+        settle(window);
+        EXPECT_EQ(g_list_model_get_n_items(gtk_window_get_toplevels()), windows) << type;
+    }
 }
 
 TEST_F(WebViewTest, MessagesOfEveryKindArrive) {
@@ -269,7 +298,8 @@ TEST_F(WebViewTest, NothingComesAfterTheEndAndACallbackMayBringIt) {
     });
     gone = page;
     page->loadHTML("<script>window.webkit.messageHandlers.eventHandler.postMessage(1);"
-                   "window.webkit.messageHandlers.eventHandler.postMessage(2)</script>");
+                   "window.webkit.messageHandlers.eventHandler.postMessage(2)</script>",
+                   20s);
     ASSERT_TRUE(until([&] { return gone.expired(); }));
     settle(window);
     EXPECT_FALSE(called);

@@ -15,7 +15,7 @@ public:
     std::function<void()> onLoaded;
 
     /// Shows `htmlString`.
-    void load() { webView->loadHTML(htmlString); }
+    void load() { webView->loadHTML(htmlString, std::chrono::seconds(60)); }
 
 private:
     void loadFinished() override;

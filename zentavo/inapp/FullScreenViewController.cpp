@@ -14,7 +14,7 @@ bool FullScreenViewController::present(const std::string& html) {
     if (!userInterface_->views->showOverWindow(webView)) {
         return false;
     }
-    webView->loadHTML(html);
+    webView->loadHTML(html, std::chrono::seconds(60));
     return true;
 }
 

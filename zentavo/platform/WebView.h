@@ -13,8 +13,9 @@
 namespace zentavo::platform {
 
 /// A view that shows a web page. Main queue only; every callback comes there, never inside a call, and never after the
-/// view is gone; a callback may let go of the view itself. The page's background shows the view's. Pages are hostile: a message is bounded in depth and size before it becomes a value, and what is over
-/// a bound is dropped.
+/// view is gone; a callback may let go of the view itself. The page's background shows the view's. Pages are hostile: a
+/// message is bounded in depth and size before it becomes a value, and what is over a bound is dropped; the dialogues and
+/// permissions that they ask for are refused.
 class ZENTAVO_EXPORT WebView : public virtual View {
 public:
     /// Depth and bytes (as JSON) of a message body.
@@ -23,8 +24,8 @@ public:
 
     /// http and https only. A load that has not ended when `limit` has passed is stopped, and counts as failed.
     virtual void load(const URL& url, std::chrono::seconds limit) = 0;
-    /// Shows `html`; its base is `about:blank`.
-    virtual void loadHTML(const std::string& html) = 0;
+    /// Shows `html`; its base is `about:blank`. It has ended when all that it refers to is there: the limit is as above.
+    virtual void loadHTML(const std::string& html, std::chrono::seconds limit) = 0;
 
     /// Messages that the page posts to `window.webkit.messageHandlers.<name>`. One handler a name.
     virtual void setMessageHandler(const std::string& name, std::function<void(Value body)> handler) = 0;
