@@ -78,22 +78,23 @@ TEST_F(LiveStreamTest, ViewersAreBoundedAndKeepNobodyWaiting) {
 }
 
 TEST_F(LiveStreamTest, WhoDoesNotReadIsSentAway) {
+    // The slow one comes first and is told first: once the other has heard of something, it was sent it too.
     const auto slow = watch();
+    EXPECT_THAT(slow->readUntil("faults"), HasSubstr(" 101 "));
     const auto quick = watch();
-    for (const auto& viewer : {slow.get(), quick.get()}) {
-        EXPECT_THAT(viewer->readUntil("faults"), HasSubstr(" 101 "));
-    }
-    // Far more than the queue and the system's buffers hold.
+    EXPECT_THAT(quick->readUntil("faults"), HasSubstr(" 101 "));
+    // More than the system's buffers hold for who does not read: the rest of the first still waits when the second comes.
     LoggedRequest large;
     large.findings.event.assign(8U << 20U, 'x');
-    for (int number = 1; number <= 4; ++number) {
-        server->log().add(large);
-        EXPECT_THAT(quick->readUntil("faults"), HasSubstr("\"number\":" + std::to_string(number) + ","));
-    }
+    server->log().add(large);
+    EXPECT_THAT(quick->readUntil("faults"), HasSubstr("\"number\":1,"));
+    server->log().add(large);
+    EXPECT_THAT(quick->readUntil("\"number\":2,"), HasSubstr("\"number\":2,"));
     const std::string all = slow->readUntil("than they were read");
     EXPECT_TRUE(all.ends_with("\x0F\xA0requests came faster than they were read"));
-    EXPECT_THAT(all, Not(HasSubstr("\"number\":4,")));
-    EXPECT_THAT(watch("?since=3")->readUntil("faults"), HasSubstr("\"number\":4,")) << "and may come again";
+    EXPECT_THAT(all, Not(HasSubstr("\"number\":2,")));
+    server->log().add({});
+    EXPECT_THAT(watch("?since=2")->readUntil("faults"), HasSubstr("\"number\":3,")) << "and may come again";
 }
 
 } // namespace
