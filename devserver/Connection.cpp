@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -49,6 +50,17 @@ Connection::~Connection() { ::close(socket_); }
 bool Connection::waitForRequest(milliseconds idle) {
     return begin_ < end_ || (!broken_ && (await(socket_, POLLIN, idle) & POLLIN) != 0);
 }
+
+bool Connection::beginsWith(std::string_view text) {
+    if (begin_ < end_ || !waitForRequest(readTimeout)) {
+        return false;
+    }
+    std::string first(text.size(), '\0');
+    const ssize_t count = ::recv(socket_, first.data(), first.size(), MSG_PEEK | MSG_DONTWAIT);
+    return count == static_cast<ssize_t>(text.size()) && first == text;
+}
+
+int Connection::duplicate() const noexcept { return ::fcntl(socket_, F_DUPFD_CLOEXEC, 0); }
 
 bool Connection::waitWhileOpen(milliseconds time) { return !broken_ && await(socket_, POLLRDHUP, time) == 0; }
 

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include <httplib.h>
 
@@ -20,6 +21,10 @@ public:
 
     /// Waits until a request's first byte has come. False when the client has gone or `idle` has passed.
     bool waitForRequest(std::chrono::milliseconds idle);
+    /// Waits for the first bytes, a while at most. True when they are `text`; they are still there to be read.
+    bool beginsWith(std::string_view text);
+    /// A descriptor of the same connection, which then outlives this object; -1 where there is none to be had.
+    int duplicate() const noexcept;
     /// How many more bytes may be read, so that no head or body can be endless; reading beyond it fails.
     void allow(std::size_t bytes) noexcept { allowance_ = bytes; }
 

@@ -57,12 +57,6 @@ std::string written(const std::vector<RequestLog::Shared>& requests, const Reque
     return *writer.finish(); // all that the log keeps is UTF-8
 }
 
-/// A browser says which page a request comes from, unless it is a plain visit.
-bool comesFromElsewhere(const IncomingRequest& request) {
-    const std::string_view origin = request.header("Origin");
-    return !origin.empty() && origin != "http://" + std::string(request.header("Host"));
-}
-
 } // namespace
 
 const std::vector<DevAPI::Entry>& DevAPI::entries() {
@@ -72,7 +66,7 @@ const std::vector<DevAPI::Entry>& DevAPI::entries() {
         {"GET", "/_dev/request", &DevAPI::showRequest},
         {"GET", "/_dev/body", &DevAPI::showBody},
         {"GET", "/_dev/wait", &DevAPI::wait},
-        {"GET", "/_dev/stream", &DevAPI::stream},
+        {"GET", LiveStream::path, &DevAPI::pointToStream},
         {"GET", "/_dev/status", &DevAPI::status},
         {"GET", "/_dev/fault", &DevAPI::listFaults},
         {"POST", "/_dev/fault", &DevAPI::addFault},
@@ -91,10 +85,10 @@ const std::vector<DevAPI::Entry>& DevAPI::entries() {
 
 DevAPI::DevAPI(const Parts& parts)
     : log_(parts.log), faults_(parts.faults), push_(parts.push), inbox_(parts.inbox), campaigns_(parts.campaigns),
-      deliveries_(parts.deliveries), delivery_(parts.delivery), stream_(parts.log, parts.faults) {}
+      deliveries_(parts.deliveries), delivery_(parts.delivery), stream_(parts.stream) {}
 
 void DevAPI::handle(const IncomingRequest& request, Connection& connection, httplib::Response& response) {
-    if (comesFromElsewhere(request)) {
+    if (request.isForeign()) {
         answer(response, 403, Map{{"error", "only the server's own page may call this"}});
         return;
     }
@@ -196,14 +190,10 @@ void DevAPI::wait(const Call& call) {
            Map{{"error", std::to_string(requests.size()) + " of " + std::to_string(count) + " requests came in time"}});
 }
 
-void DevAPI::stream(const Call& call) {
-    Problems problems;
-    QueryReader reader(call.request.query, problems);
-    const auto since = reader.number("since", 0, std::numeric_limits<std::int64_t>::max()).value_or(0);
-    reader.finish();
-    if (!refused(call.response, problems)) {
-        stream_.open(static_cast<std::uint64_t>(since), call.connection, call.response);
-    }
+/// The stream itself is opened by a connection's first request and never gets here.
+void DevAPI::pointToStream(const Call& call) {
+    call.response.set_header("Upgrade", "websocket");
+    answer(call.response, 426, Map{{"error", "this is a WebSocket, on a connection of its own"}});
 }
 
 void DevAPI::status(const Call& call) { answerJSON(call.response, 200, stream_.status()); }

@@ -32,6 +32,7 @@ public:
         const Campaigns& campaigns;
         DeliveryLog& deliveries;
         DeliveryService& delivery;
+        const LiveStream& stream;
     };
     explicit DevAPI(const Parts& parts);
 
@@ -55,7 +56,7 @@ private:
     void showRequest(const Call& call);
     void showBody(const Call& call);
     void wait(const Call& call);
-    void stream(const Call& call);
+    void pointToStream(const Call& call);
     void status(const Call& call);
     void listFaults(const Call& call);
     void addFault(const Call& call);
@@ -79,7 +80,7 @@ private:
     const Campaigns& campaigns_;
     DeliveryLog& deliveries_;
     DeliveryService& delivery_;
-    LiveStream stream_;
+    const LiveStream& stream_;
     Slots waiting_{maximumWaiting};
 };
 

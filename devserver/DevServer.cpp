@@ -36,20 +36,24 @@ DevServer::DevServer(const Settings& settings, std::unique_ptr<InboxStore> inbox
     : host_(settings.host), log_(settings.logBounds), push_(std::make_shared<PushRegistrationService>()),
       inbox_(std::make_shared<InboxService>(std::move(inbox))),
       campaigns_(std::make_shared<const Campaigns>(std::move(campaigns))), deliveries_(std::make_shared<DeliveryLog>()),
-      delivery_(std::make_shared<DeliveryService>(campaigns_, deliveries_)),
+      delivery_(std::make_shared<DeliveryService>(campaigns_, deliveries_)), stream_(log_, faults_),
       desk_(log_, faults_,
             {std::make_shared<EventService>(settings.sessionId), push_, delivery_,
              std::make_shared<MediaTemplateService>(campaigns_, deliveries_),
              std::make_shared<TrackingService>(campaigns_, deliveries_), std::make_shared<TemplateHostService>(),
              std::make_shared<PictureService>(), inbox_},
             settings.observer),
-      devAPI_({log_, faults_, *push_, *inbox_, *campaigns_, *deliveries_, *delivery_}),
+      devAPI_({log_, faults_, *push_, *inbox_, *campaigns_, *deliveries_, *delivery_, stream_}),
       front_([this](IncomingRequest&& request, Connection& connection, httplib::Response& response) {
           handle(std::move(request), connection, response);
       }),
       listener_(std::move(listener)) {
     delivery_->setCatchAll(settings.catchAll);
-    listener_->start([this](Connection& connection) { front_.serve(connection); });
+    listener_->start([this](Connection& connection) {
+        if (!stream_.take(connection)) {
+            front_.serve(connection);
+        }
+    });
 }
 
 DevServer::~DevServer() {

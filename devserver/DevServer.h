@@ -9,6 +9,7 @@
 #include "devserver/HTTPFront.h"
 #include "devserver/InboxService.h"
 #include "devserver/Listener.h"
+#include "devserver/LiveStream.h"
 #include "devserver/ServiceDesk.h"
 #include "zentavo/foundation/Result.h"
 
@@ -61,6 +62,7 @@ private:
     const std::shared_ptr<const Campaigns> campaigns_;
     const std::shared_ptr<DeliveryLog> deliveries_;
     const std::shared_ptr<DeliveryService> delivery_;
+    LiveStream stream_;
     ServiceDesk desk_;
     DevAPI devAPI_;
     HTTPFront front_;

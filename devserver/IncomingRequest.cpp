@@ -19,6 +19,11 @@ std::string_view IncomingRequest::header(std::string_view name) const noexcept {
     return {};
 }
 
+bool IncomingRequest::isForeign() const {
+    const std::string_view origin = header("Origin");
+    return !origin.empty() && origin != "http://" + std::string(header("Host"));
+}
+
 void IncomingRequest::setTarget(std::string_view target) {
     path = utf8Text(target.substr(0, target.find('?')));
     // A host is put in front: a target such as "//x/y" would otherwise read as one.

@@ -29,6 +29,8 @@ struct IncomingRequest {
 
     /// The first header of that name (any case), or empty.
     std::string_view header(std::string_view name) const noexcept;
+    /// Whether a page of another site sends it. A browser says which page it is, unless it is a plain visit.
+    bool isForeign() const;
     /// Splits a request target as it stands in the request line.
     void setTarget(std::string_view target);
 };

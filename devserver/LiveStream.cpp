@@ -1,9 +1,13 @@
 #include "devserver/LiveStream.h"
 
-#include <memory>
+#include <chrono>
+#include <limits>
 #include <utility>
 
-#include "devserver/HTTPFront.h"
+#include <unistd.h>
+
+#include "devserver/IncomingRequest.h"
+#include "devserver/QueryReader.h"
 #include "devserver/Text.h"
 #include "zentavo/foundation/JSON.h"
 
@@ -11,85 +15,143 @@ namespace zentavo::devserver {
 
 namespace {
 
-using std::chrono::milliseconds;
+using websocket::MessageKind;
+using websocket::Sent;
+using websocket::ServerConnection;
+using websocket::ServerRequest;
 
-/// The page can show no more at a time, and nobody can read faster.
+/// As many as the page keeps.
+constexpr std::size_t mostAtFirst = 1'000;
+/// Nobody can read faster.
 constexpr std::size_t largestBatch = 200;
-constexpr milliseconds betweenBatches{100};
-/// How often a stream with no news looks whether its viewer is there, and whether faults were used up.
-constexpr milliseconds look{1'000};
+constexpr std::chrono::milliseconds betweenBatches{100};
+/// Summaries in one message; a request may have a very long name.
+constexpr std::size_t mostBytes = 512U << 10U;
+/// Those that have not said yet what they want, besides the viewers.
+constexpr std::size_t mostUndecided = 16;
+/// The page has nothing to say.
+constexpr std::size_t mostHeard = 4096;
 
-std::string event(std::string_view name, std::string_view data, std::uint64_t id = 0) {
-    std::string text = id > 0 ? "id: " + std::to_string(id) + "\n" : "";
-    return text.append("event: ").append(name).append("\ndata: ").append(data).append("\n\n");
-}
-
-std::string event(std::string_view name, const Map& data) {
-    const auto text = json::write(data);
-    return event(name, text ? *text : "{}");
+/// The summaries as a JSON list. The oldest are left out and counted in `skipped` when there is too much of them.
+std::string summaries(const std::vector<RequestLog::Shared>& requests, std::uint64_t& skipped) {
+    std::vector<std::string> newestFirst;
+    std::size_t bytes = 0;
+    for (auto at = requests.rbegin(); at != requests.rend(); ++at) {
+        std::string summary = (*at)->summary();
+        bytes += summary.size();
+        if (bytes > mostBytes && !newestFirst.empty()) {
+            skipped += static_cast<std::uint64_t>(requests.rend() - at);
+            break;
+        }
+        newestFirst.push_back(std::move(summary));
+    }
+    std::string list = "[";
+    for (auto at = newestFirst.rbegin(); at != newestFirst.rend(); ++at) {
+        list += (list.size() > 1 ? "," : "") + *at;
+    }
+    return list + "]";
 }
 
 } // namespace
 
-/// One open stream.
-class LiveStream::Viewer {
-public:
-    Viewer(const LiveStream& stream, std::uint64_t since, std::shared_ptr<void> slot, Connection& connection)
-        : stream_(stream), slot_(std::move(slot)), connection_(connection) {
-        position_ = stream.log_.end();
-        clearings_ = position_.clearings;
-        position_.number = since;
-    }
-
-    /// Writes what is new, after waiting for it. False when the viewer has gone.
-    bool write(httplib::DataSink& sink) {
-        if (!greeted_) {
-            greeted_ = true;
-            const std::string hello = event("hello", Map{{"server", stream_.server_}, {"clearings", clearings_}});
-            return sink.write(hello.data(), hello.size());
-        }
-        const RequestLog::News news =
-            stream_.log_.waitForNews(position_, largestBatch, std::chrono::steady_clock::now() + look);
-        position_ = news.position;
-        std::string text;
-        if (news.cleared) {
-            text += event("cleared", Map{{"clearings", position_.clearings}});
-        }
-        if (news.skipped > 0) {
-            text += event("skipped", Map{{"count", news.skipped}});
-        }
-        for (const RequestLog::Shared& request : news.requests) {
-            text += event("request", request->summary(), request->number);
-        }
-        // Comes at least with every look, which also shows when the connection is dead.
-        text += event("status", stream_.status());
-        return sink.write(text.data(), text.size()) && connection_.waitWhileOpen(betweenBatches);
-    }
-
-private:
-    const LiveStream& stream_;
-    const std::shared_ptr<void> slot_;
-    Connection& connection_;
-    RequestLog::Position position_;
-    std::uint64_t clearings_ = 0;
-    bool greeted_ = false;
-};
-
 LiveStream::LiveStream(const RequestLog& log, const FaultPlan& faults)
-    : log_(log), faults_(faults), server_(utcTimestamp(std::chrono::system_clock::now())) {}
+    : log_(log), faults_(faults), run_(utcTimestamp(std::chrono::system_clock::now())) {
+    websocket::ServerHandlers handlers;
+    handlers.onRequest = [this](const ServerRequest& request) { return websocket::Verdict{judge(request), {}, {}}; };
+    handlers.onOpen = [this](const std::shared_ptr<ServerConnection>& connection) { welcome(connection); };
+    handlers.onClose = [this](const std::shared_ptr<ServerConnection>& connection, const websocket::Closed&) {
+        std::erase_if(viewers_, [&](const Viewer& viewer) { return viewer.connection == connection; });
+    };
+    websocket::ServerOptions options;
+    options.maximumConnections = maximumViewers + mostUndecided;
+    options.limits.maximumMessage = mostHeard;
+    options.limits.maximumQueued = maximumQueued;
+    server_ = std::make_unique<websocket::WebSocketServer>(std::move(handlers), options, queue_);
+}
 
-void LiveStream::open(std::uint64_t since, Connection& connection, httplib::Response& response) {
-    auto slot = viewers_.take();
-    if (!slot) {
-        answerJSON(response, 503, R"({"error":"too many viewers"})");
+LiveStream::~LiveStream() {
+    server_.reset();
+    queue_->stop();
+}
+
+bool LiveStream::take(Connection& connection) {
+    if (!connection.beginsWith("GET " + std::string(path))) {
+        return false;
+    }
+    const int socket = connection.duplicate();
+    if (socket >= 0 && !server_->adopt(socket).ok()) {
+        ::close(socket);
+    }
+    return true;
+}
+
+std::optional<std::uint64_t> LiveStream::known(const std::string& target) const {
+    IncomingRequest request;
+    request.setTarget(target);
+    Problems problems;
+    QueryReader reader(request.query, problems);
+    const auto since = reader.number("since", 0, std::numeric_limits<std::int64_t>::max()).value_or(0);
+    // Numbers of another run say nothing about this one.
+    const bool mine = reader.text("server").value_or(run_) == run_;
+    reader.finish();
+    if (request.path != path || !problems.empty()) {
+        return std::nullopt;
+    }
+    return mine ? static_cast<std::uint64_t>(since) : 0;
+}
+
+int LiveStream::judge(const ServerRequest& request) const {
+    IncomingRequest incoming;
+    incoming.headers = request.headers;
+    if (incoming.isForeign()) {
+        return 403;
+    }
+    if (!known(request.target)) {
+        return 400;
+    }
+    return viewers_.size() < maximumViewers ? 101 : 503;
+}
+
+void LiveStream::welcome(const std::shared_ptr<ServerConnection>& connection) {
+    Viewer viewer{connection, log_.end(), {}};
+    viewer.position.number = known(connection->request().target).value_or(0);
+    if (!tell(viewer, mostAtFirst, status())) {
         return;
     }
-    connection.closeAfterAnswer();
-    response.status = 200;
-    response.set_header("Cache-Control", "no-store");
-    const auto viewer = std::make_shared<Viewer>(*this, since, std::move(slot), connection);
-    response.set_chunked_content_provider(
-        "text/event-stream", [viewer](std::size_t, httplib::DataSink& sink) { return viewer->write(sink); });
+    viewers_.push_back(std::move(viewer));
+    if (!std::exchange(telling_, true)) {
+        queue_->after(betweenBatches, [this] { tellAll(); });
+    }
+}
+
+void LiveStream::tellAll() {
+    const std::string now = status();
+    std::erase_if(viewers_, [&](Viewer& viewer) { return !tell(viewer, largestBatch, now); });
+    telling_ = !viewers_.empty();
+    if (telling_) {
+        queue_->after(betweenBatches, [this] { tellAll(); });
+    }
+}
+
+/// Sends what is new, if anything. False when the viewer has gone, or has to go.
+bool LiveStream::tell(Viewer& viewer, std::size_t limit, const std::string& status) const {
+    RequestLog::News news = log_.newsSince(viewer.position, limit);
+    viewer.position = news.position;
+    if (!news.cleared && news.skipped == 0 && news.requests.empty() && viewer.status == status) {
+        return true;
+    }
+    const std::string requests = summaries(news.requests, news.skipped);
+    std::string text = R"({"server":")" + run_ + R"(","clearings":)" + std::to_string(news.position.clearings) +
+                       R"(,"skipped":)" + std::to_string(news.skipped) + R"(,"requests":)" + requests;
+    if (viewer.status != status) {
+        text += R"(,"status":)" + status;
+        viewer.status = status;
+    }
+    const Sent sent = viewer.connection->send(MessageKind::text, text + "}");
+    if (sent == Sent::full) {
+        viewer.connection->close(tooSlow, "requests came faster than they were read");
+    }
+    return sent == Sent::taken;
 }
 
 std::string LiveStream::status() const {

@@ -114,12 +114,8 @@ bool RequestLog::waitFor(const RequestFilter& filter, std::size_t count, Deadlin
     }
 }
 
-RequestLog::News RequestLog::waitForNews(Position from, std::size_t limit, Deadline deadline) const {
+RequestLog::News RequestLog::newsSince(Position from, std::size_t limit) const {
     MutexLock lock(mutex_);
-    while (!closed_ && from.number >= lastNumber_ && from.clearings == clearings_ &&
-           std::chrono::steady_clock::now() < deadline) {
-        changed_.wait_until(lock, deadline);
-    }
     News news;
     news.position = {lastNumber_, clearings_};
     news.cleared = from.clearings != clearings_;

@@ -64,8 +64,8 @@ public:
 
     /// Waits until `count` kept requests match, the deadline has passed or the log is closed. True in the first case.
     bool waitFor(const RequestFilter& filter, std::size_t count, Deadline deadline) const;
-    /// Waits for anything newer than `from`; of many new requests the newest `limit` come.
-    News waitForNews(Position from, std::size_t limit, Deadline deadline) const;
+    /// Whatever is newer than `from`; of many new requests the newest `limit`.
+    News newsSince(Position from, std::size_t limit) const;
 
 private:
     const Bounds bounds_;

@@ -5,7 +5,7 @@
 
 namespace zentavo::devserver {
 
-/// A bound on something that keeps a connection's thread busy for long: viewers, waiting tests, hanging answers. For any
+/// A bound on something that keeps a connection's thread busy for long: waiting tests, hanging answers. For any
 /// thread; must outlive what it gave out.
 class Slots {
 public:

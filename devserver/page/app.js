@@ -411,52 +411,48 @@ function tell(state, text) {
   byId("connection").textContent = text;
 }
 
+// The server's word for: you read too slowly, and were not told everything.
+const tooSlow = 4000;
+
 function connect() {
-  const stream = new EventSource("/_dev/stream?since=" + lastNumber);
-  const on = (name, handle) => stream.addEventListener(name, (event) => handle(JSON.parse(event.data)));
-  on("hello", (hello) => {
-    if (server !== null && (hello.server !== server || hello.clearings !== clearings)) {
-      forgetRows();
-      if (hello.server !== server && lastNumber > 0) {
-        // Another server counts from 1 again: ask it for all it has.
-        stream.close();
-        lastNumber = 0;
-        server = null;
-        connect();
-        return;
-      }
+  const known = new URLSearchParams({ since: lastNumber, ...(server === null ? {} : { server }) });
+  const stream = new WebSocket(`ws://${location.host}/_dev/stream?${known}`);
+  stream.addEventListener("open", () => tell("live", "Live"));
+  stream.addEventListener("message", ({ data }) => {
+    const news = JSON.parse(data);
+    // Another server, or an emptied log: what is shown is no more.
+    if (server !== null && (news.server !== server || news.clearings !== clearings)) forgetRows();
+    ({ server, clearings } = news);
+    if (news.skipped) {
+      seconds[59] += news.skipped;
+      tellOfGap();
     }
-    ({ server, clearings } = hello);
-    tell("live", "Live");
-  });
-  on("request", (request) => {
-    lastNumber = request.number;
-    countAt(request.time);
-    deliveriesChanged(request.path);
-    arrivals.push(request);
-    if (arrivals.length > mostRows) arrivals.shift();
-    later();
-  });
-  on("skipped", ({ count }) => {
-    seconds[59] += count;
-    byId("notice").hidden = false;
-    byId("notice").textContent = "Some requests came too fast to be shown; GET /_dev/requests has them.";
-  });
-  on("cleared", (cleared) => {
-    clearings = cleared.clearings;
-    forgetRows();
-  });
-  on("status", (status) => {
-    showStatus(status);
-    showArrivals();
+    for (const request of news.requests) {
+      lastNumber = request.number;
+      countAt(request.time);
+      deliveriesChanged(request.path);
+      arrivals.push(request);
+    }
+    if (arrivals.length > mostRows) arrivals = arrivals.slice(-mostRows);
+    if (news.status) showStatus(news.status);
+    if (settled) later();
+    else showArrivals();
     settled = true;
   });
-  // The browser's own retry would ask for the first number again, so the page retries by itself.
-  stream.addEventListener("error", () => {
-    stream.close();
+  stream.addEventListener("close", ({ code }) => {
+    if (code === tooSlow) {
+      // A list with a hole in it would mislead, so the list is asked for anew.
+      forgetRows();
+      lastNumber = 0;
+      tellOfGap();
+    }
     tell("lost", "Connection lost · trying again");
     setTimeout(connect, 1000);
   });
+}
+function tellOfGap() {
+  byId("notice").hidden = false;
+  byId("notice").textContent = "Some requests came too fast to be shown; GET /_dev/requests has them.";
 }
 tell("", "Connecting…");
 refresh();

@@ -10,45 +10,91 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 class LiveStreamTest : public ::testing::Test, protected RunningServer {
 protected:
-    std::unique_ptr<RawConnection> watch(const std::string& query = "") const {
+    /// What comes is not compressed, so a test may read it as it is.
+    std::unique_ptr<RawConnection> watch(const std::string& query = "", const std::string& fields = "") const {
         auto viewer = std::make_unique<RawConnection>(server->port());
-        viewer->send("GET /_dev/stream" + query + " HTTP/1.1\r\nHost: x\r\nAccept-Encoding: gzip, br\r\n\r\n");
+        viewer->send("GET /_dev/stream" + query +
+                     " HTTP/1.1\r\nHost: x\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+                     "Sec-WebSocket-Version: 13\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n" +
+                     fields + "\r\n");
         return viewer;
     }
 };
 
 TEST_F(LiveStreamTest, TellsWhatWasAndWhatComes) {
     send(sampleEvent("before"));
-    const auto viewer = watch();
-    const std::string start = viewer->readUntil("\"event\":\"before\"");
-    EXPECT_THAT(start, HasSubstr("Content-Type: text/event-stream"));
-    EXPECT_THAT(start, HasSubstr("event: hello\ndata: {\"server\":"));
-    EXPECT_THAT(start, HasSubstr("id: 1\nevent: request\ndata: {\"number\":1,"));
+    const auto viewer = watch("", "Origin: http://x\r\n");
+    const std::string start = viewer->readUntil("\"faults\":[]");
+    EXPECT_THAT(start, HasSubstr(" 101 "));
+    EXPECT_THAT(start, HasSubstr(R"("clearings":0,"skipped":0,"requests":[{"number":1,)"));
+    EXPECT_THAT(start, HasSubstr(R"("event":"before")"));
 
-    send(sampleEvent("<script>\ndata: x"));
-    EXPECT_THAT(viewer->readUntil("data: x"), HasSubstr(R"("event":"<script>\ndata: x")")) << "one line, escaped";
+    send(sampleEvent("during"));
+    EXPECT_THAT(viewer->readUntil("\"total\":2"), Not(HasSubstr("before")));
     fault("path=/event&status=500");
     client().Delete("/_dev/requests");
-    const std::string end = viewer->readUntil("\"fault\":\"status=500\"");
-    EXPECT_THAT(end, HasSubstr("event: cleared\ndata: {\"clearings\":1}"));
+    EXPECT_THAT(viewer->readUntil("\"fault\":\"status=500\""), HasSubstr("\"clearings\":1"));
+}
 
-    send(sampleEvent("seen"));
-    send(sampleEvent("unseen"));
-    EXPECT_THAT(watch("?since=3")->readUntil("unseen"), Not(HasSubstr("\"seen\"")));
+TEST_F(LiveStreamTest, WhoComesAgainHearsOnlyWhatWasMissed) {
+    for (const char* name : {"first", "second", "third"}) {
+        send(sampleEvent(name));
+    }
+    const std::string all = watch()->readUntil("third");
+    EXPECT_THAT(all, HasSubstr("first"));
+    const std::size_t at = all.find("\"server\":\"") + 10;
+    const std::string run = all.substr(at, all.find('"', at) - at);
+    EXPECT_THAT(watch("?since=2&server=" + run)->readUntil("third"), Not(HasSubstr("second")));
+    EXPECT_THAT(watch("?since=2&server=another")->readUntil("third"), HasSubstr("first"))
+        << "numbers of another run mean nothing";
+}
+
+TEST_F(LiveStreamTest, RefusesStrangersAndNonsense) {
+    EXPECT_THAT(watch("", "Origin: http://evil.example\r\n")->readAll(), StartsWith("HTTP/1.1 403 "));
+    EXPECT_THAT(watch("?since=-1")->readAll(), StartsWith("HTTP/1.1 400 "));
+    EXPECT_THAT(watch("s")->readAll(), StartsWith("HTTP/1.1 400 "));
+    const RawConnection plain(server->port());
+    plain.send("GET /_dev/stream HTTP/1.1\r\nHost: x\r\n\r\n");
+    EXPECT_THAT(plain.readAll(), StartsWith("HTTP/1.1 4"));
+    auto inTheMiddle = client();
+    inTheMiddle.set_keep_alive(true);
+    EXPECT_EQ(inTheMiddle.Get("/_dev/status")->status, 200);
+    EXPECT_EQ(inTheMiddle.Get("/_dev/stream")->status, 426);
 }
 
 TEST_F(LiveStreamTest, ViewersAreBoundedAndKeepNobodyWaiting) {
     std::vector<std::unique_ptr<RawConnection>> viewers;
-    for (int i = 0; i < LiveStream::maximumViewers; ++i) {
+    for (std::size_t i = 0; i < LiveStream::maximumViewers; ++i) {
         viewers.push_back(watch());
-        EXPECT_THAT(viewers.back()->readUntil("hello"), HasSubstr("hello"));
+        EXPECT_THAT(viewers.back()->readUntil("faults"), HasSubstr(" 101 "));
     }
-    EXPECT_THAT(watch()->readUntil("}"), HasSubstr(" 503 "));
+    EXPECT_THAT(watch()->readAll(), StartsWith("HTTP/1.1 503 "));
     EXPECT_EQ(send()->status, 200);
     EXPECT_THAT(viewers.back()->readUntil("view_product"), HasSubstr("view_product"));
+}
+
+TEST_F(LiveStreamTest, WhoDoesNotReadIsSentAway) {
+    // The slow one comes first and is told first: once the other has heard of something, it was sent it too.
+    const auto slow = watch();
+    EXPECT_THAT(slow->readUntil("faults"), HasSubstr(" 101 "));
+    const auto quick = watch();
+    EXPECT_THAT(quick->readUntil("faults"), HasSubstr(" 101 "));
+    // More than the system's buffers hold for who does not read: the rest of the first still waits when the second comes.
+    LoggedRequest large;
+    large.findings.event.assign(8U << 20U, 'x');
+    server->log().add(large);
+    EXPECT_THAT(quick->readUntil("faults"), HasSubstr("\"number\":1,"));
+    server->log().add(large);
+    EXPECT_THAT(quick->readUntil("\"number\":2,"), HasSubstr("\"number\":2,"));
+    const std::string all = slow->readUntil("than they were read");
+    EXPECT_TRUE(all.ends_with("\x0F\xA0requests came faster than they were read"));
+    EXPECT_THAT(all, Not(HasSubstr("\"number\":2,")));
+    server->log().add({});
+    EXPECT_THAT(watch("?since=2")->readUntil("faults"), HasSubstr("\"number\":3,")) << "and may come again";
 }
 
 } // namespace

@@ -132,17 +132,17 @@ TEST(RequestLog, WhatWasClearedDoesNotCountForTheWaiting) {
 TEST(RequestLog, AFollowerHearsOfEverythingOnce) {
     RequestLog log;
     log.add(entry("/event"));
-    auto news = log.waitForNews({}, 10, in(0));
+    auto news = log.newsSince({}, 10);
     EXPECT_THAT(numbers(news.requests), ElementsAre(1));
-    EXPECT_THAT(numbers(log.waitForNews(news.position, 10, in(0)).requests), IsEmpty());
+    EXPECT_THAT(numbers(log.newsSince(news.position, 10).requests), IsEmpty());
     for (int i = 0; i < 5; ++i) {
         log.add(entry("/event"));
     }
-    news = log.waitForNews(news.position, 2, in(0));
+    news = log.newsSince(news.position, 2);
     EXPECT_THAT(numbers(news.requests), ElementsAre(5, 6));
     EXPECT_EQ(news.skipped, 3U);
     log.clear();
-    news = log.waitForNews(news.position, 2, in(10'000));
+    news = log.newsSince(news.position, 2);
     EXPECT_TRUE(news.cleared);
     EXPECT_THAT(numbers(news.requests), IsEmpty());
 }

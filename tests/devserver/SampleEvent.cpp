@@ -1,5 +1,6 @@
 #include "tests/devserver/SampleEvent.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 
@@ -90,9 +91,11 @@ void RawConnection::send(const std::string& bytes) const {
 
 std::string RawConnection::readUntil(const std::string& end) const {
     std::string all;
-    std::array<char, 4096> bytes;
+    std::array<char, 65536> bytes;
     pollfd entry{socket_, POLLIN, 0};
-    while (all.find(end) == std::string::npos && ::poll(&entry, 1, 2'000) > 0) {
+    std::size_t searched = 0;
+    while (all.find(end, searched) == std::string::npos && ::poll(&entry, 1, 2'000) > 0) {
+        searched = all.size() - std::min(all.size(), end.size());
         const ssize_t count = ::recv(socket_, bytes.data(), bytes.size(), 0);
         if (count <= 0) {
             reset_ = count < 0 && errno == ECONNRESET;

@@ -50,7 +50,7 @@ TEST(Console, NoRequestSteersTheTerminal) {
 TEST(LivePage, NeedsNothingFromOutsideAndMakesNoMarkupOfStrings) {
     const std::string page(LivePage::html());
     EXPECT_THAT(page, HasSubstr("</html>"));
-    EXPECT_THAT(page, HasSubstr("new EventSource"));
+    EXPECT_THAT(page, HasSubstr("new WebSocket"));
     EXPECT_THAT(page, HasSubstr("--accent"));
     for (const char* risk :
          {"innerHTML", "outerHTML", "insertAdjacentHTML", "document.write", "eval(", "src=", "https://"}) {

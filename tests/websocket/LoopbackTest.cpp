@@ -147,6 +147,29 @@ TEST(Server, furtherConnectionsWaitForTheirTurn) {
     EXPECT_TRUE(second.await([&] { return second.opened; }));
 }
 
+TEST(Server, servesConnectionsThatItsHostHasTaken) {
+    const Door door;
+    ServerOptions options;
+    options.maximumConnections = 1;
+    auto server = std::make_unique<WebSocketServer>(echo(), options);
+    EXPECT_FALSE(server->adopt(-1).ok());
+    Story story;
+    WebSocketClient client(story.handlers());
+    ASSERT_TRUE(client.open(urlOf(door.port())).ok());
+    ASSERT_TRUE(server->adopt(door.accept().release()).ok());
+    ASSERT_TRUE(story.await([&] { return story.opened; }));
+    client.sendText("hello");
+    ASSERT_TRUE(story.awaitMessages(1));
+
+    const Wire beyond(door.port());
+    beyond.send(upgradeRequest());
+    ASSERT_TRUE(server->adopt(door.accept().release()).ok());
+    EXPECT_EQ(beyond.receiveAll(), "") << "closed, without an answer";
+    server.reset();
+    ASSERT_TRUE(story.awaitClosed());
+    EXPECT_EQ(story.closed.code, CloseCode::goingAway);
+}
+
 TEST(Client, refusesUrlsThatAreNone) {
     WebSocketClient client({});
     for (const char* url : {"", "http://a/", "ws:///x", "ws://a/#part", "ws://user@a/", "nonsense"}) {

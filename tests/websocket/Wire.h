@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zentavo::websocket::test {
 
@@ -11,7 +12,7 @@ class Wire {
 public:
     /// Connects to 127.0.0.1.
     explicit Wire(std::uint16_t port);
-    Wire(Wire&& other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
+    Wire(Wire&& other) noexcept : fd_(other.release()) {}
     Wire& operator=(Wire&&) = delete;
     ~Wire();
 
@@ -23,6 +24,8 @@ public:
     /// Everything up to the end of the stream.
     std::string receiveAll() const;
     void endSending() const;
+    /// The descriptor, for somebody who owns it from now on.
+    int release() noexcept { return std::exchange(fd_, -1); }
 
 private:
     friend class Door;

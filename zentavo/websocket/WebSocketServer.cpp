@@ -29,6 +29,7 @@ public:
           queue_(std::move(queue)), acceptor_(IOThread::shared().context()), pause_(IOThread::shared().context()) {}
 
     Result<std::uint16_t> listen(const std::string& address, std::uint16_t port);
+    Result<void> adopt(int socket);
     /// `abandon`: no handler starts any more.
     void stop(bool abandon);
 
@@ -36,6 +37,7 @@ private:
     Result<void> readCertificate();
     void accept();
     void accepted(const asio::error_code& error, Tcp::socket socket);
+    void serve(Tcp::socket socket);
     void ended(const std::shared_ptr<ServerLink>& link);
 
     const std::shared_ptr<ServerHost> host_;
@@ -47,6 +49,7 @@ private:
     // The I/O thread's, once the server listens.
     Tcp::acceptor acceptor_;
     asio::steady_timer pause_;
+    bool listening_ = false;
     bool accepting_ = false;
     bool stopped_ = false;
     std::unordered_set<std::shared_ptr<ServerLink>> links_;
@@ -93,12 +96,15 @@ Result<std::uint16_t> WebSocketServer::State::listen(const std::string& address,
         return Error{"cannot listen at " + address + ": " + error.message()};
     }
     const std::uint16_t taken = acceptor_.local_endpoint(error).port();
-    asio::post(IOThread::shared().context(), [self = shared_from_this()] { self->accept(); });
+    asio::post(IOThread::shared().context(), [self = shared_from_this()] {
+        self->listening_ = true;
+        self->accept();
+    });
     return taken;
 }
 
 void WebSocketServer::State::accept() {
-    if (accepting_ || stopped_ || links_.size() >= options_.maximumConnections) {
+    if (accepting_ || stopped_ || !listening_ || links_.size() >= options_.maximumConnections) {
         return;
     }
     accepting_ = true;
@@ -117,6 +123,27 @@ void WebSocketServer::State::accepted(const asio::error_code& error, Tcp::socket
         pause_.async_wait([self = shared_from_this()](const asio::error_code&) { self->accept(); });
         return;
     }
+    serve(std::move(socket));
+    accept();
+}
+
+Result<void> WebSocketServer::State::adopt(int descriptor) {
+    Tcp::socket socket(IOThread::shared().context());
+    asio::error_code error;
+    // The family matters only to who asks the socket for it, and nobody does.
+    socket.assign(Tcp::v4(), descriptor, error);
+    if (error) {
+        return Error{"the connection cannot be taken over: " + error.message()};
+    }
+    asio::post(IOThread::shared().context(), [self = shared_from_this(), socket = std::move(socket)]() mutable {
+        if (!self->stopped_ && self->links_.size() < self->options_.maximumConnections) {
+            self->serve(std::move(socket));
+        }
+    });
+    return {};
+}
+
+void WebSocketServer::State::serve(Tcp::socket socket) {
     const auto link = std::make_shared<ServerLink>(host_, queue_, options_,
                                                    [weak = weak_from_this()](const std::shared_ptr<ServerLink>& gone) {
                                                        if (const auto self = weak.lock()) {
@@ -125,7 +152,6 @@ void WebSocketServer::State::accepted(const asio::error_code& error, Tcp::socket
                                                    });
     links_.insert(link);
     link->start(std::move(socket), tls_);
-    accept();
 }
 
 void WebSocketServer::State::ended(const std::shared_ptr<ServerLink>& link) {
@@ -158,6 +184,8 @@ WebSocketServer::~WebSocketServer() { state_->stop(true); }
 Result<std::uint16_t> WebSocketServer::listen(const std::string& address, std::uint16_t port) {
     return state_->listen(address, port);
 }
+
+Result<void> WebSocketServer::adopt(int socket) { return state_->adopt(socket); }
 
 void WebSocketServer::stop() { state_->stop(false); }
 

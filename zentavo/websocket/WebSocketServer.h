@@ -14,7 +14,7 @@
 namespace zentavo::websocket {
 
 struct ServerOptions : ConnectionOptions {
-    /// Further ones wait until one has gone.
+    /// Further ones wait until one has gone; those handed over are closed.
     std::size_t maximumConnections = 1000;
     /// PEM files; with them the server speaks wss.
     std::string certificateFile;
@@ -70,6 +70,10 @@ public:
 
     /// Listens at a numeric address; port 0 takes a free one. The port, or why not. At most once.
     Result<std::uint16_t> listen(const std::string& address, std::uint16_t port);
+    /// Serves an open TCP stream as one that came in by `listen`, without need for that: a host so has WebSocket at the
+    /// port of its HTTP server. Nothing of the request may have been read. `socket` is a descriptor that the server owns
+    /// from now on, unless an error is returned. Beyond `maximumConnections` it is closed at once.
+    Result<void> adopt(int socket);
     /// Takes no more connections and says goodbye to those there are.
     void stop();
 
