@@ -14,7 +14,12 @@ public:
     platform::Rect mainScreenBounds() const override;
     /// A desktop keeps nothing for itself inside a window.
     platform::Insets safeAreaInsets() const override { return {}; }
+    platform::Appearance appearance() const override;
+    void setOnChange(std::function<void()> onChange) override;
     std::shared_ptr<platform::View> makeView() override;
+    std::shared_ptr<platform::Label> makeLabel() override;
+    std::shared_ptr<platform::ImageView> makeImageView() override;
+    platform::Size textSize(const std::string& text, platform::Font font, double width, int lines) const override;
     bool showOverWindow(std::shared_ptr<platform::View> view) override;
     void animate(double seconds, std::function<void()> change, std::function<void()> done) override;
 

@@ -14,7 +14,7 @@ MemoryPlatform::MemoryPlatform(const std::string& identifier, std::shared_ptr<Me
       calendar(std::make_shared<FixedZoneCalendar>()), keyServices(std::make_shared<MemoryKeyServices>()),
       userNotifications(std::make_shared<MemoryUserNotifications>(queues->mainQueue())),
       application(std::make_shared<MemoryApplication>()), views(std::make_shared<MemoryViews>(queues->mainQueue())),
-      webViews(std::make_shared<MemoryWebViews>(queues->mainQueue())),
+      webViews(std::make_shared<MemoryWebViews>(queues->mainQueue())), images(std::make_shared<MemoryImages>()),
       platform_(std::make_shared<platform::Platform>(
           platform::UserInterface{queues->mainQueue(), userNotifications, application})) {
     platform_->preferences = preferences;
@@ -34,6 +34,7 @@ void MemoryPlatform::attachViews(bool attached) {
     auto interface = *platform_->userInterface();
     interface.views = attached ? views : nullptr;
     interface.webViews = attached ? webViews : nullptr;
+    interface.images = attached ? images : nullptr;
     platform_->attach(std::move(interface));
 }
 
