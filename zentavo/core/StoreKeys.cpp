@@ -12,4 +12,7 @@ StoreKeys::StoreKeys(const std::optional<std::string>& mainBundleIdentifier)
       applicationId(prefix + "applicationId"),
       badge(mainBundleIdentifier ? *mainBundleIdentifier + ".badge" : "ZentavoSDK.badge") {}
 
+PushChoiceKeys::PushChoiceKeys(const std::string& pushId)
+    : urlClicked(pushId + "_url_clicked"), imageClicked(pushId + "_image_clicked"), rating(pushId + "_rating") {}
+
 } // namespace zentavo

@@ -41,4 +41,17 @@ struct ZENTAVO_EXPORT StoreKeys {
     const std::string zoneFrequency = "at_freq_capping_zone";
 };
 
+/// The names under which the choices made inside one push's rich template are kept, in the suite that the app and its
+/// content extension share. Not prefixed.
+struct ZENTAVO_EXPORT PushChoiceKeys {
+    explicit PushChoiceKeys(const std::string& pushId);
+
+    /// The suite of the host app `bundleId`.
+    static std::string suiteName(const std::string& bundleId) { return "group." + bundleId + ".zentavo"; }
+
+    std::string urlClicked;   ///< text: URL of the element that was tapped
+    std::string imageClicked; ///< text: URL of the carousel's slide that was tapped
+    std::string rating;       ///< integer: the rating that was chosen
+};
+
 } // namespace zentavo

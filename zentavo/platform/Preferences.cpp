@@ -1,6 +1,8 @@
 #include "zentavo/platform/Preferences.h"
 
 #include <charconv>
+#include <cmath>
+#include <limits>
 
 #include "zentavo/foundation/JSON.h"
 
@@ -25,18 +27,16 @@ std::optional<std::string> Preferences::string(std::string_view key) const {
     return std::nullopt;
 }
 
-double Preferences::number(std::string_view key) const {
-    const auto stored = object(key);
-    if (!stored) {
-        return 0;
-    }
-    if (const bool* flag = stored->asBool()) {
+namespace {
+
+double numberOf(const Value& stored) {
+    if (const bool* flag = stored.asBool()) {
         return *flag ? 1 : 0;
     }
-    if (const auto number = stored->number()) {
+    if (const auto number = stored.number()) {
         return *number;
     }
-    if (const std::string* text = stored->asString()) {
+    if (const std::string* text = stored.asString()) {
         const std::size_t first = text->find_first_not_of(" \t");
         if (first != std::string::npos) {
             double parsed = 0;
@@ -47,6 +47,35 @@ double Preferences::number(std::string_view key) const {
         }
     }
     return 0;
+}
+
+/// `number` without its fraction; beyond the 64-bit integers, the nearest of them.
+std::int64_t wholePart(double number) {
+    constexpr double beyond = 9223372036854775808.0; // 2^63
+    if (number >= beyond) {
+        return std::numeric_limits<std::int64_t>::max();
+    }
+    if (!(number >= -beyond)) { // also where it is no number
+        return std::isnan(number) ? 0 : std::numeric_limits<std::int64_t>::min();
+    }
+    return static_cast<std::int64_t>(number);
+}
+
+} // namespace
+
+std::int64_t coercedInteger(const Value& stored) {
+    const auto exact = stored.exactInt64();
+    return exact ? *exact : wholePart(numberOf(stored));
+}
+
+double Preferences::number(std::string_view key) const {
+    const auto stored = object(key);
+    return stored ? numberOf(*stored) : 0;
+}
+
+std::int64_t Preferences::integer(std::string_view key) const {
+    const auto stored = object(key);
+    return stored ? coercedInteger(*stored) : 0;
 }
 
 std::optional<Map> Preferences::map(std::string_view key) const {

@@ -59,8 +59,13 @@ public:
     std::optional<std::string> string(std::string_view key) const;
     /// 0 when there is nothing or nothing numeric.
     double number(std::string_view key) const;
+    /// As `number`, without the fraction, and exact for 64-bit integers. What is beyond them becomes the nearest one.
+    std::int64_t integer(std::string_view key) const;
     std::optional<Map> map(std::string_view key) const;
 };
+
+/// What `Preferences::integer` makes of a stored value.
+ZENTAVO_EXPORT std::int64_t coercedInteger(const Value& stored);
 
 /// Whether a provider may open a suite of this name: it is not empty, not the main bundle's own identifier (empty for a
 /// program without one), and holds neither "/" nor NUL.
