@@ -16,8 +16,8 @@ constexpr std::array<MemberRule, 8> fileRules{{
     {"description", Kind::filledText},
     {"events", Kind::listOfTexts},
     {"webContent", Kind::map},
-    {"page", Kind::map, Need::optional},         // how the template host's page shows it
-    {"html", Kind::filledText, Need::optional},  // the file with its content
+    {"page", Kind::map, Need::optional},          // how the template host's page shows it
+    {"html", Kind::filledText, Need::optional},   // the file with its content
     {"script", Kind::filledText, Need::optional}, // a file that is run behind it
     {"templateInfo", Kind::map, Need::optional},
     {"media", Kind::any, Need::optional},
@@ -88,9 +88,8 @@ Campaign readCampaign(const Map& map, const std::vector<SeedFile>& files, Proble
     }
     if (!campaign.webContent.contains("javascript")) {
         const Map* page = mapMember(map, "page");
-        campaign.webContent.set("javascript", campaign.isHandWritten()
-                                                  ? script
-                                                  : showing(page != nullptr ? *page : Map(), html, script));
+        campaign.webContent.set(
+            "javascript", campaign.isHandWritten() ? script : showing(page != nullptr ? *page : Map(), html, script));
     }
     return campaign;
 }

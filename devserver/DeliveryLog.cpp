@@ -72,7 +72,9 @@ Map DeliveryLog::Offer::map() const {
             {"hand_written", handWritten},
             {"limits", limits},
             {"layout_asked", layoutAsked},
-            {"content", contentGiven ? "given" : contentRefused.empty() ? "not asked for" : contentRefused},
+            {"content", contentGiven             ? "given"
+                        : contentRefused.empty() ? "not asked for"
+                                                 : contentRefused},
             {"impression", impressions},
             {"viewable", viewables},
             {"click", clicks},

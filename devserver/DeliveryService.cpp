@@ -78,8 +78,7 @@ Answer DeliveryService::media(const IncomingRequest& request, Twin twin, const M
         // One twin for all portals, so the event is looked at as if it had come to the right one.
         const std::string* portal = textMember(body, "portal_id");
         const bool sandbox = portal != nullptr && *portal == sandboxPortal;
-        checkEvent(request, mediaPath, sandbox ? Twin::sandbox : Twin::production, body, mediaRules,
-                   findings.problems);
+        checkEvent(request, mediaPath, sandbox ? Twin::sandbox : Twin::production, body, mediaRules, findings.problems);
     }
     checkFormat(body, findings.problems);
     const std::string* journey = textMember(body, "asm_journey_id");

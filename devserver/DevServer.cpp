@@ -26,16 +26,15 @@ Result<std::unique_ptr<DevServer>> DevServer::open(const Settings& settings) {
     if (!listener) {
         return listener.error();
     }
-    return std::unique_ptr<DevServer>(new DevServer(settings, *std::move(inbox), *std::move(campaigns),
-                                                    *std::move(listener)));
+    return std::unique_ptr<DevServer>(
+        new DevServer(settings, *std::move(inbox), *std::move(campaigns), *std::move(listener)));
 }
 
 DevServer::DevServer(const Settings& settings, std::unique_ptr<InboxStore> inbox, Campaigns campaigns,
                      std::unique_ptr<Listener> listener)
     : host_(settings.host), log_(settings.logBounds), push_(std::make_shared<PushRegistrationService>()),
       inbox_(std::make_shared<InboxService>(std::move(inbox))),
-      campaigns_(std::make_shared<const Campaigns>(std::move(campaigns))),
-      deliveries_(std::make_shared<DeliveryLog>()),
+      campaigns_(std::make_shared<const Campaigns>(std::move(campaigns))), deliveries_(std::make_shared<DeliveryLog>()),
       delivery_(std::make_shared<DeliveryService>(campaigns_, deliveries_)),
       desk_(log_, faults_,
             {std::make_shared<EventService>(settings.sessionId), push_, delivery_,

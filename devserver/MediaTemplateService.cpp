@@ -91,8 +91,8 @@ Answer MediaTemplateService::content(const IncomingRequest& request, const Campa
     const Tracking tracking{serverURL(request), delivery, story};
     return {200,
             {{"data", Map{{"content", Map{{"html", filled(*campaign->html, tracking)}}},
-                          {"trackingUrls", Map{{"impression", tracking.url("impression")},
-                                               {"viewable", tracking.url("viewable")}}}}}}};
+                          {"trackingUrls",
+                           Map{{"impression", tracking.url("impression")}, {"viewable", tracking.url("viewable")}}}}}}};
 }
 
 } // namespace zentavo::devserver

@@ -31,10 +31,9 @@ Key buildKey() {
 
 bool verifies(EVP_PKEY* key, const Bytes& signature, std::string_view text) {
     const std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> context(EVP_MD_CTX_new(), EVP_MD_CTX_free);
-    const bool verified =
-        EVP_DigestVerifyInit(context.get(), nullptr, EVP_sha256(), nullptr, key) == 1 &&
-        EVP_DigestVerify(context.get(), signature.data(), signature.size(),
-                         reinterpret_cast<const unsigned char*>(text.data()), text.size()) == 1;
+    const bool verified = EVP_DigestVerifyInit(context.get(), nullptr, EVP_sha256(), nullptr, key) == 1 &&
+                          EVP_DigestVerify(context.get(), signature.data(), signature.size(),
+                                           reinterpret_cast<const unsigned char*>(text.data()), text.size()) == 1;
     ERR_clear_error();
     return verified;
 }

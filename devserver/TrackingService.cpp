@@ -13,9 +13,10 @@ namespace {
 constexpr std::string_view base = "/track/";
 
 /// One transparent point, GIF 89a.
-constexpr std::string_view pixel{"GIF89a\x01\0\x01\0\x80\0\0\0\0\0\0\0\0!\xF9\x04\x01\0\0\0\0,\0\0\0\0\x01\0\x01\0\0\x02\x02"
-                                 "D\x01\0;",
-                                 43};
+constexpr std::string_view pixel{
+    "GIF89a\x01\0\x01\0\x80\0\0\0\0\0\0\0\0!\xF9\x04\x01\0\0\0\0,\0\0\0\0\x01\0\x01\0\0\x02\x02"
+    "D\x01\0;",
+    43};
 
 } // namespace
 
@@ -54,8 +55,7 @@ Answer TrackingService::answer(const IncomingRequest& request, std::string_view 
     const std::string click = "click-" + std::to_string(++clicks_);
     return {200,
             {{"_clk_bc", click},
-             {"_clk_url",
-              serverURL(request) + "/landing?utm=in_app_" + campaign->name + "&atm=" + click}}};
+             {"_clk_url", serverURL(request) + "/landing?utm=in_app_" + campaign->name + "&atm=" + click}}};
 }
 
 } // namespace zentavo::devserver

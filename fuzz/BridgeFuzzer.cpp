@@ -17,7 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             check(frame.height >= 0 && frame.height <= layout::furthest, "a bar's height is bounded");
         }
         if (const auto* click = std::get_if<ClickMessage>(&*message); click != nullptr && click->trackingURL) {
-            check(click->trackingURL->query().value_or("").find("resp_type=pixel") == std::string_view::npos, "no click asks for a pixel");
+            check(click->trackingURL->query().value_or("").find("resp_type=pixel") == std::string_view::npos,
+                  "no click asks for a pixel");
         }
     }
     static_cast<void>(readCodeModeMessage(*body));

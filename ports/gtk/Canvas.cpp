@@ -63,8 +63,7 @@ void allocate(GtkWidget* widget, int width, int height, int) {
         const double bottom = std::round(bounded(canvas->frame.y) + bounded(canvas->frame.height));
         const graphene_point_t origin{static_cast<float>(left), static_cast<float>(top)};
         gtk_widget_allocate(child, std::max(0, static_cast<int>(right - left)),
-                            std::max(0, static_cast<int>(bottom - top)), -1,
-                            gsk_transform_translate(nullptr, &origin));
+                            std::max(0, static_cast<int>(bottom - top)), -1, gsk_transform_translate(nullptr, &origin));
     }
 }
 
@@ -73,9 +72,9 @@ void draw(GtkWidget* widget, GtkSnapshot* snapshot) {
     if (colour.alpha > 0) {
         const GdkRGBA rgba{static_cast<float>(colour.red), static_cast<float>(colour.green),
                            static_cast<float>(colour.blue), static_cast<float>(colour.alpha)};
-        const graphene_rect_t all{{0, 0},
-                                  {static_cast<float>(gtk_widget_get_width(widget)),
-                                   static_cast<float>(gtk_widget_get_height(widget))}};
+        const graphene_rect_t all{
+            {0, 0},
+            {static_cast<float>(gtk_widget_get_width(widget)), static_cast<float>(gtk_widget_get_height(widget))}};
         gtk_snapshot_append_color(snapshot, &rgba, &all);
     }
     if (const auto* onDraw = canvasOf(widget)->onDraw; onDraw != nullptr && *onDraw) {

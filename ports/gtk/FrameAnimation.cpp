@@ -83,9 +83,9 @@ gboolean FrameAnimation::tick(GtkWidget*, GdkFrameClock* clock, gpointer data) {
 void FrameAnimation::place(double way) const {
     for (const Move& move : moves_) {
         if (const auto canvas = move.canvas.lock()) {
-            canvas->setFrame(
-                {between(move.from.x, move.to.x, way), between(move.from.y, move.to.y, way),
-                 between(move.from.width, move.to.width, way), between(move.from.height, move.to.height, way)});
+            canvas->setFrame({between(move.from.x, move.to.x, way), between(move.from.y, move.to.y, way),
+                              between(move.from.width, move.to.width, way),
+                              between(move.from.height, move.to.height, way)});
         }
     }
 }

@@ -36,9 +36,8 @@ void GtkApplicationAnswers::open(const URL& url) {
     }
     GdkDisplay* display = gdk_display_get_default();
     const auto context = Ref<GAppLaunchContext>::take(
-        display != nullptr
-            ? reinterpret_cast<GAppLaunchContext*>(gdk_display_get_app_launch_context(display))
-            : nullptr);
+        display != nullptr ? reinterpret_cast<GAppLaunchContext*>(gdk_display_get_app_launch_context(display))
+                           : nullptr);
     g_app_info_launch_default_for_uri_async(
         url.text().c_str(), context.get(), nullptr,
         [](GObject*, GAsyncResult* result, gpointer data) {

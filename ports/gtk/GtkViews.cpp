@@ -39,10 +39,15 @@ platform::Appearance GtkViews::appearance() const {
 
 void GtkViews::setOnChange(std::function<void()> onChange) {
     MainThread::require();
-    if (!onChange) {
-        return stage_->setOnChange(nullptr);
-    }
-    stage_->setOnChange([queue = mainQueue_, onChange = std::move(onChange)] { queue->async(onChange); });
+    onChange_ = onChange ? std::make_shared<std::function<void()>>(std::move(onChange)) : nullptr;
+    // Another handler, or none, takes back what is posted for this one.
+    stage_->setOnChange([queue = mainQueue_, weak = std::weak_ptr(onChange_)] {
+        queue->async([weak] {
+            if (const auto handler = weak.lock()) {
+                (*handler)();
+            }
+        });
+    });
 }
 
 bool GtkViews::showOverWindow(std::shared_ptr<platform::View> view) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <string>
 
 #include "ports/gtk/WindowStage.h"
 
@@ -26,6 +28,7 @@ public:
 private:
     const std::shared_ptr<platform::MainQueue> mainQueue_;
     const std::shared_ptr<WindowStage> stage_;
+    std::shared_ptr<std::function<void()>> onChange_;
 };
 
 } // namespace zentavo::gtk

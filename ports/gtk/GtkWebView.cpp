@@ -45,12 +45,10 @@ bool isInterruption(const GError* error) {
 } // namespace
 
 GtkWebView::GtkWebView(std::shared_ptr<platform::MainQueue> mainQueue)
-    : GtkView(std::move(mainQueue)),
-      content_(Ref<WebKitUserContentManager>::take(webkit_user_content_manager_new())),
-      page_(Ref<WebKitWebView>::share(static_cast<WebKitWebView*>(
-          g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", WebEngine::context(), "network-session",
-                       WebEngine::session(), "settings", WebEngine::settings(), "user-content-manager", content_.get(),
-                       nullptr)))) {
+    : GtkView(std::move(mainQueue)), content_(Ref<WebKitUserContentManager>::take(webkit_user_content_manager_new())),
+      page_(Ref<WebKitWebView>::share(static_cast<WebKitWebView*>(g_object_new(
+          WEBKIT_TYPE_WEB_VIEW, "web-context", WebEngine::context(), "network-session", WebEngine::session(),
+          "settings", WebEngine::settings(), "user-content-manager", content_.get(), nullptr)))) {
     constexpr GdkRGBA clear{0, 0, 0, 0};
     webkit_web_view_set_background_color(page_.get(), &clear);
     connectPage();
@@ -186,8 +184,8 @@ gboolean GtkWebView::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
         return FALSE;
     }
-    WebKitNavigationAction* action =
-        webkit_navigation_policy_decision_get_navigation_action(reinterpret_cast<WebKitNavigationPolicyDecision*>(decision));
+    WebKitNavigationAction* action = webkit_navigation_policy_decision_get_navigation_action(
+        reinterpret_cast<WebKitNavigationPolicyDecision*>(decision));
     if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION ||
         !isWebAddress(webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)))) {
         webkit_policy_decision_ignore(decision);

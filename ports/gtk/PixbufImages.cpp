@@ -27,8 +27,8 @@ std::shared_ptr<const platform::Image> PixbufImages::decode(std::string_view fil
     for (std::size_t from = 0; from < file.size() && good && !tooLarge;) {
         constexpr std::size_t piece = 16384;
         const std::size_t length = std::min(piece, file.size() - from);
-        good = gdk_pixbuf_loader_write(loader.get(), reinterpret_cast<const guchar*>(file.data()) + from, length,
-                                       nullptr);
+        good =
+            gdk_pixbuf_loader_write(loader.get(), reinterpret_cast<const guchar*>(file.data()) + from, length, nullptr);
         from += length;
     }
     // Always to be closed; for a file cut short this is where it shows.

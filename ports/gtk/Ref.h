@@ -14,7 +14,9 @@ public:
     /// Takes over a reference that the caller has.
     static Ref take(T* object) { return Ref(object); }
     /// Takes one of its own; a floating one becomes ours.
-    static Ref share(T* object) { return Ref(object != nullptr ? static_cast<T*>(g_object_ref_sink(object)) : nullptr); }
+    static Ref share(T* object) {
+        return Ref(object != nullptr ? static_cast<T*>(g_object_ref_sink(object)) : nullptr);
+    }
 
     Ref(const Ref& other) : Ref(share(other.object_)) {}
     Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}

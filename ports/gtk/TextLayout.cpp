@@ -39,8 +39,7 @@ TextLayout::TextLayout(GtkWidget* widget)
 
 void TextLayout::set(const std::string& text, platform::Font font, int lines, platform::TextAlignment alignment) {
     pango_layout_set_text(layout_.get(), asOneParagraph(text).c_str(), -1);
-    const auto* inherited =
-        pango_context_get_font_description(pango_layout_get_context(layout_.get()));
+    const auto* inherited = pango_context_get_font_description(pango_layout_get_context(layout_.get()));
     PangoFontDescription* description =
         inherited != nullptr ? pango_font_description_copy(inherited) : pango_font_description_new();
     pango_font_description_set_absolute_size(description, std::clamp(font.size, 1.0, 500.0) * PANGO_SCALE);
@@ -53,8 +52,8 @@ void TextLayout::set(const std::string& text, platform::Font font, int lines, pl
     pango_layout_set_ellipsize(layout_.get(), lines > 0 ? PANGO_ELLIPSIZE_END : PANGO_ELLIPSIZE_NONE);
     pango_layout_set_height(layout_.get(), lines > 0 ? -lines : -1);
     // For the toolkit "left" is where the text's own language begins its lines.
-    pango_layout_set_alignment(layout_.get(), alignment == platform::TextAlignment::centre ? PANGO_ALIGN_CENTER
-                                                                                           : PANGO_ALIGN_LEFT);
+    pango_layout_set_alignment(layout_.get(),
+                               alignment == platform::TextAlignment::centre ? PANGO_ALIGN_CENTER : PANGO_ALIGN_LEFT);
 }
 
 bool TextLayout::empty() const { return *pango_layout_get_text(layout_.get()) == '\0'; }

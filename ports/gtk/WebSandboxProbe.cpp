@@ -23,16 +23,16 @@ std::optional<std::string> WebSandboxProbe::probe() const {
         return std::nullopt;
     }
 
-    std::array<std::string, 10> words{program_,        "--ro-bind", "/",     "/",     "--unshare-all",
-                                      "--dev",         "/dev",      "--proc", "/proc", "true"};
+    std::array<std::string, 10> words{program_, "--ro-bind", "/",      "/",     "--unshare-all",
+                                      "--dev",  "/dev",      "--proc", "/proc", "true"};
     std::array<char*, words.size() + 1> arguments{};
     for (std::size_t i = 0; i < words.size(); ++i) {
         arguments.at(i) = words.at(i).data();
     }
     int status = 0;
     GError* error = nullptr;
-    const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
-                                                G_SPAWN_STDERR_TO_DEV_NULL);
+    const auto flags =
+        static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
     std::optional<std::string> problem;
     if (!g_spawn_sync(nullptr, arguments.data(), nullptr, flags, nullptr, nullptr, nullptr, nullptr, &status, &error) ||
         !g_spawn_check_wait_status(status, &error)) {

@@ -61,9 +61,8 @@ std::shared_ptr<WindowStage> WindowStage::of(GtkWindow* window) {
         return *held;
     }
     // Its last holder may be a thread of the SDK; widgets end on the main thread all the same.
-    const std::shared_ptr<WindowStage> stage(new WindowStage(window), [](WindowStage* last) {
-        MainThread::run([last] { delete last; });
-    });
+    const std::shared_ptr<WindowStage> stage(new WindowStage(window),
+                                             [](WindowStage* last) { MainThread::run([last] { delete last; }); });
     g_object_set_data_full(object, key, new std::shared_ptr<WindowStage>(stage),
                            [](gpointer data) { delete static_cast<std::shared_ptr<WindowStage>*>(data); });
     return stage;

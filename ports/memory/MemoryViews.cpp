@@ -187,15 +187,21 @@ void MemoryViews::closeWindow() {
     }
 }
 
+void MemoryViews::setOnChange(std::function<void()> onChange) {
+    onChange_ = onChange ? std::make_shared<std::function<void()>>(std::move(onChange)) : nullptr;
+}
+
 void MemoryViews::setAppearance(platform::Appearance appearance) {
     appearance_ = appearance;
     tellChange();
 }
 
 void MemoryViews::tellChange() {
-    if (onChange_) {
-        mainQueue_->async(onChange_);
-    }
+    mainQueue_->async([weak = std::weak_ptr(onChange_)] {
+        if (const auto handler = weak.lock()) {
+            (*handler)();
+        }
+    });
 }
 
 bool MemoryViews::showOverWindow(std::shared_ptr<platform::View> view) {

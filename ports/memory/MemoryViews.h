@@ -80,7 +80,7 @@ public:
     platform::Rect mainScreenBounds() const override { return bounds_; }
     platform::Insets safeAreaInsets() const override { return safeArea_; }
     platform::Appearance appearance() const override { return appearance_; }
-    void setOnChange(std::function<void()> onChange) override { onChange_ = std::move(onChange); }
+    void setOnChange(std::function<void()> onChange) override;
     std::shared_ptr<platform::View> makeView() override;
     std::shared_ptr<platform::Label> makeLabel() override;
     std::shared_ptr<platform::ImageView> makeImageView() override;
@@ -112,7 +112,7 @@ private:
     platform::Insets safeArea_;
     bool window_ = true;
     platform::Appearance appearance_ = platform::Appearance::light;
-    std::function<void()> onChange_;
+    std::shared_ptr<std::function<void()>> onChange_;
     const std::shared_ptr<MemoryView::Children> overWindow_ = std::make_shared<MemoryView::Children>();
     std::vector<double> animations_;
 };

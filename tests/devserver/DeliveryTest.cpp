@@ -43,9 +43,7 @@ protected:
         return client().Post(target, text(body), "application/json");
     }
     httplib::Result deliver(const std::string& event) const { return post("/interaction/v2" + query, asked(event)); }
-    Map offered(const std::string& event) const {
-        return *bodyOf(deliver(event)).find("webContents")->asMap();
-    }
+    Map offered(const std::string& event) const { return *bodyOf(deliver(event)).find("webContents")->asMap(); }
     static std::vector<std::string> names(const Map& map) {
         std::vector<std::string> keys;
         for (const auto& [key, value] : map) {
@@ -125,9 +123,9 @@ TEST_F(DeliveryTest, TheLayoutOfAHandWrittenCampaignIsTold) {
 
 TEST_F(DeliveryTest, UnsignedRequestsForContentAreRefusedWithTheReason) {
     deliver("promo_code_mode");
-    const std::int64_t now = std::chrono::duration_cast<std::chrono::milliseconds>(
-                                 std::chrono::system_clock::now().time_since_epoch())
-                                 .count();
+    const std::int64_t now =
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch())
+            .count();
     const auto ask = [&](const std::string& ts, const std::string& sn, const std::string& ri) {
         return problems(post("/interaction/media-template/view-info?ts=" + ts + "&sn=" + sn + "&ri=" + ri,
                              selected(9008, 90081, 703)));
@@ -136,11 +134,11 @@ TEST_F(DeliveryTest, UnsignedRequestsForContentAreRefusedWithTheReason) {
     const std::string uuid = "7C9E6679-7425-40DE-944B-E07FC1F90AE7";
     const std::string made(342, 'A'); // 256 bytes of zeros
     EXPECT_THAT(ask(time, "!", uuid), ElementsAre("sn is no base64 text"));
-    EXPECT_THAT(ask(time, "AAAA", uuid),
-                ElementsAre("sn has 3 bytes; a signature by this build's key has 256"));
+    EXPECT_THAT(ask(time, "AAAA", uuid), ElementsAre("sn has 3 bytes; a signature by this build's key has 256"));
     EXPECT_THAT(ask(time, made + "%3D%3D", uuid), ElementsAre(HasSubstr("another key, over another text")));
-    EXPECT_THAT(ask(std::to_string(now / 1000), "AAAA", "7c9e6679-7425-40de-944b-e07fc1f90ae7"),
-                ElementsAre(HasSubstr("are these seconds?"), HasSubstr("expected a UUID in upper case"), HasSubstr("sn")));
+    EXPECT_THAT(
+        ask(std::to_string(now / 1000), "AAAA", "7c9e6679-7425-40de-944b-e07fc1f90ae7"),
+        ElementsAre(HasSubstr("are these seconds?"), HasSubstr("expected a UUID in upper case"), HasSubstr("sn")));
     EXPECT_THAT(ask("soon", "AAAA", uuid), Contains("ts is \"soon\"; expected milliseconds since 1970"));
     EXPECT_THAT(ask("9999999999999999999", "AAAA", uuid), Contains(HasSubstr("expected milliseconds")));
     EXPECT_THAT(problems(post("/interaction/media-template/view-info", selected(9008, 90081, 703))),
@@ -206,8 +204,7 @@ TEST_F(DeliveryTest, ThePageOfTheTemplateHostNeedsItsQuery) {
 
 TEST_F(DeliveryTest, AClientCannotMakeTheServerGrowOrPutItsWordsIntoScripts) {
     const httplib::Headers odd{{"Host", "\"});alert(1);//"}};
-    const auto answer =
-        client().Post("/interaction/v2" + query, odd, text(asked("promo_centred")), "application/json");
+    const auto answer = client().Post("/interaction/v2" + query, odd, text(asked("promo_centred")), "application/json");
     EXPECT_THAT(answer->body, Not(HasSubstr("alert(1)")));
     for (int i = 0; i < 510; ++i) {
         deliver(std::string(1'000, 'x'));

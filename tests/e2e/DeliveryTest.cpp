@@ -42,8 +42,8 @@ TEST_F(DeliveryConsoleTest, MediaAndLinksWorkWithoutAUserInterface) {
     ASSERT_EQ(console({"activate", "media:promo_gamified", "media:promo_full_screen,9001", "media:promo_full_screen,1",
                        "link:shop://open?utm=mail&atm=a7", "wait", "track:after_link", "wait"}),
               0);
-    EXPECT_THAT(output, AllOf(HasSubstr(R"("contents":[{"storyId":9002,)"), HasSubstr(R"("contents":[{"storyId":9001,)"),
-                              HasSubstr(R"("contents":[]})")));
+    EXPECT_THAT(output, AllOf(HasSubstr(R"("contents":[{"storyId":9002,)"),
+                              HasSubstr(R"("contents":[{"storyId":9001,)"), HasSubstr(R"("contents":[]})")));
     for (const Map& request : server.requests("/interaction/app", 3)) {
         EXPECT_EQ(*request.find("problems"), Value(List()));
         EXPECT_EQ(*request.find("body")->asMap()->find("format"), "json");
@@ -142,7 +142,8 @@ TEST_F(DeliveryTest, AHandWrittenMessageIsAskedForWithASignatureThatTheServerAcc
     const std::string html = *webViews->last()->html();
     const std::size_t start = html.find("http", html.find("\"trackingUrl\": \""));
     const std::string click = html.substr(start, html.find('"', start) - start);
-    post(R"({"type":"mt.Action.redirect","vtx902-click-data":{"href":"shop://orders","trackingUrl":")" + click + "\"}}");
+    post(R"({"type":"mt.Action.redirect","vtx902-click-data":{"href":"shop://orders","trackingUrl":")" + click +
+         "\"}}");
     EXPECT_EQ(routes, std::vector<std::string>{"shop://orders"});
     EXPECT_EQ(*accepted("/track/click").find("query")->asMap()->find("resp_type"), "json");
     const auto& state = *sdk->state();

@@ -1,6 +1,7 @@
 // What attach promises to the host whose window it is.
 
 #include "ports/gtk/Attach.h"
+
 #include "tests/gtk/GuiTest.h"
 
 namespace zentavo::tests {
@@ -96,7 +97,12 @@ TEST_F(AttachTest, SurvivesTheWindow) {
     inner->removeFromSuperview();
     shown->removeFromSuperview();
     bool done = false;
-    views().animate(0.1, [&] { shown->setFrame({0, 0, 9, 9}); }, [&] { done = true; });
+    views().animate(
+        0.1,
+        [&] {
+            shown->setFrame({0, 0, 9, 9});
+        },
+        [&] { done = true; });
     EXPECT_TRUE(until([&] { return done; }));
     const auto left = interface(); // of the window that is gone
 

@@ -8,7 +8,8 @@ bool until(const std::function<bool()>& done) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(15);
     while (!done() && std::chrono::steady_clock::now() < end) {
         // A short wake-up, for what `done` looks at may change without an event of the loop.
-        const guint wake = g_timeout_add(5, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+        const guint wake = g_timeout_add(
+            5, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
         g_main_context_iteration(nullptr, TRUE);
         g_source_remove(wake);
     }

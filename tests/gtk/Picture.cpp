@@ -22,8 +22,8 @@ Pixel Picture::at(int x, int y) const {
         return {};
     }
     // The toolkit's default format: blue, green, red, alpha in memory.
-    const std::uint8_t* pixel = &bytes_[(static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
-                                         static_cast<std::size_t>(x)) * 4];
+    const std::uint8_t* pixel =
+        &bytes_[(static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)) * 4];
     return {pixel[2], pixel[1], pixel[0]};
 }
 

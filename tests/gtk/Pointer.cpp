@@ -20,12 +20,12 @@ Pointer::~Pointer() {
     dlclose(library_);
 }
 
-void Pointer::click(GtkWindow* window, double x, double y) {
+void Pointer::drag(GtkWindow* window, double x, double y, double way) {
     auto* display = static_cast<Display*>(display_);
-    const auto move = reinterpret_cast<int (*)(Display*, int, int, int, unsigned long)>(
-        dlsym(library_, "XTestFakeMotionEvent"));
-    const auto button = reinterpret_cast<int (*)(Display*, unsigned, int, unsigned long)>(
-        dlsym(library_, "XTestFakeButtonEvent"));
+    const auto move =
+        reinterpret_cast<int (*)(Display*, int, int, int, unsigned long)>(dlsym(library_, "XTestFakeMotionEvent"));
+    const auto button =
+        reinterpret_cast<int (*)(Display*, unsigned, int, unsigned long)>(dlsym(library_, "XTestFakeButtonEvent"));
     GdkSurface* surface = gtk_native_get_surface(reinterpret_cast<GtkNative*>(window));
     double left = 0;
     double top = 0;
@@ -39,6 +39,10 @@ void Pointer::click(GtkWindow* window, double x, double y) {
     G_GNUC_END_IGNORE_DEPRECATIONS
     move(display, -1, rootX, rootY, 0);
     button(display, 1, True, 0);
+    constexpr int steps = 8;
+    for (int i = 1; i <= steps && way != 0; ++i) {
+        move(display, -1, rootX + static_cast<int>(way * i / steps), rootY, 0);
+    }
     button(display, 1, False, 0);
     XSync(display, False);
 }

@@ -152,21 +152,34 @@ TEST_F(ViewsTest, AnimationsEndWhereTheyShould) {
     std::vector<int> order;
     const auto box = view({0, 0, 50, 50}, red);
     views().animate(
-        0, [&] { box->setFrame({50, 0, 50, 50}); }, [&] { order.push_back(2); });
+        0,
+        [&] {
+            box->setFrame({50, 0, 50, 50});
+        },
+        [&] { order.push_back(2); });
     order.push_back(1);
     ASSERT_TRUE(until([&] { return order.size() == 2; }));
     EXPECT_THAT(order, ElementsAre(1, 2)) << "done never comes inside the call";
     EXPECT_EQ(pixel(99, 25, redPixel), redPixel);
 
     views().animate(
-        0.05, [&] { box->setFrame({200, 100, 100, 100}); }, [&] { order.push_back(3); });
+        0.05,
+        [&] {
+            box->setFrame({200, 100, 100, 100});
+        },
+        [&] { order.push_back(3); });
     EXPECT_EQ(box->frame(), (Rect{200, 100, 100, 100}));
     settle(window);
     ASSERT_TRUE(until([&] { return order.size() == 3; }));
     EXPECT_EQ(pixel(299, 199, redPixel), redPixel);
 
     // A frame that is set meanwhile wins, and the view may go meanwhile.
-    views().animate(0.05, [&] { box->setFrame({0, 0, 10, 10}); }, [&] { order.push_back(4); });
+    views().animate(
+        0.05,
+        [&] {
+            box->setFrame({0, 0, 10, 10});
+        },
+        [&] { order.push_back(4); });
     box->setFrame({300, 0, 100, 100});
     auto other = view({0, 200, 50, 50}, green);
     views().animate(0.02, [&] { other->setFrame({0, 0, 10, 10}); });

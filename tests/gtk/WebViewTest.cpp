@@ -2,8 +2,6 @@
 
 #include <cstdlib>
 
-
-
 #include "ports/gtk/GtkWebView.h"
 #include "ports/gtk/GtkWebViews.h"
 #include "tests/gtk/GuiTest.h"
@@ -200,7 +198,8 @@ TEST_F(WebViewTest, ScriptsGiveResultsOrErrors) {
     EXPECT_EQ(text("document.body.dataset.ran"), "\"1\"");
     EXPECT_EQ(text("Promise.resolve(1)"), "null");
     EXPECT_EQ(text("'x'.repeat(2000000)"), "null") << "too large to come back";
-    EXPECT_THAT(text("throw new Error('broken on purpose')"), AllOf(HasSubstr("error: "), HasSubstr("broken on purpose")));
+    EXPECT_THAT(text("throw new Error('broken on purpose')"),
+                AllOf(HasSubstr("error: "), HasSubstr("broken on purpose")));
     EXPECT_THAT(text("resizeView();"), HasSubstr("resizeView"));
     EXPECT_THAT(text("}{"), AllOf(HasSubstr("error: "), HasSubstr("SyntaxError")));
     page->evaluate("1", nullptr);
@@ -282,7 +281,8 @@ TEST_F(WebViewTest, WithoutASandboxThereAreNoWebViews) {
     }
     EXPECT_EQ(gtk::WebSandboxProbe("true").problem(), std::nullopt);
     setenv("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS", "1", 1);
-    EXPECT_EQ(gtk::WebSandboxProbe("false").problem(), std::nullopt) << "who starts the program has chosen to go without";
+    EXPECT_EQ(gtk::WebSandboxProbe("false").problem(), std::nullopt)
+        << "who starts the program has chosen to go without";
 }
 
 } // namespace

@@ -96,8 +96,7 @@ TEST_F(TemplateCodeModeTest, WithoutASignatureItIsDropped) {
     memory.keyServices->setSignature(Error{"the card is not in the reader"});
     offer({campaign(1, {{"designMode", "CODE_MODE"}})});
     trackAndSettle();
-    EXPECT_THAT(logged(),
-                Contains("In-app message: its content cannot be asked for: the card is not in the reader"));
+    EXPECT_THAT(logged(), Contains("In-app message: its content cannot be asked for: the card is not in the reader"));
     EXPECT_TRUE(sent("/interaction/media-template/view-info").empty());
     EXPECT_EQ(traces.back().closedBy, ClosedBy::noContent);
     EXPECT_FALSE(sdk->isShowingTemplate());

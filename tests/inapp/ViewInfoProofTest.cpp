@@ -1,5 +1,7 @@
 // The signature by real cryptography, with the key of this very build.
 
+#include "zentavo/inapp/ViewInfoProof.h"
+
 #include <limits>
 
 #include <gmock/gmock.h>
@@ -8,7 +10,6 @@
 #include "ports/linux/OpenSslKeyServices.h"
 #include "ports/memory/MemoryPlatform.h"
 #include "zentavo/foundation/Fault.h"
-#include "zentavo/inapp/ViewInfoProof.h"
 #include "zentavo/rsa/PrivateKey.h"
 
 namespace zentavo {

@@ -5,11 +5,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "ports/memory/MemoryImage.h"
 #include "zentavo/push/templates/ImageCache.h"
 #include "zentavo/push/templates/RatingIcons.h"
 #include "zentavo/push/templates/TemplatePalette.h"
 #include "zentavo/push/templates/TextDirection.h"
-#include "ports/memory/MemoryImage.h"
 
 // What a point is worth: frames said twice, as arithmetic and as numbers, so that a changed margin is seen here.
 
@@ -39,11 +39,11 @@ TEST(PushTemplateLayoutTest, PicturesKeepTheirProportionsUpToExtremes) {
         Size area;
         double height;
     };
-    for (const Row& row : {Row{{800, 400}, {360, 640}, 180}, Row{{400, 300}, {360, 640}, 270},
-                           Row{{300, 300}, {360, 640}, 360}, Row{{100, 9000}, {360, 640}, 360},
-                           Row{{9000, 10}, {360, 640}, 120}, Row{{800, 400}, {720, 640}, 360},
-                           // A low window takes from the picture, and not all of it.
-                           Row{{300, 300}, {360, 400}, 228}, Row{{300, 300}, {360, 100}, 80}}) {
+    for (const Row& row :
+         {Row{{800, 400}, {360, 640}, 180}, Row{{400, 300}, {360, 640}, 270}, Row{{300, 300}, {360, 640}, 360},
+          Row{{100, 9000}, {360, 640}, 360}, Row{{9000, 10}, {360, 640}, 120}, Row{{800, 400}, {720, 640}, 360},
+          // A low window takes from the picture, and not all of it.
+          Row{{300, 300}, {360, 400}, 228}, Row{{300, 300}, {360, 100}, 80}}) {
         PushParts given = parts();
         given.picture = row.picture;
         given.area = row.area;
@@ -154,6 +154,28 @@ TEST(PushTemplateLayoutTest, IconsAndDotsStandInTheMiddleAndInReadingOrder) {
         EXPECT_GE(dots.front().x, 0);
         EXPECT_NEAR(dots.front().x, 328 - dots.back().x - 7, 1);
         EXPECT_EQ(pageDots(328, 20, count, true).front().x, dots.back().x);
+    }
+}
+
+TEST(PushTemplateLayoutTest, AWindowOfTheHeightAskedForTakesNothingFromThePicture) {
+    PushParts given = parts();
+    given.picture = {300, 200};
+    for (std::size_t buttons = 0; buttons <= 2; ++buttons) {
+        for (const double extra : {0.0, 66.0}) {
+            given.buttons = buttons;
+            given.extra = extra;
+            const auto check = [&](auto arrange) {
+                PushParts fitting = given;
+                const PushFrames wanted = arrange(given);
+                fitting.area.height = wanted.height;
+                EXPECT_EQ(arrange(fitting).picture, wanted.picture) << buttons << " buttons, extra " << extra;
+                fitting.area.height = wanted.height - 10;
+                EXPECT_LE(arrange(fitting).height, fitting.area.height) << buttons << " buttons, extra " << extra;
+            };
+            check([](const PushParts& each) { return pushColumn(each); });
+            check([](const PushParts& each) { return pushCarousel(each, 1); });
+            check([](const PushParts& each) { return pushCarousel(each, 4); });
+        }
     }
 }
 

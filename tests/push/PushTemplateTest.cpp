@@ -47,19 +47,24 @@ protected:
         settle();
         return shown;
     }
-    std::shared_ptr<testing::MemoryView> named(const std::string& name) { return memory.views->named("zentavo.push." + name); }
+    std::shared_ptr<testing::MemoryView> named(const std::string& name) {
+        return memory.views->named("zentavo.push." + name);
+    }
     void tap(const std::string& name) {
         ASSERT_NE(named(name), nullptr) << name;
         named(name)->tap();
         settle();
     }
-    std::shared_ptr<platform::Preferences> suite() { return memory.preferences->suite("group.com.example.host.zentavo"); }
+    std::shared_ptr<platform::Preferences> suite() {
+        return memory.preferences->suite("group.com.example.host.zentavo");
+    }
     std::optional<Value> stored(const std::string& suffix) { return suite()->object("p1_" + suffix); }
     std::shared_ptr<testing::MemoryLabel> label(const std::shared_ptr<platform::Label>& of) {
         return std::dynamic_pointer_cast<testing::MemoryLabel>(of);
     }
 
-    const std::shared_ptr<testing::MemoryExtensionContext> context = std::make_shared<testing::MemoryExtensionContext>();
+    const std::shared_ptr<testing::MemoryExtensionContext> context =
+        std::make_shared<testing::MemoryExtensionContext>();
     const std::string twoButtons = SampleTemplate::buttons(SampleTemplate::button("Buy", "https://shop.example/buy"),
                                                            SampleTemplate::button("Later", ""));
 };
@@ -69,14 +74,15 @@ TEST_F(PushTemplateTest, TheNameChoosesTheTemplate) {
     EXPECT_NE(std::dynamic_pointer_cast<CarouselController>(show(R"("template": "simple_image_carousel")")), nullptr);
     EXPECT_NE(std::dynamic_pointer_cast<SmallImageController>(show(R"("template": "small_image")")), nullptr);
     EXPECT_NE(std::dynamic_pointer_cast<TextOverlayController>(show(R"("template": "text_overlay")")), nullptr);
-    for (const char* other : {R"("template": "stylized_basic")", R"("template": "basic_notification")", R"("template": "x")",
-                              R"("template": null)", ""}) {
+    for (const char* other : {R"("template": "stylized_basic")", R"("template": "basic_notification")",
+                              R"("template": "x")", R"("template": null)", ""}) {
         EXPECT_NE(std::dynamic_pointer_cast<StyleBasicController>(show(other)), nullptr) << other;
     }
     EXPECT_EQ(memory.views->shown().size(), 1U) << "the later takes the place of the earlier";
 
     // What does not decode shows all the same, without what could be tapped.
-    const auto broken = show(R"("template": "small_image", "urlImageString": "https://media.example/a", "url": 7, )" + twoButtons);
+    const auto broken =
+        show(R"("template": "small_image", "urlImageString": "https://media.example/a", "url": 7, )" + twoButtons);
     ASSERT_NE(std::dynamic_pointer_cast<SmallImageController>(broken), nullptr);
     EXPECT_FALSE(broken->isContainActionButton);
     EXPECT_EQ(broken->templateBigImage->state(), ZentavoImageView::State::shown);
@@ -90,8 +96,10 @@ TEST_F(PushTemplateTest, TheNameChoosesTheTemplate) {
 }
 
 TEST_F(PushTemplateTest, AButtonStoresItsURLAndOpensTheNotification) {
-    for (const auto& [name, key] : {std::pair{"small_image", "url_clicked"}, {"text_overlay", "url_clicked"},
-                                    {"stylized_basic", "url_clicked"}, {"rating", "url_clicked"},
+    for (const auto& [name, key] : {std::pair{"small_image", "url_clicked"},
+                                    {"text_overlay", "url_clicked"},
+                                    {"stylized_basic", "url_clicked"},
+                                    {"rating", "url_clicked"},
                                     {"simple_image_carousel", "image_clicked"}}) {
         suite()->remove("p1_" + std::string(key));
         const int before = context->performed();
@@ -109,7 +117,8 @@ TEST_F(PushTemplateTest, AButtonStoresItsURLAndOpensTheNotification) {
 
     // No way to open the app: the URL itself is opened. Text that is no URL is stored, and no more.
     context->able = false;
-    show(SampleTemplate::buttons(SampleTemplate::button("Buy", "https://shop.example/b"), SampleTemplate::button("No", "http://")));
+    show(SampleTemplate::buttons(SampleTemplate::button("Buy", "https://shop.example/b"),
+                                 SampleTemplate::button("No", "http://")));
     tap("button1");
     tap("button2");
     EXPECT_EQ(memory.application->opened().size(), 1U);
@@ -186,11 +195,19 @@ TEST_F(PushTemplateTest, ATimerDoesNotOutliveItsCarousel) {
     show(SampleTemplate::slides({}));
     EXPECT_EQ(named("slide1"), nullptr);
     // Hebrew turns its pages the other way round.
-    const auto shown = std::dynamic_pointer_cast<CarouselController>(show(SampleTemplate::slides({"a", "b", "c"}), "מבצע"));
+    const auto shown =
+        std::dynamic_pointer_cast<CarouselController>(show(SampleTemplate::slides({"a", "b", "c"}), "מבצע"));
     named("slide1")->swipe(platform::Swipe::right);
     settle();
     EXPECT_EQ(shown->currentItemIndex, 1U);
-    sdk->state()->currentPush = nullptr;
+}
+
+TEST_F(PushTemplateTest, EndsWithItsInstance) {
+    show(SampleTemplate::slides({"a", "b"}));
+    restart();
+    settle();
+    EXPECT_THAT(memory.views->shown(), IsEmpty());
+    EXPECT_EQ(memory.queues->timers(), 0U);
 }
 
 TEST_F(PushTemplateTest, PicturesComeWhenTheyComeAndMissingOnesLeaveNoHole) {
@@ -208,7 +225,8 @@ TEST_F(PushTemplateTest, PicturesComeWhenTheyComeAndMissingOnesLeaveNoHole) {
     EXPECT_EQ(memory.session->count(), count) << "and is at hand the next time";
     memory.session->hold(false);
 
-    for (const char* url : {"https://media.example/missing", "file:///etc/passwd", "http://", "nothing", "ftp://media.example/a"}) {
+    for (const char* url :
+         {"https://media.example/missing", "file:///etc/passwd", "http://", "nothing", "ftp://media.example/a"}) {
         const auto without = show(R"("urlImageString": ")" + std::string(url) + "\"");
         EXPECT_FALSE(named("image")->isVisible()) << url;
         EXPECT_EQ(label(without->titleLabel)->frame().y, 16) << url;

@@ -14,12 +14,13 @@ struct SampleTemplate {
     static PushTemplateBaseController::Notification push(const std::string& members, std::string title = "Winter sale",
                                                          std::string body = "Coats, scarves and boots.") {
         const std::string separator = members.empty() ? "" : ",";
-        Map aps = json::readMap(R"({"pushId": "p1", "url": "https://shop.example/sale")" + separator + members + "}").value();
+        Map aps =
+            json::readMap(R"({"pushId": "p1", "url": "https://shop.example/sale")" + separator + members + "}").value();
         return {std::move(title), "", std::move(body), Map{{"aps", std::move(aps)}}};
     }
     static std::string button(const std::string& label, const std::string& url) {
-        return R"({"id": "b", "label": ")" + label + R"(", "iconPath": "", "systemIcon": false, "clickAction": "open", "url": ")" +
-               url + R"("})";
+        return R"({"id": "b", "label": ")" + label +
+               R"(", "iconPath": "", "systemIcon": false, "clickAction": "open", "url": ")" + url + R"("})";
     }
     static std::string buttons(const std::string& first, const std::string& second) {
         return R"("actionButtons": {"button1": )" + first + R"(, "button2": )" + second + "}";

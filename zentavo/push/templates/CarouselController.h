@@ -19,7 +19,7 @@ public:
     explicit CarouselController(Setup setup) : PushTemplateBaseController(std::move(setup)) {}
     ~CarouselController() override;
 
-    std::shared_ptr<platform::View> contentView; ///< around the slides; the edge of what is seen of them
+    std::shared_ptr<platform::View> contentView;       ///< around the slides; the edge of what is seen of them
     std::shared_ptr<ZentavoImageView> currentItemView; ///< null without slides
     /// The next page turn; 0 while none is to come.
     platform::TimerId timer = 0;

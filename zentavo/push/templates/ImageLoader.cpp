@@ -29,8 +29,7 @@ ImageLoader::ImageLoader(std::shared_ptr<platform::Platform> system, std::shared
       queue_(system_->queues->make("zentavo.push.images", platform::QueueKind::concurrent)) {}
 
 void ImageLoader::download(const std::shared_ptr<platform::Platform>& system, const std::shared_ptr<DebugLog>& log,
-                           const URL& url, const std::shared_ptr<platform::DispatchQueue>& on,
-                           Completion completion) {
+                           const URL& url, const std::shared_ptr<platform::DispatchQueue>& on, Completion completion) {
     const auto images = system->userInterface()->images;
     auto request = std::make_shared<platform::URLRequest>(url);
     request->maximumAnswerBytes = maximumBytes;
@@ -58,9 +57,8 @@ void ImageLoader::load(const std::string& url, Completion completion) {
     const auto target = URL::parse(url);
     const Picture known = cache_.find(url);
     if (known || !target || !target->isHTTP()) {
-        mainQueue->async([known, completion = std::move(completion)] {
-            entryPoint("completion", [&] { completion(known); });
-        });
+        mainQueue->async(
+            [known, completion = std::move(completion)] { entryPoint("completion", [&] { completion(known); }); });
         return;
     }
     auto& waiting = waiting_[url];

@@ -124,9 +124,8 @@ PushTemplateBaseController::handleNotification(std::shared_ptr<platform::Notific
 PushTemplateBaseController::PushTemplateBaseController(Setup setup)
     : titleNoti(shortened(setup.notification.title)), subTitleNoti(shortened(setup.notification.subtitle)),
       bodyNoti(shortened(setup.notification.body)), data(std::move(setup.data)),
-      view(setup.userInterface->views->makeView()),
-      templateBigImage(std::make_shared<ZentavoImageView>(*setup.userInterface->views,
-                                                          loaderOf(*setup.facade->state()))),
+      view(setup.userInterface->views->makeView()), templateBigImage(std::make_shared<ZentavoImageView>(
+                                                        *setup.userInterface->views, loaderOf(*setup.facade->state()))),
       titleLabel(makeLabel(*setup.userInterface->views, *view, titleNoti, titleFont, titleLines, "zentavo.push.title")),
       subTitleLabel(makeLabel(*setup.userInterface->views, *view, subTitleNoti, subtitleFont, subtitleLines,
                               "zentavo.push.subtitle")),
@@ -139,7 +138,12 @@ PushTemplateBaseController::PushTemplateBaseController(Setup setup)
       loader_(loaderOf(*setup.facade->state())),
       rightToLeft_(zentavo::isRightToLeft(titleNoti.empty() ? bodyNoti : titleNoti)) {}
 
-PushTemplateBaseController::~PushTemplateBaseController() = default;
+PushTemplateBaseController::~PushTemplateBaseController() {
+    if (shown_) {
+        views().setOnChange(nullptr);
+        view->removeFromSuperview();
+    }
+}
 
 bool PushTemplateBaseController::show() {
     const auto living = facade();
@@ -159,7 +163,8 @@ bool PushTemplateBaseController::show() {
         label->view->setCornerRadius(10);
         label->view->setHidden(found == nullptr);
         label->setText(found != nullptr ? shortened(found->label) : "", buttonFont, 1);
-        label->view->setOnTap(whileLiving(*this, [tag](const PushTemplateBaseController& self) { self.handleTap(tag); }));
+        label->view->setOnTap(
+            whileLiving(*this, [tag](const PushTemplateBaseController& self) { self.handleTap(tag); }));
         stackView->addSubview(label->view);
     }
     build();

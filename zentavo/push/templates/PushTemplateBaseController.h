@@ -20,7 +20,7 @@ struct TemplatePalette;
 
 /// The rich view of one push in a content extension's window, and the base of the five that there are. What the user
 /// chooses in it is stored for the app, which reads it when the notification opens it. Main queue only, its destruction
-/// included. Held by `std::shared_ptr`, on screen by its instance of the SDK.
+/// included, which takes down what is still up. Held by `std::shared_ptr`, on screen by its instance of the SDK.
 class ZENTAVO_EXPORT PushTemplateBaseController : public std::enable_shared_from_this<PushTemplateBaseController> {
 public:
     /// A notification as the extension was given it.

@@ -10,8 +10,8 @@ namespace {
 using platform::Rect;
 using platform::Size;
 
-constexpr double gap = 4;          // between texts
-constexpr double sectionGap = 12;  // between texts, icons and buttons
+constexpr double gap = 4;         // between texts
+constexpr double sectionGap = 12; // between texts, icons and buttons
 constexpr double buttonGap = 8;
 constexpr double thumbnail = 88;
 constexpr double leastPicture = 80;
@@ -99,7 +99,7 @@ PushFrames column(const PushParts& parts, double inset, double dots) {
     const double extra = length(parts.extra);
     double y = 0;
     if (hasPicture(parts)) {
-        const double rest = inset + dots + (texts > 0 ? sectionGap + texts : 0) +
+        const double rest = inset + dots + (texts > 0 ? (dots > 0 ? gap : sectionGap) + texts : 0) +
                             (extra > 0 ? sectionGap + extra : 0) + below(parts, width);
         const double across = std::max(1.0, width - 2 * inset);
         const double natural = pictureHeight(parts.picture, across, std::round(across / 3), across);
@@ -184,15 +184,16 @@ std::vector<Rect> ratingRow(double width, double height, std::size_t count, bool
         return row;
     }
     const auto icons = static_cast<double>(count);
-    const double side = std::max(1.0, std::min(length(height), std::floor((length(width) - (icons - 1) * gap) / icons)));
+    const double side =
+        std::max(1.0, std::min(length(height), std::floor((length(width) - (icons - 1) * gap) / icons)));
     // Few icons stand apart as far as a finger is wide.
     const double space = count > 1 ? std::min(12.0, std::floor((length(width) - icons * side) / (icons - 1))) : 0;
     const double all = icons * side + (icons - 1) * space;
     const double left = std::floor((length(width) - all) / 2);
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t place = rightToLeft ? count - 1 - i : i;
-        row.push_back({left + static_cast<double>(place) * (side + space), std::floor((length(height) - side) / 2), side,
-                       side});
+        row.push_back(
+            {left + static_cast<double>(place) * (side + space), std::floor((length(height) - side) / 2), side, side});
     }
     return row;
 }

@@ -25,9 +25,9 @@ struct PushParts {
     double title = 0;       ///< heights of the texts, measured for `pushTextWidth`
     double subtitle = 0;
     double body = 0;
-    double extra = 0;         ///< height of what stands below the texts: rating icons
-    std::size_t buttons = 0;  ///< 0 to 2
-    double widestButton = 0;  ///< the width that the longer of their labels asks for
+    double extra = 0;        ///< height of what stands below the texts: rating icons
+    std::size_t buttons = 0; ///< 0 to 2
+    double widestButton = 0; ///< the width that the longer of their labels asks for
     bool rightToLeft = false;
 };
 

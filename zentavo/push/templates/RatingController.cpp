@@ -76,8 +76,8 @@ void RatingController::place(const layout::PushFrames& frames) {
         icons_[i].view->setFrame(frame);
         icons_[i].selected->setFrame(inside);
         icons_[i].unselected->setFrame(inside);
-        const platform::Font font{frame.width * 0.85, platform::FontWeight::regular};
-        const double height = std::min(frame.height * 1.4, views().textSize("★", font, frame.width * 2, 1).height);
+        const platform::Font font{frame.width * 1.1, platform::FontWeight::regular};
+        const double height = std::min(frame.height * 1.6, views().textSize("★", font, frame.width * 2, 1).height);
         icons_[i].star->setFont(font);
         icons_[i].star->setFrame({0, (frame.height - height) / 2, frame.width, height});
     }

@@ -39,15 +39,15 @@ TemplatePalette TemplatePalette::of(Appearance appearance, std::string_view back
     }
     if (appearance == Appearance::dark) {
         return {.card = asked.value_or(rgb(0x1c1c1e)),
-                             .title = rgb(0xffffff),
-                             .text = rgb(0xffffff, asked ? 0.9 : 0.78),
-                             .placeholder = rgb(0xffffff, 0.10),
-                             .button = rgb(0xffffff, 0.14),
-                             .buttonLabel = rgb(0xffffff),
-                             .dot = rgb(0xffffff, 0.30),
-                             .currentDot = rgb(0xffffff),
-                             .chosenStar = rgb(0xffc43d),
-                             .star = rgb(0xffffff, 0.35)};
+                .title = rgb(0xffffff),
+                .text = rgb(0xffffff, asked ? 0.9 : 0.78),
+                .placeholder = rgb(0xffffff, 0.10),
+                .button = rgb(0xffffff, 0.14),
+                .buttonLabel = rgb(0xffffff),
+                .dot = rgb(0xffffff, 0.30),
+                .currentDot = rgb(0xffffff),
+                .chosenStar = rgb(0xffc43d),
+                .star = rgb(0xffffff, 0.35)};
     }
     // On a colour of the sender's there is no contrast to give away.
     const std::uint32_t ink = asked ? 0x000000 : 0x111114;

@@ -14,8 +14,8 @@ struct Range {
 
 /// Hebrew, Arabic, Syriac, Thaana, N'Ko and their neighbours, the forms for presentation, and the scripts of the first
 /// supplementary plane that run this way.
-constexpr Range rightToLeft[] = {{0x0590, 0x08FF}, {0xFB1D, 0xFDFF}, {0xFE70, 0xFEFC}, {0x10800, 0x10FFF},
-                                 {0x1E800, 0x1EFFF}, {0x200F, 0x200F}};
+constexpr Range rightToLeft[] = {{0x0590, 0x08FF},   {0xFB1D, 0xFDFF},   {0xFE70, 0xFEFC},
+                                 {0x10800, 0x10FFF}, {0x1E800, 0x1EFFF}, {0x200F, 0x200F}};
 /// Digits and marks among them that say nothing about direction.
 constexpr Range neutral[] = {{0x0600, 0x0607}, {0x060C, 0x060C}, {0x0660, 0x0669}, {0x06F0, 0x06F9}};
 

@@ -37,7 +37,8 @@ layout::PushFrames TextOverlayController::arrange(const layout::PushParts& parts
 void TextOverlayController::place(const layout::PushFrames& frames) {
     const auto edge = [&](int i) { return std::round(frames.scrim.y + frames.scrim.height * i / strips); };
     for (int i = 0; i < strips; ++i) {
-        scrim_[static_cast<std::size_t>(i)]->setFrame({frames.scrim.x, edge(i), frames.scrim.width, edge(i + 1) - edge(i)});
+        scrim_[static_cast<std::size_t>(i)]->setFrame(
+            {frames.scrim.x, edge(i), frames.scrim.width, edge(i + 1) - edge(i)});
     }
     paint(TemplatePalette::of(views().appearance(), data.backgroundColor.value_or("")));
 }
