@@ -8,7 +8,7 @@
 namespace zentavo::bench {
 
 /// A push for each rich template, of the size that shops send.
-inline PushTemplateBaseController::Notification push(const std::string& name) {
+inline platform::Notification push(const std::string& name) {
     std::string aps = R"({"pushId": "p1", "template": ")" + name + R"(", "url": "https://shop.example/sale",
         "urlImageString": "https://media.example/coat.png",
         "actionButtons": {
@@ -24,10 +24,12 @@ inline PushTemplateBaseController::Notification push(const std::string& name) {
                R"(.png", "action": "open", "url": "https://shop.example/"})";
     }
     aps += "]}}";
-    return {"Twenty per cent off everything that is warm, from coats to boots and blankets", "Outdoor",
-            "Only until Sunday: coats, scarves and boots. Your size is still there, and what does not fit comes back "
-            "for free.",
-            Map{{"aps", json::readMap(aps).value()}}};
+    platform::NotificationContent content;
+    content.title = "Twenty per cent off everything that is warm, from coats to boots and blankets";
+    content.subtitle = "Outdoor";
+    content.body = "Only until Sunday: coats, scarves and boots. Your size is still there.";
+    content.userInfo = Map{{"aps", json::readMap(aps).value()}};
+    return {{"n1", std::move(content)}};
 }
 
 inline constexpr const char* templates[] = {"stylized_basic", "small_image", "text_overlay", "rating",

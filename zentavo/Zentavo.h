@@ -8,4 +8,6 @@
 #include "zentavo/inapp/DeliveryTrace.h"
 #include "zentavo/inbox/AppInbox.h"
 #include "zentavo/inbox/SocketIOManager.h"
+#include "zentavo/push/ZentavoNotificationService.h"
+#include "zentavo/push/ZentavoUNUserNotificationCenter.h"
 #include "zentavo/tracking/CDPEvent.h"

@@ -1,7 +1,9 @@
 #include "ports/linux/DetachedUserInterface.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "ports/linux/WorkerQueue.h"
 
@@ -23,8 +25,39 @@ public:
         worker_.async([completion = std::move(completion)] { completion(false, "no user interface is attached"); });
     }
 
+    void setDelegate(std::weak_ptr<platform::UserNotificationDelegate>) override {} // there is nothing to tell it
+    void add(platform::NotificationRequest, std::function<void(std::optional<std::string>)> completion) override {
+        if (completion) {
+            worker_.async([completion = std::move(completion)] { completion("no user interface is attached"); });
+        }
+    }
+    void delivered(std::function<void(std::vector<platform::Notification>)> completion) override {
+        worker_.async([completion = std::move(completion)] { completion({}); });
+    }
+    void removeDelivered(std::vector<std::string>) override {}
+
+    // Kept all the same: a service extension has no user interface and makes a category known.
+    void addCategory(platform::NotificationCategory category) override {
+        MutexLock lock(mutex_);
+        const bool known = std::any_of(categories_.begin(), categories_.end(),
+                                       [&](const auto& other) { return other.identifier == category.identifier; });
+        if (!known) {
+            categories_.push_back(std::move(category));
+        }
+    }
+    void categories(std::function<void(std::vector<platform::NotificationCategory>)> completion) override {
+        MutexLock lock(mutex_);
+        auto known = categories_;
+        lock.unlock();
+        worker_.async([known = std::move(known), completion = std::move(completion)] { completion(known); });
+    }
+
+    void setBadgeCount(std::int64_t) override {}
+
 private:
     WorkerThread& worker_;
+    Mutex mutex_;
+    std::vector<platform::NotificationCategory> categories_ ZENTAVO_GUARDED_BY(mutex_);
 };
 
 class DetachedApplication final : public platform::Application {

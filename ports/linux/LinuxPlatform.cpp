@@ -17,6 +17,7 @@
 #include "ports/linux/LinuxRandom.h"
 #include "ports/linux/OpenSslKeyServices.h"
 #include "ports/linux/PlistBundles.h"
+#include "ports/linux/PosixAttachmentFiles.h"
 #include "ports/linux/ProcessThreads.h"
 #include "ports/linux/SqlitePreferencesProvider.h"
 #include "ports/linux/StdoutConsole.h"
@@ -73,6 +74,7 @@ std::shared_ptr<platform::Platform> makeLinuxPlatform(LinuxOptions options) {
     result->random = std::make_shared<LinuxRandom>();
     result->calendar = std::make_shared<IcuCalendar>("", "", log);
     result->keyServices = std::make_shared<OpenSslKeyServices>();
+    result->attachmentFiles = std::make_shared<PosixAttachmentFiles>();
     result->systemLog = log;
     result->console = std::make_shared<StdoutConsole>();
     return result;

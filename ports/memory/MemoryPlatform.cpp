@@ -12,6 +12,7 @@ MemoryPlatform::MemoryPlatform(const std::string& identifier, std::shared_ptr<Me
       bundles(std::make_shared<MemoryBundles>("/memory/Main.app", identifier)),
       device(std::make_shared<MemoryDevice>()), random(std::make_shared<SeededRandom>(1)),
       calendar(std::make_shared<FixedZoneCalendar>()), keyServices(std::make_shared<MemoryKeyServices>()),
+      attachmentFiles(std::make_shared<MemoryAttachmentFiles>()),
       userNotifications(std::make_shared<MemoryUserNotifications>(queues->mainQueue())),
       application(std::make_shared<MemoryApplication>()), views(std::make_shared<MemoryViews>(queues->mainQueue())),
       webViews(std::make_shared<MemoryWebViews>(queues->mainQueue())), images(std::make_shared<MemoryImages>()),
@@ -26,6 +27,7 @@ MemoryPlatform::MemoryPlatform(const std::string& identifier, std::shared_ptr<Me
     platform_->random = random;
     platform_->calendar = calendar;
     platform_->keyServices = keyServices;
+    platform_->attachmentFiles = attachmentFiles;
     platform_->systemLog = systemLog;
     platform_->console = console;
 }

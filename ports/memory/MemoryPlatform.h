@@ -7,6 +7,7 @@
 #include "ports/memory/ManualClock.h"
 #include "ports/memory/ManualQueues.h"
 #include "ports/memory/MemoryApplication.h"
+#include "ports/memory/MemoryAttachmentFiles.h"
 #include "ports/memory/MemoryBundles.h"
 #include "ports/memory/MemoryDevice.h"
 #include "ports/memory/MemoryImages.h"
@@ -54,6 +55,7 @@ struct ZENTAVO_EXPORT MemoryPlatform {
     const std::shared_ptr<SeededRandom> random;
     const std::shared_ptr<FixedZoneCalendar> calendar;
     const std::shared_ptr<MemoryKeyServices> keyServices;
+    const std::shared_ptr<MemoryAttachmentFiles> attachmentFiles;
     const std::shared_ptr<MemoryUserNotifications> userNotifications;
     const std::shared_ptr<MemoryApplication> application;
     /// Not attached at first: a program starts without a toolkit.

@@ -87,7 +87,7 @@ protected:
         });
         settle(window);
     }
-    std::shared_ptr<Base> show(const Base::Notification& push, const std::string& name) {
+    std::shared_ptr<Base> show(const platform::Notification& push, const std::string& name) {
         auto shown = Base::handleNotification(context, push);
         EXPECT_NE(shown, nullptr);
         arrive();
@@ -121,7 +121,7 @@ protected:
 
 TEST_F(PushTemplatesTest, StyleBasic) {
     auto push = SampleTemplate::push(big("bars.png") + "," + twoButtons("Shop now", "Remind me later"), longTitle, longBody);
-    push.subtitle = "Zentavo outdoor";
+    push.request.content.subtitle = "Zentavo outdoor";
     const auto shown = show(push, "basic-bars");
     EXPECT_EQ(pixel(10, 10), redPixel);
     EXPECT_EQ(pixel(170, 179), redPixel);
@@ -135,7 +135,7 @@ TEST_F(PushTemplatesTest, StyleBasic) {
     const auto suite = memory.preferences->suite("group.com.example.host.zentavo");
     EXPECT_EQ(suite->string("p1_url_clicked"), "https://shop.example/1");
 
-    push.userInfo = SampleTemplate::push(big("wide.png") + "," + twoButtons("Shop now", "Remind me later")).userInfo;
+    push.request.content.userInfo = SampleTemplate::push(big("wide.png") + "," + twoButtons("Shop now", "Remind me later")).request.content.userInfo;
     show(push, "basic");
     dark(true);
     arrive();

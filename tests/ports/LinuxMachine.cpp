@@ -4,6 +4,7 @@
 #include "ports/linux/LinuxRandom.h"
 #include "ports/linux/OpenSslKeyServices.h"
 #include "ports/linux/PlistBundles.h"
+#include "ports/linux/PosixAttachmentFiles.h"
 #include "ports/linux/SqlitePreferencesProvider.h"
 #include "tests/ports/Machine.h"
 #include "tests/ports/TemporaryFolder.h"
@@ -60,6 +61,9 @@ public:
     }
     std::shared_ptr<platform::Clock> clock() override { return std::make_shared<LinuxClock>(); }
     std::shared_ptr<platform::Random> random() override { return std::make_shared<LinuxRandom>(); }
+    std::shared_ptr<platform::AttachmentFiles> attachmentFiles() override {
+        return std::make_shared<PosixAttachmentFiles>();
+    }
 
     std::shared_ptr<platform::Calendar> calendar(std::chrono::weekday firstWeekday) override {
         return calendar(firstWeekday == std::chrono::Monday ? "en-GB" : "en-US", "Etc/GMT-2");

@@ -29,7 +29,7 @@ TEST_F(LinuxPlatformTest, HasEveryAnswerAndStartsAndWritesNothing) {
     const auto before = threads();
     const auto made = makeLinuxPlatform({.dataFolder = folder / "data", .mainBundle = {}});
     EXPECT_TRUE(made->preferences && made->bundles && made->device && made->urlSession && made->queues && made->clock &&
-                made->random && made->calendar && made->systemLog && made->console);
+                made->random && made->calendar && made->attachmentFiles && made->systemLog && made->console);
     const auto interface = made->userInterface();
     EXPECT_TRUE(interface->mainQueue && interface->userNotifications && interface->application);
     EXPECT_EQ(threads(), before);
@@ -55,6 +55,18 @@ TEST_F(LinuxPlatformTest, WithoutAUserInterfaceNobodyIsAskedAndTheMainQueueIsThe
     EXPECT_EQ(status.get_future().get(), platform::AuthorizationStatus::notDetermined);
     EXPECT_FALSE(granted.get_future().get());
     EXPECT_TRUE(onMain.get_future().get());
+
+    // A service extension is such a host, and makes a kind of notification known.
+    auto& notifications = *interface->userNotifications;
+    notifications.addCategory({"orders", {{"track", "Track"}}});
+    notifications.addCategory({"orders", {}});
+    std::promise<std::vector<platform::NotificationCategory>> known;
+    std::promise<bool> shown;
+    notifications.categories([&](auto categories) { known.set_value(std::move(categories)); });
+    notifications.add({}, [&](const auto& error) { shown.set_value(!error); });
+    const platform::NotificationCategory first{"orders", {{"track", "Track"}}};
+    EXPECT_EQ(known.get_future().get(), std::vector{first});
+    EXPECT_FALSE(shown.get_future().get());
 }
 
 } // namespace

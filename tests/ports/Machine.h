@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "ports/memory/RecordingSystemLog.h"
+#include "zentavo/platform/AttachmentFiles.h"
 #include "zentavo/platform/Bundle.h"
 #include "zentavo/platform/Calendar.h"
 #include "zentavo/platform/Clock.h"
@@ -42,6 +43,7 @@ public:
     virtual std::shared_ptr<platform::Device> device(const std::string& vendor) = 0;
     virtual std::shared_ptr<platform::Clock> clock() = 0;
     virtual std::shared_ptr<platform::Random> random() = 0;
+    virtual std::shared_ptr<platform::AttachmentFiles> attachmentFiles() = 0;
 
     /// A Gregorian calendar two hours east of UTC.
     virtual std::shared_ptr<platform::Calendar> calendar(std::chrono::weekday firstWeekday) = 0;

@@ -1,5 +1,6 @@
 #include "ports/memory/FixedZoneCalendar.h"
 #include "ports/memory/ManualClock.h"
+#include "ports/memory/MemoryAttachmentFiles.h"
 #include "ports/memory/MemoryBundles.h"
 #include "ports/memory/MemoryDevice.h"
 #include "ports/memory/MemoryPreferencesProvider.h"
@@ -47,6 +48,9 @@ public:
     }
     std::shared_ptr<platform::Clock> clock() override { return std::make_shared<ManualClock>(); }
     std::shared_ptr<platform::Random> random() override { return std::make_shared<SeededRandom>(1); }
+    std::shared_ptr<platform::AttachmentFiles> attachmentFiles() override {
+        return std::make_shared<MemoryAttachmentFiles>();
+    }
 
     std::shared_ptr<platform::Calendar> calendar(std::chrono::weekday firstWeekday) override {
         return std::make_shared<FixedZoneCalendar>(std::chrono::hours(2), firstWeekday);

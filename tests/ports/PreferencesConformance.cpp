@@ -62,6 +62,14 @@ TEST_P(PreferencesConformance, CoercesAsHostsKnowIt) {
     EXPECT_EQ(suite->number("flag"), 1);
     EXPECT_EQ(suite->number("list"), 0);
     EXPECT_EQ(suite->number("nothing"), 0);
+
+    EXPECT_EQ(suite->integer("text"), 7);
+    EXPECT_EQ(suite->integer("flag"), 1);
+    EXPECT_EQ(suite->integer("list"), 0);
+    suite->set("most", std::numeric_limits<std::int64_t>::max() - 1);
+    EXPECT_EQ(suite->integer("most"), std::numeric_limits<std::int64_t>::max() - 1) << "no detour over doubles";
+    suite->set("beyond", -1e300);
+    EXPECT_EQ(suite->integer("beyond"), std::numeric_limits<std::int64_t>::min());
     EXPECT_EQ(suite->map("list"), std::nullopt);
 }
 

@@ -87,7 +87,9 @@ TEST_F(PushTemplateTest, TheNameChoosesTheTemplate) {
     EXPECT_FALSE(broken->isContainActionButton);
     EXPECT_EQ(broken->templateBigImage->state(), ZentavoImageView::State::shown);
 
-    EXPECT_EQ(Base::handleNotification(context, {"t", "", "b", Map{{"aps", "text"}}}), nullptr);
+    auto without = SampleTemplate::push("");
+    without.request.content.userInfo = Map{{"aps", "text"}};
+    EXPECT_EQ(Base::handleNotification(context, without), nullptr);
     memory.views->setWindow(false);
     EXPECT_EQ(show(""), nullptr);
     memory.attachViews(false);

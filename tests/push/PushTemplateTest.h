@@ -11,12 +11,16 @@ namespace zentavo {
 /// Pushes as a shop sends them.
 struct SampleTemplate {
     /// `members` are added to the payload of a push with the texts of `title` and `body`; JSON without the braces.
-    static PushTemplateBaseController::Notification push(const std::string& members, std::string title = "Winter sale",
+    static platform::Notification push(const std::string& members, std::string title = "Winter sale",
                                                          std::string body = "Coats, scarves and boots.") {
         const std::string separator = members.empty() ? "" : ",";
         Map aps =
             json::readMap(R"({"pushId": "p1", "url": "https://shop.example/sale")" + separator + members + "}").value();
-        return {std::move(title), "", std::move(body), Map{{"aps", std::move(aps)}}};
+        platform::NotificationContent content;
+        content.title = std::move(title);
+        content.body = std::move(body);
+        content.userInfo = Map{{"aps", std::move(aps)}};
+        return {{"n1", std::move(content)}};
     }
     static std::string button(const std::string& label, const std::string& url) {
         return R"({"id": "b", "label": ")" + label +

@@ -5,6 +5,7 @@
 #include "zentavo/foundation/Export.h"
 #include "zentavo/foundation/Mutex.h"
 #include "zentavo/platform/Application.h"
+#include "zentavo/platform/AttachmentFiles.h"
 #include "zentavo/platform/Bundle.h"
 #include "zentavo/platform/Calendar.h"
 #include "zentavo/platform/Clock.h"
@@ -53,6 +54,7 @@ public:
     std::shared_ptr<Random> random;
     std::shared_ptr<Calendar> calendar;
     std::shared_ptr<KeyServices> keyServices;
+    std::shared_ptr<AttachmentFiles> attachmentFiles;
     std::shared_ptr<SystemLog> systemLog;
     std::shared_ptr<Console> console;
 

@@ -80,14 +80,14 @@ const ActionButtons::Button* button(const NotificationProperties& data, int tag)
 
 std::shared_ptr<PushTemplateBaseController>
 PushTemplateBaseController::handleNotification(std::shared_ptr<platform::NotificationExtensionContext> withController,
-                                               const Notification& withNotification) {
+                                               const platform::Notification& withNotification) {
     return entryPoint(
         "handleNotification",
         [&]() -> std::shared_ptr<PushTemplateBaseController> {
             const auto sdk = Zentavo::shared();
             Zentavo::State& state = *sdk->state();
             const auto userInterface = state.platform->userInterface();
-            const Value* entry = withNotification.userInfo.find("aps");
+            const Value* entry = withNotification.request.content.userInfo.find("aps");
             const Map* aps = entry != nullptr ? entry->asMap() : nullptr;
             if (aps == nullptr || !userInterface->views) {
                 state.log->write(aps == nullptr ? "Push template: the notification has no payload"
@@ -103,7 +103,8 @@ PushTemplateBaseController::handleNotification(std::shared_ptr<platform::Notific
                 data.urlImageString = textUnder(*aps, "urlImageString");
             }
             const std::string name = data.template_.value_or("");
-            Setup setup{sdk, userInterface, std::move(withController), withNotification, std::move(data)};
+            Setup setup{sdk, userInterface, std::move(withController), withNotification.request.content,
+                        std::move(data)};
             std::shared_ptr<PushTemplateBaseController> made;
             if (name == PushTemplate::rating) {
                 made = std::make_shared<RatingController>(std::move(setup));

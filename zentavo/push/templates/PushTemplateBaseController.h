@@ -4,6 +4,7 @@
 #include <string>
 
 #include "zentavo/core/Zentavo.h"
+#include "zentavo/platform/Notification.h"
 #include "zentavo/platform/NotificationExtensionContext.h"
 #include "zentavo/push/NotificationProperties.h"
 #include "zentavo/push/templates/UIPaddingLabel.h"
@@ -23,21 +24,13 @@ struct TemplatePalette;
 /// included, which takes down what is still up. Held by `std::shared_ptr`, on screen by its instance of the SDK.
 class ZENTAVO_EXPORT PushTemplateBaseController : public std::enable_shared_from_this<PushTemplateBaseController> {
 public:
-    /// A notification as the extension was given it.
-    struct Notification {
-        std::string title;
-        std::string subtitle;
-        std::string body;
-        Map userInfo; ///< the payload is under "aps"
-    };
-
     /// Shows `withNotification` in the window that is attached to the shared instance, in place of the one shown before.
     /// `withController` is what the extension can ask for; without it a choice opens its URL directly. Null, and a line in
     /// the log, where there is no "aps" or no window. A payload that does not decode shows with its texts and picture
     /// alone.
     static std::shared_ptr<PushTemplateBaseController>
     handleNotification(std::shared_ptr<platform::NotificationExtensionContext> withController,
-                       const Notification& withNotification);
+                       const platform::Notification& withNotification);
 
     virtual ~PushTemplateBaseController();
     PushTemplateBaseController(const PushTemplateBaseController&) = delete;
@@ -70,7 +63,7 @@ protected:
         std::shared_ptr<Zentavo> facade;
         std::shared_ptr<const platform::UserInterface> userInterface;
         std::shared_ptr<platform::NotificationExtensionContext> context;
-        Notification notification;
+        platform::NotificationContent notification;
         NotificationProperties data;
     };
     explicit PushTemplateBaseController(Setup setup);

@@ -1,0 +1,127 @@
+#include "tools/push-lint/PushLint.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/push/SamplePush.h"
+
+namespace zentavo::tools {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+PushReport lint(const Map& aps) { return lintPush(json::write(Map{{"aps", aps}}).value()); }
+
+TEST(PushLint, AGoodPushSaysWhatWillHappen) {
+    const auto report = lint(fullPayload());
+    EXPECT_THAT(report.failures, IsEmpty());
+    EXPECT_THAT(report.warnings, IsEmpty());
+    EXPECT_THAT(
+        report.facts,
+        ElementsAre(
+            "Sound: \"bell.wav\", where the system knows it.", "Badge: goes up by 2.",
+            "Image: https://media.shop.example/coat.jpg, attached when it is there within 25 seconds and has 10 "
+            "MiB at most.",
+            "Category: \"ZentavoNotificationContent\" stays.", "Template: rating.",
+            "A click is tracked at https://track.shop.example/c/p1.",
+            "A click sends the event submit_rating with the rating that was chosen, or 0.",
+            "A click opens the element that was tapped in the template, else https://shop.example/sale.",
+            "Button 1 \"Buy\" opens https://shop.example/buy.", "Button 2 \"Later\" opens https://shop.example/later.",
+            "The app is told (onNotificationPressed) with the additional data."));
+}
+
+TEST(PushLint, WhatCannotBeReadFailsWithThePlace) {
+    EXPECT_THAT(lintPush("{").failures, ElementsAre(StartsWith("no JSON object: ")));
+    EXPECT_THAT(lintPush("[]").failures, ElementsAre(StartsWith("no JSON object: ")));
+    EXPECT_THAT(lintPush("{}").failures, ElementsAre(StartsWith("no map \"aps\"")));
+    EXPECT_THAT(lintPush(R"({"pushId":"p1"})").failures, Contains(HasSubstr("inside \"aps\"")));
+    Map push = fullPayload();
+    at(push, "actionButtons.button2").remove("clickAction");
+    const auto report = lint(push);
+    EXPECT_THAT(report.failures, Contains("actionButtons.button2.clickAction: expected text, found nothing"));
+    EXPECT_THAT(report.facts, IsEmpty());
+}
+
+TEST(PushLint, UnknownFieldsAreNamedWhereverTheyAreAlsoInAPushThatFails) {
+    Map push = fullPayload();
+    push.set("alert", Map{{"title", "Sale"}}); // the system's own
+    push.set("colour", "red");
+    at(push, "badge").set("Value", 3);
+    at(push, "actionButtons").set("button3", Map());
+    at(push, "imageCarouselSettings.slides[1]").set("caption", "b");
+    at(push, "additionalData").set("anything", "goes");
+    push.set("line\nbreak", 1);
+    const auto named = [](const char* path) {
+        return HasSubstr("\"" + std::string(path) + "\" is not a field that the SDK reads");
+    };
+    EXPECT_THAT(lint(push).warnings,
+                ElementsAre(named("badge.Value"), named("actionButtons.button3"),
+                            named("imageCarouselSettings.slides[1].caption"), named("colour"), named("line break")));
+    push.remove("pushId");
+    const auto failing = lint(push);
+    EXPECT_THAT(failing.warnings, Contains(named("badge.Value")));
+    EXPECT_THAT(failing.failures, Contains(HasSubstr("pushId")));
+}
+
+TEST(PushLint, WhatHasLessEffectThanItSeemsIsWarnedOf) {
+    const struct {
+        const char* place;
+        const char* key;
+        Value value; ///< null takes the member away
+        const char* warning;
+    } cases[] = {
+        {"", "mutable-content", nullptr, "\"mutable-content\" is not 1"},
+        {"", "urlImageString", "coat.jpg", "without an image"},
+        {"badge", "type", "add", "not one of increase, set_to, do_not_set"},
+        {"", "category", "orders", "is not that of the content extension"},
+        {"", "ratingSettings", nullptr, "nothing to rate with"},
+        {"ratingSettings", "scale", 0, "no icon is shown"},
+        {"", "template", "simple_image", "is drawn as the basic one"},
+        {"", "trackingClickUrl", "http://", "a click is not tracked"},
+        {"", "leadSourceId", nullptr, "carries \"123\""},
+        {"", "url", nullptr, "no \"url\""},
+        {"", "url", "http://", "\"url\" is no URL"},
+        {"actionButtons.button2", "id", "buy", "both buttons have the id"},
+        {"actionButtons.button2", "url", "http://", "\"actionButtons.button2.url\" is no URL"},
+        {"additionalData", "size", std::string(5000, '4'), "push services refuse more than 4096"},
+    };
+    for (const auto& test : cases) {
+        Map push = fullPayload();
+        if (test.value.isNull()) {
+            at(push, test.place).remove(test.key);
+        } else {
+            at(push, test.place).set(test.key, test.value);
+        }
+        const auto report = lint(push);
+        EXPECT_THAT(report.failures, IsEmpty()) << test.key;
+        EXPECT_THAT(report.warnings, ElementsAre(HasSubstr(test.warning))) << test.key;
+    }
+}
+
+TEST(PushLint, EachTemplateAndWhatItsClickOpens) {
+    for (const auto& [name, layout, chosen] :
+         {std::tuple("simple_image_carousel", "carousel with 2 slides", "the slide"),
+          std::tuple("small_image", "small image", "the element"),
+          std::tuple("stylized_basic", "stylised basic", "the element"),
+          std::tuple("basic_notification", "stylised basic", "the element"),
+          std::tuple("text_overlay", "text over an image", ""), std::tuple("", "stylised basic", "")}) {
+        Map push = fullPayload();
+        push.set("template", name);
+        const auto facts = lint(push).facts;
+        EXPECT_THAT(facts, Contains(std::string("Template: ") + layout + ".")) << name;
+        EXPECT_THAT(facts, Contains("A click opens " +
+                                    (*chosen != '\0' ? std::string(chosen) + " that was tapped in the template, else "
+                                                     : std::string()) +
+                                    "https://shop.example/sale."))
+            << name;
+    }
+}
+
+} // namespace
+} // namespace zentavo::tools
