@@ -1,5 +1,5 @@
-// Reading the payload of a push: from the text that arrives, from the user info that a notification carries, and the bare
-// decoding; beside the JSON parser's own tree of the same bytes.
+// Reading the payload of a push: from the text that arrives, from the user info that a notification carries, and the
+// bare decoding; beside the JSON parser's own tree of the same bytes.
 
 #include <cstdlib>
 

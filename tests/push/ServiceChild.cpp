@@ -1,9 +1,9 @@
-// A notification-service extension as a process of its own, for ServiceProcessTest.
+// A notification-service extension as a process of its own, for ExtensionProcessTest.
 //
 //   push_service_child DATA_FOLDER ROUNDS APS
 //
-// Rewrites ROUNDS pushes with the payload APS on the real Linux port; prints the badge and the attachments' paths of each,
-// and at the end the libraries that the process has loaded.
+// Rewrites ROUNDS pushes with the payload APS on the real Linux port; prints the badge and the attachments' paths of
+// each, and at the end the libraries that the process has loaded.
 
 #include <cstdlib>
 #include <fstream>

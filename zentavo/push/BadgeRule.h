@@ -16,9 +16,10 @@ struct BadgeOutcome {
     friend bool operator==(const BadgeOutcome&, const BadgeOutcome&) = default;
 };
 
-/// Applies the map "badge" of a payload to the stored number, if there is one. "increase" adds. "set_to" goes up by one at
-/// most, however large its value: pushes that arrive late or twice then do not make the number jump. "do_not_set" clears
-/// it. Unlike the record `Badge`, the map is read leniently: a rule that lacks something leaves the stored number on show.
+/// Applies the map "badge" of a payload to the stored number, if there is one. "increase" adds. "set_to" goes up by one
+/// at most, however large its value: pushes that arrive late or twice then do not make the number jump. "do_not_set"
+/// clears it. Unlike the record `Badge`, the map is read leniently: a rule that lacks something leaves the stored
+/// number on show.
 BadgeOutcome applyBadgeRule(const std::optional<Value>& stored, const Map& rule);
 
 } // namespace zentavo

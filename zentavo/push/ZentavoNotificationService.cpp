@@ -125,8 +125,8 @@ void ZentavoNotificationService::applyBadge(Rewriting& rewriting, const Map& rul
     // The extension's own store: the app knows nothing of the count.
     const auto store = sdk_->state()->platform->preferences->standard();
     const std::string& key = sdk_->state()->keys.badge;
-    // In one step, so that of two pushes at once both count. Where another process keeps the store busy, the step is made
-    // later, and what is shown now is reckoned from what can be read.
+    // In one step, so that of two pushes at once both count. Where another process keeps the store busy, the step is
+    // made later, and what is shown now is reckoned from what can be read.
     const auto outcome = std::make_shared<Atomic<BadgeOutcome>>(applyBadgeRule(store->object(key), rule));
     store->update(key, [outcome, rule](const std::optional<Value>& stored) {
         const BadgeOutcome result = applyBadgeRule(stored, rule);

@@ -11,11 +11,11 @@
 namespace zentavo {
 
 /// What a host's notification-service extension is made of: supplies a sound, makes the kind of notification known that
-/// the content extension draws, keeps the number on the app's icon, and attaches the push's picture. Needs no toolkit and
-/// no activation.
+/// the content extension draws, keeps the number on the app's icon, and attaches the push's picture. Needs no toolkit
+/// and no activation.
 ///
-/// `didReceive` waits while the picture is fetched (10 MiB and 25 seconds at most). Whatever goes wrong with the picture,
-/// the notification is shown without it.
+/// `didReceive` waits while the picture is fetched (10 MiB and 25 seconds at most). Whatever goes wrong with the
+/// picture, the notification is shown without it.
 class ZENTAVO_EXPORT ZentavoNotificationService : public platform::NotificationServiceExtension {
 public:
     /// The category of the content extension.

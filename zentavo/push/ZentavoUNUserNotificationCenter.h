@@ -11,11 +11,12 @@
 
 namespace zentavo {
 
-/// What a host makes the delegate of the notification centre (`UserNotifications::setDelegate`), after activation: shows
-/// notifications while the app is in front, and does what a click asks for.
+/// What a host makes the delegate of the notification centre (`UserNotifications::setDelegate`), after activation:
+/// shows notifications while the app is in front, and does what a click asks for.
 ///
 /// Of a click it fires the payload's tracking URL, sends the rating where the template asked for one, and opens the URL
-/// that the user chose inside the rich template, or else the payload's "url". A button of the payload opens its own URL.
+/// that the user chose inside the rich template, or else the payload's "url". A button of the payload opens its own
+/// URL.
 ///
 /// Held by `std::shared_ptr`; the centre does not keep it alive. Setters on any thread. Callbacks run where the centre
 /// tells of answers, on the main queue.

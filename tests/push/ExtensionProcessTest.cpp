@@ -1,4 +1,4 @@
-// The notification service as real processes, on the real Linux port: its store, its files, its network.
+// The extensions as real processes, on the real Linux port: store, files, network.
 
 #include <algorithm>
 #include <csignal>
@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 
 #include "ports/linux/LinuxPlatform.h"
+#include "ports/memory/MemoryApplication.h"
 #include "tests/e2e/Process.h"
 #include "tests/ports/TemporaryFolder.h"
 #include "tests/support/LoopbackServer.h"
@@ -29,7 +30,7 @@ using ::testing::Not;
 
 constexpr std::chrono::seconds patience{20};
 
-class ServiceProcessTest : public ::testing::Test {
+class ExtensionProcessTest : public ::testing::Test {
 protected:
     Process service(int rounds, const Map& aps) {
         return Process(
@@ -56,7 +57,7 @@ protected:
     TemporaryFolder data;
 };
 
-TEST_F(ServiceProcessTest, TheBadgeGoesOnInTheNextProcessAlsoWhenTheLastWasKilled) {
+TEST_F(ExtensionProcessTest, TheBadgeGoesOnInTheNextProcessAlsoWhenTheLastWasKilled) {
     EXPECT_EQ(shown(badge("increase", 2)), "badge 2");
     EXPECT_EQ(shown(badge("increase", 2)), "badge 4");
     {
@@ -68,7 +69,7 @@ TEST_F(ServiceProcessTest, TheBadgeGoesOnInTheNextProcessAlsoWhenTheLastWasKille
     EXPECT_EQ(shown(badge("set_to", 9)), "badge 2");
 }
 
-TEST_F(ServiceProcessTest, TwoProcessesAtOnceLoseNoPush) {
+TEST_F(ExtensionProcessTest, TwoProcessesAtOnceLoseNoPush) {
     Process one = service(200, badge("increase", 1));
     Process other = service(200, badge("increase", 1));
     EXPECT_EQ(one.wait(), 0);
@@ -76,7 +77,7 @@ TEST_F(ServiceProcessTest, TwoProcessesAtOnceLoseNoPush) {
     EXPECT_EQ(shown(badge("increase", 0)), "badge 400");
 }
 
-TEST_F(ServiceProcessTest, TheImageIsAFileOfThisUserAloneAndNoToolkitIsLoaded) {
+TEST_F(ExtensionProcessTest, TheImageIsAFileOfThisUserAloneAndNoToolkitIsLoaded) {
     const std::string picture = std::string("\x89PNG\r\n\x1a\n", 8) + std::string(100'000, 'x');
     LoopbackServer host([&](const auto& request, auto& reply) {
         if (request.target == "/moved") {
@@ -107,7 +108,7 @@ TEST_F(ServiceProcessTest, TheImageIsAFileOfThisUserAloneAndNoToolkitIsLoaded) {
     EXPECT_THAT(process.output(), Not(HasSubstr("webkit")));
 }
 
-TEST_F(ServiceProcessTest, ImagesThatAreTooLongOrMissingLeaveNothing) {
+TEST_F(ExtensionProcessTest, ImagesThatAreTooLongOrMissingLeaveNothing) {
     LoopbackServer host([](const auto& request, auto& reply) {
         if (request.target == "/endless") {
             const std::string block(64U << 10U, 'x');
@@ -125,7 +126,7 @@ TEST_F(ServiceProcessTest, ImagesThatAreTooLongOrMissingLeaveNothing) {
     EXPECT_THAT(filesLeft(), IsEmpty());
 }
 
-TEST_F(ServiceProcessTest, AnImageHostThatHangsIsLeftWhenTheTimeIsOver) {
+TEST_F(ExtensionProcessTest, AnImageHostThatHangsIsLeftWhenTheTimeIsOver) {
     LoopbackServer host([](const auto&, auto& reply) { reply.hang(); });
     const auto platform = linux_port::makeLinuxPlatform({.dataFolder = data.path() / "data", .mainBundle = {}});
     ZentavoNotificationService service(std::make_shared<Zentavo>(platform));
@@ -140,6 +141,40 @@ TEST_F(ServiceProcessTest, AnImageHostThatHangsIsLeftWhenTheTimeIsOver) {
     EXPECT_EQ(calls, 1);
     working.join();
     EXPECT_EQ(calls, 1);
+}
+
+std::string infoOf(const std::string& identifier) {
+    return "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>CFBundleIdentifier</key><string>" + identifier +
+           "</string></dict></plist>";
+}
+
+TEST_F(ExtensionProcessTest, WhatTheContentExtensionNotesTheAppOpens) {
+    data.write("Shop.app/Info.plist", infoOf("com.example.shop"));
+    data.write("Shop.app/PlugIns/Content.appex/Info.plist", infoOf("com.example.shop.content"));
+    const auto platform =
+        linux_port::makeLinuxPlatform({.dataFolder = data.path() / "data", .mainBundle = data.path() / "Shop.app"});
+    auto interface = *platform->userInterface();
+    const auto application = std::make_shared<testing::MemoryApplication>();
+    interface.application = application;
+    platform->attach(interface);
+    Zentavo::setShared(std::make_shared<Zentavo>(platform));
+    ZentavoUNUserNotificationCenter delegate;
+    platform::NotificationResponse response;
+    response.notification.request.content.userInfo =
+        Map{{"aps", Map{{"pushId", "p1"}, {"template", "small_image"}, {"url", "https://shop.example/"}}}};
+    const auto click = [&] { delegate.userNotificationCenter(*interface.userNotifications, response, [] {}); };
+
+    click(); // the app has the suite open before the extension writes to it
+    Process extension({ZENTAVO_PUSH_CHOICE_CHILD, data.path() / "data", data.path() / "Shop.app/PlugIns/Content.appex",
+                       "p1", "https://shop.example/element"});
+    ASSERT_EQ(extension.wait(), 0) << extension.output();
+    click();
+    Zentavo::setShared(nullptr);
+    std::vector<std::string> opened;
+    for (const URL& url : application->opened()) {
+        opened.push_back(url.text());
+    }
+    EXPECT_THAT(opened, ::testing::ElementsAre("https://shop.example/", "https://shop.example/element"));
 }
 
 } // namespace
