@@ -30,8 +30,8 @@ struct Screen {
         GdkFrameClock* clock = gtk_widget_get_frame_clock(GTK_WIDGET(window));
         const gulong handler = g_signal_connect_data(
             clock, "after-paint",
-            reinterpret_cast<GCallback>(+[](GdkFrameClock*, gpointer done) { *static_cast<bool*>(done) = true; }), &drawn,
-            nullptr, static_cast<GConnectFlags>(0));
+            reinterpret_cast<GCallback>(+[](GdkFrameClock*, gpointer done) { *static_cast<bool*>(done) = true; }),
+            &drawn, nullptr, static_cast<GConnectFlags>(0));
         gtk_widget_queue_draw(GTK_WIDGET(window));
         while (!drawn) {
             g_main_context_iteration(nullptr, TRUE);

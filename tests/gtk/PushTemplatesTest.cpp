@@ -58,7 +58,9 @@ protected:
                                                             : std::nullopt;
         });
     }
-    static std::string big(const std::string& name) { return R"("urlImageString": "https://media.example/)" + name + "\""; }
+    static std::string big(const std::string& name) {
+        return R"("urlImageString": "https://media.example/)" + name + "\"";
+    }
     static std::string twoButtons(const std::string& first, const std::string& second) {
         return SampleTemplate::buttons(SampleTemplate::button(first, "https://shop.example/1"),
                                        SampleTemplate::button(second, "https://shop.example/2"));
@@ -113,14 +115,17 @@ protected:
     Pixel at(platform::Point point) { return pixel(static_cast<int>(point.x), static_cast<int>(point.y)); }
 
     const std::shared_ptr<Window> context;
-    const std::string longTitle = "Twenty per cent off everything that is warm, from coats and scarves to boots and blankets";
-    const std::string longBody = "Only until Sunday: coats, scarves and boots. Your size is still there, and what does not "
-                                 "fit comes back for free within a hundred days. See you in the shop, or at home.";
+    const std::string longTitle =
+        "Twenty per cent off everything that is warm, from coats and scarves to boots and blankets";
+    const std::string longBody =
+        "Only until Sunday: coats, scarves and boots. Your size is still there, and what does not "
+        "fit comes back for free within a hundred days. See you in the shop, or at home.";
     const std::string plain = "Only until Sunday. Your size is still there.";
 };
 
 TEST_F(PushTemplatesTest, StyleBasic) {
-    auto push = SampleTemplate::push(big("bars.png") + "," + twoButtons("Shop now", "Remind me later"), longTitle, longBody);
+    auto push =
+        SampleTemplate::push(big("bars.png") + "," + twoButtons("Shop now", "Remind me later"), longTitle, longBody);
     push.request.content.subtitle = "Zentavo outdoor";
     const auto shown = show(push, "basic-bars");
     EXPECT_EQ(pixel(10, 10), redPixel);
@@ -135,7 +140,9 @@ TEST_F(PushTemplatesTest, StyleBasic) {
     const auto suite = memory.preferences->suite("group.com.example.host.zentavo");
     EXPECT_EQ(suite->string("p1_url_clicked"), "https://shop.example/1");
 
-    push.request.content.userInfo = SampleTemplate::push(big("wide.png") + "," + twoButtons("Shop now", "Remind me later")).request.content.userInfo;
+    push.request.content.userInfo =
+        SampleTemplate::push(big("wide.png") + "," + twoButtons("Shop now", "Remind me later"))
+            .request.content.userInfo;
     show(push, "basic");
     dark(true);
     arrive();
@@ -151,27 +158,36 @@ TEST_F(PushTemplatesTest, StyleBasic) {
 
 TEST_F(PushTemplatesTest, SmallImage) {
     const std::string left = R"("template": "small_image", "smallImageSettings": {"imageAlignment": "left"}, )";
-    auto shown = show(SampleTemplate::push(left + big("square.png") + "," + twoButtons("Open", "Later"), longTitle, longBody), "small-left");
+    auto shown =
+        show(SampleTemplate::push(left + big("square.png") + "," + twoButtons("Open", "Later"), longTitle, longBody),
+             "small-left");
     EXPECT_EQ(shown->templateBigImage->view()->frame().x, 16);
     EXPECT_NE(pixel(60, 40), (Pixel{255, 255, 255}));
     EXPECT_EQ(pixel(17, 17), (Pixel{255, 255, 255})) << "rounded";
-    shown = show(SampleTemplate::push(R"("template": "small_image", "smallImageSettings": {"imageAlignment": "right"}, )" + big("square.png"),
-                                      "Your parcel is on its way", "It arrives tomorrow."), "small-right");
+    shown =
+        show(SampleTemplate::push(R"("template": "small_image", "smallImageSettings": {"imageAlignment": "right"}, )" +
+                                      big("square.png"),
+                                  "Your parcel is on its way", "It arrives tomorrow."),
+             "small-right");
     EXPECT_EQ(shown->templateBigImage->view()->frame().x, 256);
     dark(true);
     show(SampleTemplate::push(R"("template": "small_image", )" + big("square.png") + "," + twoButtons("افتح", "لاحقا"),
                               "تخفيضات الشتاء على كل ما هو دافئ من المعاطف إلى الأحذية",
-                              "حتى يوم الأحد فقط: معاطف وأوشحة وأحذية. مقاسك ما زال متوفرا."), "small-arabic-dark");
+                              "حتى يوم الأحد فقط: معاطف وأوشحة وأحذية. مقاسك ما زال متوفرا."),
+         "small-arabic-dark");
     dark(false);
 }
 
 TEST_F(PushTemplatesTest, TextOverlay) {
-    const auto shown = show(SampleTemplate::push(R"("template": "text_overlay", )" + big("wide.png") + "," + twoButtons("Book", "Later"),
-                                                 longTitle, plain), "overlay");
+    const auto shown = show(
+        SampleTemplate::push(R"("template": "text_overlay", )" + big("wide.png") + "," + twoButtons("Book", "Later"),
+                             longTitle, plain),
+        "overlay");
     // The scrim darkens towards the bottom, and the upper part is as it was.
     EXPECT_EQ(pixel(10, 3), (Pixel{0x9f, 0xd3, 0xff}));
     EXPECT_LT(pixel(4, 176).green, 0x6f / 2);
-    show(SampleTemplate::push(R"("template": "text_overlay", )" + big("missing.png"), longTitle, plain), "overlay-missing-image");
+    show(SampleTemplate::push(R"("template": "text_overlay", )" + big("missing.png"), longTitle, plain),
+         "overlay-missing-image");
     EXPECT_EQ(pixel(4, 4), (Pixel{255, 255, 255}));
     EXPECT_GT(shown->viewHeight, 0);
 }
@@ -207,7 +223,9 @@ TEST_F(PushTemplatesTest, Rating) {
 TEST_F(PushTemplatesTest, Carousel) {
     const auto shown = std::dynamic_pointer_cast<CarouselController>(
         show(SampleTemplate::push(SampleTemplate::slides({"wide.png", "bars.png", "missing.png", "night.png"}) + "," +
-                                      twoButtons("See all", "Later"), "Four places to be this weekend", plain), "carousel"));
+                                      twoButtons("See all", "Later"),
+                                  "Four places to be this weekend", plain),
+             "carousel"));
     ASSERT_NE(shown, nullptr);
     const platform::Rect area = shown->contentView->frame();
     EXPECT_EQ(area, (platform::Rect{16, 16, 328, 164}));
@@ -238,7 +256,8 @@ TEST_F(PushTemplatesTest, LongWordsStayInside) {
     show(SampleTemplate::push(big("square.png") + R"(, "template": "small_image", )" +
                                   twoButtons("Donaudampfschifffahrtsgesellschaftskapitänsmütze anprobieren", "Nein"),
                               "Donaudampfschifffahrtsgesellschaftskapitänsmützenabzeichenverordnung",
-                              "https://shop.example/a/very/long/address/without/any/blank/in/it?and=a&query=as-well"), "long-words");
+                              "https://shop.example/a/very/long/address/without/any/blank/in/it?and=a&query=as-well"),
+         "long-words");
     const Picture picture(window);
     for (int y = 0; y < picture.height(); ++y) {
         EXPECT_EQ(picture.at(355, y), (Pixel{255, 255, 255})) << "the margin is free, " << y;

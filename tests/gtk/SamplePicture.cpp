@@ -94,7 +94,8 @@ std::string SamplePicture::announced(std::uint32_t width, std::uint32_t height) 
     // The size stands behind the signature and the name of the first chunk; the decoder checks its sum, too.
     const auto put = [&](std::size_t place, std::uint32_t number) {
         for (int i = 0; i < 4; ++i) {
-            file[place + static_cast<std::size_t>(i)] = static_cast<char>(number >> (24U - 8U * static_cast<unsigned>(i)));
+            file[place + static_cast<std::size_t>(i)] =
+                static_cast<char>(number >> (24U - 8U * static_cast<unsigned>(i)));
         }
     };
     put(16, width);

@@ -87,7 +87,8 @@ TEST_F(TextsAndPicturesTest, WhatIsMeasuredIsWhatIsShown) {
 
 TEST_F(TextsAndPicturesTest, PicturesKeepTheirProportions) {
     present();
-    const auto picture = interface()->images->decode(SamplePicture::bars(400, 100, {0xff0000, 0x00ff00, 0x00ff00, 0xff0000}));
+    const auto picture =
+        interface()->images->decode(SamplePicture::bars(400, 100, {0xff0000, 0x00ff00, 0x00ff00, 0xff0000}));
     ASSERT_NE(picture, nullptr);
     EXPECT_EQ(picture->size(), (Size{400, 100}));
     EXPECT_EQ(picture->resized({100, 25})->size(), (Size{100, 25}));
@@ -130,7 +131,8 @@ TEST_F(TextsAndPicturesTest, SwipesAreNoTaps) {
     std::vector<std::string> seen;
     const auto page = view({50, 50, 300, 200}, green);
     page->setOnTap([&] { seen.emplace_back("tap"); });
-    page->setOnSwipe([&](platform::Swipe swipe) { seen.emplace_back(swipe == platform::Swipe::left ? "left" : "right"); });
+    page->setOnSwipe(
+        [&](platform::Swipe swipe) { seen.emplace_back(swipe == platform::Swipe::left ? "left" : "right"); });
     EXPECT_EQ(pixel(200, 150, greenPixel), greenPixel);
     const auto after = [&](double way) {
         const std::size_t before = seen.size();

@@ -12,7 +12,7 @@ namespace zentavo {
 struct SampleTemplate {
     /// `members` are added to the payload of a push with the texts of `title` and `body`; JSON without the braces.
     static platform::Notification push(const std::string& members, std::string title = "Winter sale",
-                                                         std::string body = "Coats, scarves and boots.") {
+                                       std::string body = "Coats, scarves and boots.") {
         const std::string separator = members.empty() ? "" : ",";
         Map aps =
             json::readMap(R"({"pushId": "p1", "url": "https://shop.example/sale")" + separator + members + "}").value();

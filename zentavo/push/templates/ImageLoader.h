@@ -24,17 +24,17 @@ public:
 
     ImageLoader(std::shared_ptr<platform::Platform> system, std::shared_ptr<DebugLog> log);
 
-    /// Calls `completion` once on the main queue, never inside the call, with the picture at `url`, reduced to what fits
-    /// a notification; null when there is none. Only http and https. Who asks for what is on its way already waits for
-    /// the same answer.
+    /// Calls `completion` once on the main queue, never inside the call, with the picture at `url`, reduced to what
+    /// fits a notification; null when there is none. Only http and https. Who asks for what is on its way already
+    /// waits for the same answer.
     void load(const std::string& url, Completion completion);
     /// What `load` would give at once; null when it would have to ask.
     Picture cached(const std::string& url) { return cache_.find(url); }
 
     const ImageCache& cache() const noexcept { return cache_; }
 
-    /// Fetches and decodes. `completion` is called once on the queue `on`: with the picture in its own size, or null and
-    /// a line in the log. Any thread.
+    /// Fetches and decodes. `completion` is called once on the queue `on`: with the picture in its own size, or null
+    /// and a line in the log. Any thread.
     static void download(const std::shared_ptr<platform::Platform>& system, const std::shared_ptr<DebugLog>& log,
                          const URL& url, const std::shared_ptr<platform::DispatchQueue>& on, Completion completion);
 

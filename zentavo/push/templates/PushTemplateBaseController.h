@@ -24,10 +24,10 @@ struct TemplatePalette;
 /// included, which takes down what is still up. Held by `std::shared_ptr`, on screen by its instance of the SDK.
 class ZENTAVO_EXPORT PushTemplateBaseController : public std::enable_shared_from_this<PushTemplateBaseController> {
 public:
-    /// Shows `withNotification` in the window that is attached to the shared instance, in place of the one shown before.
-    /// `withController` is what the extension can ask for; without it a choice opens its URL directly. Null, and a line in
-    /// the log, where there is no "aps" or no window. A payload that does not decode shows with its texts and picture
-    /// alone.
+    /// Shows `withNotification` in the window that is attached to the shared instance, in place of the one shown
+    /// before. `withController` is what the extension can ask for; without it a choice opens its URL directly. Null,
+    /// and a line in the log, where there is no "aps" or no window. A payload that does not decode shows with its
+    /// texts and picture alone.
     static std::shared_ptr<PushTemplateBaseController>
     handleNotification(std::shared_ptr<platform::NotificationExtensionContext> withController,
                        const platform::Notification& withNotification);

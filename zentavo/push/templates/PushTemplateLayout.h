@@ -7,8 +7,8 @@
 
 namespace zentavo::layout {
 
-// Where the parts of a rich push go: arithmetic in whole points, which touches no view. Sizes come from senders, pictures
-// and windows; whatever they are, frames are finite and none is negative.
+// Where the parts of a rich push go: arithmetic in whole points, which touches no view. Sizes come from senders,
+// pictures and windows; whatever they are, frames are finite and none is negative.
 
 inline constexpr double pushMargin = 16;
 inline constexpr double pushButtonHeight = 44;

@@ -22,9 +22,9 @@ public:
     const ZentavoImageViewComponents components;
     const std::shared_ptr<platform::View>& view() const noexcept { return components.container; }
 
-    /// Begins to show the picture at `url`; one that is at hand shows at once, and that is all. Otherwise `ended` is called
-    /// when it shows or is known
-    /// not to come, but not when another was asked for meanwhile. Empty text is no picture.
+    /// Begins to show the picture at `url`; one that is at hand shows at once, and that is all. Otherwise `ended` is
+    /// called when it shows or is known not to come, but not when another was asked for meanwhile. Empty text is no
+    /// picture.
     void load(const std::string& url, std::function<void()> ended);
     State state() const noexcept { return state_; }
     /// In pixels; nothing before the picture is there.

@@ -14,9 +14,9 @@ class ZENTAVO_EXPORT ZentavoUtiltiy {
 public:
     using Picture = std::shared_ptr<const platform::Image>;
 
-    /// Fetches all pictures at once, by the shared instance's network, and then calls `completion` on the main queue. The
-    /// list is in the order in which they arrived, and what could not be had is not in it. http and https only, 10 MiB a
-    /// picture. Text that is no URL is a fault. Any thread.
+    /// Fetches all pictures at once, by the shared instance's network, and then calls `completion` on the main queue.
+    /// The list is in the order in which they arrived, and what could not be had is not in it. http and https only,
+    /// 10 MiB a picture. Text that is no URL is a fault. Any thread.
     static void downloadImagesAndProcess(const std::vector<std::string>& imageURLs,
                                          std::function<void(std::vector<Picture>)> completion);
 
