@@ -10,6 +10,7 @@
 #include "ports/gtk/GtkViews.h"
 #include "ports/gtk/GtkWebViews.h"
 #include "ports/gtk/MainThread.h"
+#include "ports/gtk/PixbufImages.h"
 #include "ports/gtk/WindowStage.h"
 #include "zentavo/core/ZentavoState.h"
 #include "zentavo/foundation/Fault.h"
@@ -41,6 +42,7 @@ bool attach(GtkWindow* window, Zentavo& sdk) {
             interface.application = std::make_shared<GtkApplicationAnswers>(system.systemLog);
             interface.views = std::make_shared<GtkViews>(queue, WindowStage::of(window));
             interface.webViews = std::make_shared<GtkWebViews>(queue, system.systemLog, probe);
+            interface.images = std::make_shared<PixbufImages>();
             system.attach(std::move(interface));
             return true;
         },

@@ -18,7 +18,9 @@ struct CanvasWidget {
     platform::Rect frame;
     platform::Colour background;
     bool touchThrough;
-    const std::function<void(int, int)>* onResize; ///< null once the canvas is gone
+    // Null once the canvas is gone.
+    const std::function<void(int, int)>* onResize;
+    const std::function<void(GtkSnapshot*, int, int)>* onDraw;
 };
 struct CanvasWidgetClass {
     GtkWidgetClass parent;
@@ -75,6 +77,9 @@ void draw(GtkWidget* widget, GtkSnapshot* snapshot) {
             {static_cast<float>(gtk_widget_get_width(widget)), static_cast<float>(gtk_widget_get_height(widget))}};
         gtk_snapshot_append_color(snapshot, &rgba, &all);
     }
+    if (const auto* onDraw = canvasOf(widget)->onDraw; onDraw != nullptr && *onDraw) {
+        (*onDraw)(snapshot, gtk_widget_get_width(widget), gtk_widget_get_height(widget));
+    }
     for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr;
          child = gtk_widget_get_next_sibling(child)) {
         gtk_widget_snapshot_child(widget, child, snapshot);
@@ -122,10 +127,12 @@ void layOutAgain(GtkWidget* widget) {
 
 Canvas::Canvas() : widget_(Ref<GtkWidget>::share(static_cast<GtkWidget*>(g_object_new(canvasType(), nullptr)))) {
     canvasOf(widget())->onResize = &onResize_;
+    canvasOf(widget())->onDraw = &onDraw_;
 }
 
 Canvas::~Canvas() {
     canvasOf(widget())->onResize = nullptr;
+    canvasOf(widget())->onDraw = nullptr;
     remove();
 }
 
@@ -169,6 +176,10 @@ void Canvas::remove() {
         gtk_widget_unparent(widget());
     }
 }
+
+void Canvas::setOnDraw(std::function<void(GtkSnapshot*, int, int)> onDraw) { onDraw_ = std::move(onDraw); }
+
+void Canvas::redraw() { gtk_widget_queue_draw(widget()); }
 
 void Canvas::setOnResize(std::function<void(int, int)> onResize) { onResize_ = std::move(onResize); }
 

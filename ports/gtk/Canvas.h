@@ -33,6 +33,10 @@ public:
     void add(GtkWidget* child);
     void remove();
 
+    /// Called to draw over the background, under the children. To be told when what it draws has changed: `redraw`.
+    void setOnDraw(std::function<void(GtkSnapshot* snapshot, int width, int height)> onDraw);
+    void redraw();
+
     /// Called with each new size, before the children are laid out.
     void setOnResize(std::function<void(int width, int height)> onResize);
 
@@ -40,6 +44,7 @@ private:
     const Ref<GtkWidget> widget_;
     Ref<GtkCssProvider> style_;
     std::function<void(int, int)> onResize_;
+    std::function<void(GtkSnapshot*, int, int)> onDraw_;
 };
 
 } // namespace zentavo::gtk

@@ -1,6 +1,7 @@
 #include "ports/gtk/GtkView.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "ports/gtk/FrameAnimation.h"
@@ -9,6 +10,13 @@
 #include "zentavo/foundation/Fault.h"
 
 namespace zentavo::gtk {
+
+namespace {
+
+/// Points; what moves less to one side was meant for the place.
+constexpr double swipeLength = 40;
+
+} // namespace
 
 GtkView::GtkView(std::shared_ptr<platform::MainQueue> mainQueue) : mainQueue_(std::move(mainQueue)) {
     MainThread::require();
@@ -88,6 +96,14 @@ void GtkView::setOnTap(std::function<void()> onTap) {
     MainThread::require();
     onTap_ = std::move(onTap);
 }
+void GtkView::setOnSwipe(std::function<void(platform::Swipe)> onSwipe) {
+    MainThread::require();
+    onSwipe_ = std::move(onSwipe);
+}
+void GtkView::setOnRemoved(std::function<void()> onRemoved) {
+    MainThread::require();
+    onRemoved_ = std::move(onRemoved);
+}
 void GtkView::setName(std::string name) {
     MainThread::require();
     gtk_widget_set_name(canvas_->widget(), name.c_str());
@@ -121,6 +137,9 @@ void GtkView::removeFromSuperview() {
     holder_.reset();
     WindowStage::giveFocusBack(canvas_->widget());
     canvas_->remove();
+    if (std::exchange(shown_, false)) {
+        tellRemoved();
+    }
 }
 
 std::vector<std::shared_ptr<platform::View>> GtkView::subviews() const {
@@ -132,15 +151,34 @@ void GtkView::windowGone() {
     for (const auto& child : Children(*children_)) {
         child->windowGone();
     }
+    if (std::exchange(shown_, false)) {
+        tellRemoved();
+    }
 }
 
-void GtkView::pressed(GtkGestureClick* gesture, int, double, double, gpointer) {
+void GtkView::tellRemoved() {
+    mainQueue_->async([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        const auto onRemoved = self ? self->onRemoved_ : nullptr;
+        if (onRemoved) {
+            onRemoved();
+        }
+    });
+}
+
+void GtkView::pressed(GtkGestureClick* gesture, int, double x, double, gpointer self) {
+    static_cast<GtkView*>(self)->pressedAt_ = x;
     gtk_gesture_set_state(reinterpret_cast<GtkGesture*>(gesture), GTK_EVENT_SEQUENCE_CLAIMED);
 }
 
 void GtkView::released(GtkGestureClick* gesture, int count, double x, double y, gpointer self) {
     auto& view = *static_cast<GtkView*>(self);
     const guint button = gtk_gesture_single_get_current_button(reinterpret_cast<GtkGestureSingle*>(gesture));
+    const double way = x - view.pressedAt_;
+    if (view.onSwipe_ && std::abs(way) >= swipeLength) {
+        view.swiped(way < 0 ? platform::Swipe::left : platform::Swipe::right);
+        return;
+    }
     // Let go elsewhere is a change of mind.
     if (count > 0 && button <= GDK_BUTTON_PRIMARY && gtk_widget_contains(view.canvas_->widget(), x, y)) {
         view.tapped();
@@ -153,6 +191,16 @@ void GtkView::tapped() {
         const auto onTap = self ? self->onTap_ : nullptr;
         if (onTap) {
             onTap();
+        }
+    });
+}
+
+void GtkView::swiped(platform::Swipe direction) {
+    mainQueue_->async([weak = weak_from_this(), direction] {
+        const auto self = weak.lock();
+        const auto onSwipe = self ? self->onSwipe_ : nullptr;
+        if (onSwipe) {
+            onSwipe(direction);
         }
     });
 }

@@ -30,6 +30,8 @@ public:
     double cornerRadius() const override;
     void setTouchThrough(bool through) override;
     void setOnTap(std::function<void()> onTap) override;
+    void setOnSwipe(std::function<void(platform::Swipe)> onSwipe) override;
+    void setOnRemoved(std::function<void()> onRemoved) override;
     void addSubview(std::shared_ptr<platform::View> view) override;
     void removeFromSuperview() override;
     std::vector<std::shared_ptr<platform::View>> subviews() const override;
@@ -39,6 +41,8 @@ public:
 
     /// The canvas may outlive the view by a moment: a view that ends on another thread leaves it to the main thread.
     Canvas& canvas() const noexcept { return *canvas_; }
+    /// Stands directly over a window: the stage says so.
+    void setShown() noexcept { shown_ = true; }
     /// Enters `holder` on top, and `around` with its widget.
     void enter(const std::shared_ptr<Children>& holder, Canvas& around);
     /// Takes another frame while what is around it is being laid out.
@@ -53,11 +57,17 @@ private:
     static void pressed(GtkGestureClick* gesture, int count, double x, double y, gpointer self);
     static void released(GtkGestureClick* gesture, int count, double x, double y, gpointer self);
     void tapped();
+    void swiped(platform::Swipe direction);
+    void tellRemoved();
 
     std::shared_ptr<Canvas> canvas_;
     platform::Rect frame_;
     double cornerRadius_ = 0;
     std::function<void()> onTap_;
+    std::function<void(platform::Swipe)> onSwipe_;
+    std::function<void()> onRemoved_;
+    double pressedAt_ = 0; ///< where across the view the last press began
+    bool shown_ = false;
     const std::shared_ptr<Children> children_ = std::make_shared<Children>();
     /// The list that this view stands in: another view's children, or the window's.
     std::weak_ptr<Children> holder_;

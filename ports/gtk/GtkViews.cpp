@@ -3,7 +3,10 @@
 #include <utility>
 
 #include "ports/gtk/FrameAnimation.h"
+#include "ports/gtk/GtkImageView.h"
+#include "ports/gtk/GtkTextLabel.h"
 #include "ports/gtk/MainThread.h"
+#include "ports/gtk/TextLayout.h"
 #include "zentavo/foundation/Fault.h"
 
 namespace zentavo::gtk {
@@ -17,6 +20,35 @@ platform::Rect GtkViews::mainScreenBounds() const {
 }
 
 std::shared_ptr<platform::View> GtkViews::makeView() { return std::make_shared<GtkView>(mainQueue_); }
+
+std::shared_ptr<platform::Label> GtkViews::makeLabel() { return std::make_shared<GtkTextLabel>(mainQueue_); }
+
+std::shared_ptr<platform::ImageView> GtkViews::makeImageView() { return std::make_shared<GtkImageView>(mainQueue_); }
+
+platform::Size GtkViews::textSize(const std::string& text, platform::Font font, double width, int lines) const {
+    MainThread::require();
+    TextLayout layout(stage_->root());
+    layout.set(text, font, lines, platform::TextAlignment::natural);
+    return layout.size(width);
+}
+
+platform::Appearance GtkViews::appearance() const {
+    MainThread::require();
+    return stage_->appearance();
+}
+
+void GtkViews::setOnChange(std::function<void()> onChange) {
+    MainThread::require();
+    onChange_ = onChange ? std::make_shared<std::function<void()>>(std::move(onChange)) : nullptr;
+    // Another handler, or none, takes back what is posted for this one.
+    stage_->setOnChange([queue = mainQueue_, weak = std::weak_ptr(onChange_)] {
+        queue->async([weak] {
+            if (const auto handler = weak.lock()) {
+                (*handler)();
+            }
+        });
+    });
+}
 
 bool GtkViews::showOverWindow(std::shared_ptr<platform::View> view) {
     MainThread::require();

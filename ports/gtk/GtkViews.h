@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <string>
 
 #include "ports/gtk/WindowStage.h"
 
@@ -14,13 +16,19 @@ public:
     platform::Rect mainScreenBounds() const override;
     /// A desktop keeps nothing for itself inside a window.
     platform::Insets safeAreaInsets() const override { return {}; }
+    platform::Appearance appearance() const override;
+    void setOnChange(std::function<void()> onChange) override;
     std::shared_ptr<platform::View> makeView() override;
+    std::shared_ptr<platform::Label> makeLabel() override;
+    std::shared_ptr<platform::ImageView> makeImageView() override;
+    platform::Size textSize(const std::string& text, platform::Font font, double width, int lines) const override;
     bool showOverWindow(std::shared_ptr<platform::View> view) override;
     void animate(double seconds, std::function<void()> change, std::function<void()> done) override;
 
 private:
     const std::shared_ptr<platform::MainQueue> mainQueue_;
     const std::shared_ptr<WindowStage> stage_;
+    std::shared_ptr<std::function<void()>> onChange_;
 };
 
 } // namespace zentavo::gtk

@@ -77,6 +77,11 @@ WindowStage::WindowStage(GtkWindow* window) : window_(window), overlay_(Ref<GtkW
     gtk_overlay_add_overlay(reinterpret_cast<GtkOverlay*>(overlay_.get()), root());
     signals_.connect(window, "notify::child", &WindowStage::childChanged, this);
     signals_.connect(window, "destroy", &WindowStage::destroyed, this);
+    if (GtkSettings* settings = gtk_settings_get_default()) {
+        for (const char* property : {"notify::gtk-theme-name", "notify::gtk-application-prefer-dark-theme"}) {
+            signals_.connect(settings, property, &WindowStage::themeChanged, this);
+        }
+    }
     wrapChild();
 }
 
@@ -143,6 +148,7 @@ bool WindowStage::show(GtkView& view) {
         g_weak_ref_set(&hostFocus_, focus);
     }
     view.enter(shown_, root_);
+    view.setShown();
     return true;
 }
 
@@ -170,6 +176,27 @@ void WindowStage::resized(int width, int height) {
         if (view->frame() == before) { // it fills the window, and goes on doing so
             view->takeFrame(bounds());
         }
+    }
+    if (size_ != platform::Size{before.width, before.height} && onChange_) {
+        onChange_();
+    }
+}
+
+platform::Appearance WindowStage::appearance() const {
+    if (window_ == nullptr) {
+        return platform::Appearance::light;
+    }
+    GdkRGBA text{};
+    G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+    gtk_style_context_get_color(gtk_widget_get_style_context(reinterpret_cast<GtkWidget*>(window_)), &text);
+    G_GNUC_END_IGNORE_DEPRECATIONS
+    return 0.3F * text.red + 0.6F * text.green + 0.1F * text.blue > 0.5F ? platform::Appearance::dark
+                                                                         : platform::Appearance::light;
+}
+
+void WindowStage::themeChanged(GObject*, GParamSpec*, gpointer data) {
+    if (auto& self = *static_cast<WindowStage*>(data); self.onChange_) {
+        self.onChange_();
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include <gtk/gtk.h>
@@ -27,11 +28,16 @@ public:
     bool show(GtkView& view);
     /// To be called before a view is hidden or removed: where it has the focus, what had it before gets it back.
     static void giveFocusBack(GtkWidget* leaving);
+    /// By the colour that the user's theme gives text.
+    platform::Appearance appearance() const;
+    /// Called inside the toolkit's work when bounds or theme have changed.
+    void setOnChange(std::function<void()> onChange) { onChange_ = std::move(onChange); }
     /// The widget on which everything stands.
     GtkWidget* root() const noexcept { return root_.widget(); }
 
 private:
     static void childChanged(GObject* window, GParamSpec* property, gpointer self);
+    static void themeChanged(GObject* settings, GParamSpec* property, gpointer self);
     static void destroyed(GtkWidget* window, gpointer self);
     void wrapChild();
     void resized(int width, int height);
@@ -42,6 +48,7 @@ private:
     Canvas root_;
     platform::Size size_;
     std::shared_ptr<GtkView::Children> shown_ = std::make_shared<GtkView::Children>();
+    std::function<void()> onChange_;
     Signals signals_;
     bool wrapping_ = false;
     GWeakRef hostFocus_; ///< what had the focus before one of our views got it

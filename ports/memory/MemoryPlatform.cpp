@@ -15,7 +15,7 @@ MemoryPlatform::MemoryPlatform(const std::string& identifier, std::shared_ptr<Me
       attachmentFiles(std::make_shared<MemoryAttachmentFiles>()),
       userNotifications(std::make_shared<MemoryUserNotifications>(queues->mainQueue())),
       application(std::make_shared<MemoryApplication>()), views(std::make_shared<MemoryViews>(queues->mainQueue())),
-      webViews(std::make_shared<MemoryWebViews>(queues->mainQueue())),
+      webViews(std::make_shared<MemoryWebViews>(queues->mainQueue())), images(std::make_shared<MemoryImages>()),
       platform_(std::make_shared<platform::Platform>(
           platform::UserInterface{queues->mainQueue(), userNotifications, application})) {
     platform_->preferences = preferences;
@@ -36,6 +36,7 @@ void MemoryPlatform::attachViews(bool attached) {
     auto interface = *platform_->userInterface();
     interface.views = attached ? views : nullptr;
     interface.webViews = attached ? webViews : nullptr;
+    interface.images = attached ? images : nullptr;
     platform_->attach(std::move(interface));
 }
 

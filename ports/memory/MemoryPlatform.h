@@ -10,6 +10,7 @@
 #include "ports/memory/MemoryAttachmentFiles.h"
 #include "ports/memory/MemoryBundles.h"
 #include "ports/memory/MemoryDevice.h"
+#include "ports/memory/MemoryImages.h"
 #include "ports/memory/MemoryKeyServices.h"
 #include "ports/memory/MemoryPreferencesProvider.h"
 #include "ports/memory/MemoryUserNotifications.h"
@@ -60,8 +61,9 @@ struct ZENTAVO_EXPORT MemoryPlatform {
     /// Not attached at first: a program starts without a toolkit.
     const std::shared_ptr<MemoryViews> views;
     const std::shared_ptr<MemoryWebViews> webViews;
+    const std::shared_ptr<MemoryImages> images;
 
-    /// Attaches `views` and `webViews`, as a toolkit does once it has a window, or takes them away again.
+    /// Attaches `views`, `webViews` and `images`, as a toolkit does once it has a window, or takes them away again.
     void attachViews(bool attached = true);
 
     /// The record that the SDK is given; the same on every call. A test may exchange its members before it hands it on.

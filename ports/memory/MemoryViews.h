@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "zentavo/platform/ImageView.h"
+#include "zentavo/platform/Label.h"
 #include "zentavo/platform/MainQueue.h"
 #include "zentavo/platform/Views.h"
 
@@ -25,6 +27,8 @@ public:
     double cornerRadius() const override;
     void setTouchThrough(bool through) override;
     void setOnTap(std::function<void()> onTap) override;
+    void setOnSwipe(std::function<void(platform::Swipe)> onSwipe) override;
+    void setOnRemoved(std::function<void()> onRemoved) override;
     void addSubview(std::shared_ptr<platform::View> view) override;
     void removeFromSuperview() override;
     std::vector<std::shared_ptr<platform::View>> subviews() const override;
@@ -37,6 +41,8 @@ public:
     const std::string& name() const noexcept { return name_; }
     /// The user taps this view; without effect on one that is hidden, lets taps through or is nowhere on screen.
     void tap();
+    /// The user swipes over this view; without effect as for `tap`.
+    void swipe(platform::Swipe direction);
     /// Whether it is in the window, and neither it nor what holds it is hidden.
     bool isVisible() const;
 
@@ -49,6 +55,7 @@ private:
     friend class MemoryViews;
     using Children = std::vector<std::shared_ptr<platform::View>>;
     void enter(std::shared_ptr<Children> holder, MemoryView* superview);
+    void tellRemoved();
 
     platform::Rect frame_;
     platform::Colour background_;
@@ -57,6 +64,8 @@ private:
     bool touchThrough_ = false;
     std::string name_;
     std::function<void()> onTap_;
+    std::function<void(platform::Swipe)> onSwipe_;
+    std::function<void()> onRemoved_;
     std::shared_ptr<Children> children_ = std::make_shared<Children>();
     /// The list that this view stands in: another view's children, or the window's.
     std::weak_ptr<Children> holder_;
@@ -70,7 +79,13 @@ public:
 
     platform::Rect mainScreenBounds() const override { return bounds_; }
     platform::Insets safeAreaInsets() const override { return safeArea_; }
+    platform::Appearance appearance() const override { return appearance_; }
+    void setOnChange(std::function<void()> onChange) override;
     std::shared_ptr<platform::View> makeView() override;
+    std::shared_ptr<platform::Label> makeLabel() override;
+    std::shared_ptr<platform::ImageView> makeImageView() override;
+    /// Letters are half as wide as their font's size, lines a quarter higher; words do not count.
+    platform::Size textSize(const std::string& text, platform::Font font, double width, int lines) const override;
     bool showOverWindow(std::shared_ptr<platform::View> view) override;
     void animate(double seconds, std::function<void()> change, std::function<void()> done) override;
 
@@ -79,6 +94,9 @@ public:
     void setScreen(platform::Rect bounds, platform::Insets safeArea = {});
     /// Whether there is a window to show anything over; there is at first.
     void setWindow(bool there) noexcept { window_ = there; }
+    /// The window goes, and what lies over it with it.
+    void closeWindow();
+    void setAppearance(platform::Appearance appearance);
     /// What lies over the window now, the topmost last.
     std::vector<std::shared_ptr<platform::View>> shown() const { return *overWindow_; }
     /// The view of this name over the window or inside what is; null when there is none.
@@ -87,10 +105,14 @@ public:
     const std::vector<double>& animations() const noexcept { return animations_; }
 
 private:
+    void tellChange();
+
     const std::shared_ptr<platform::MainQueue> mainQueue_;
     platform::Rect bounds_{0, 0, 390, 844};
     platform::Insets safeArea_;
     bool window_ = true;
+    platform::Appearance appearance_ = platform::Appearance::light;
+    std::shared_ptr<std::function<void()>> onChange_;
     const std::shared_ptr<MemoryView::Children> overWindow_ = std::make_shared<MemoryView::Children>();
     std::vector<double> animations_;
 };

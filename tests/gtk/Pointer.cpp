@@ -20,7 +20,7 @@ Pointer::~Pointer() {
     dlclose(library_);
 }
 
-void Pointer::click(GtkWindow* window, double x, double y) {
+void Pointer::drag(GtkWindow* window, double x, double y, double way) {
     auto* display = static_cast<Display*>(display_);
     const auto move =
         reinterpret_cast<int (*)(Display*, int, int, int, unsigned long)>(dlsym(library_, "XTestFakeMotionEvent"));
@@ -39,6 +39,10 @@ void Pointer::click(GtkWindow* window, double x, double y) {
     G_GNUC_END_IGNORE_DEPRECATIONS
     move(display, -1, rootX, rootY, 0);
     button(display, 1, True, 0);
+    constexpr int steps = 8;
+    for (int i = 1; i <= steps && way != 0; ++i) {
+        move(display, -1, rootX + static_cast<int>(way * i / steps), rootY, 0);
+    }
     button(display, 1, False, 0);
     XSync(display, False);
 }

@@ -13,7 +13,9 @@ public:
     Pointer& operator=(const Pointer&) = delete;
 
     /// Presses and lets go at a point of the window.
-    void click(GtkWindow* window, double x, double y);
+    void click(GtkWindow* window, double x, double y) { drag(window, x, y, 0); }
+    /// Lets go `way` further right than it pressed.
+    void drag(GtkWindow* window, double x, double y, double way);
 
 private:
     void* display_;

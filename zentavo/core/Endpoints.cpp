@@ -14,6 +14,7 @@ Endpoints Endpoints::all(std::string_view base) {
     endpoints.delivery = base;
     endpoints.deliverySandbox = std::string(base) + "/sandbox";
     endpoints.templateHost = base;
+    endpoints.mediaHost = base;
     return endpoints;
 }
 

@@ -18,6 +18,8 @@ struct ZENTAVO_EXPORT Endpoints {
     std::string deliverySandbox = "https://sandbox-delivery.zentavo.example";
     /// Serves the page that in-app messages of the visual editor run in.
     std::string templateHost = "https://templates.zentavo.example";
+    /// Serves the icons that rich pushes name.
+    std::string mediaHost = "https://media.zentavo.example";
 
     /// One server for everything, the sandbox twins under its path "/sandbox": the dev server.
     static Endpoints all(std::string_view base);

@@ -9,9 +9,13 @@ Zentavo::State::State(std::shared_ptr<platform::Platform> system)
       log(std::make_shared<DebugLog>(platform->clock, platform->console)), contextInstance(*platform) {}
 
 Zentavo::State::~State() {
-    if (currentTemplate) {
+    if (currentTemplate || currentPush) {
         // Takes the views down, and only the main queue may.
-        platform->userInterface()->mainQueue->async([last = std::move(currentTemplate)]() mutable { last.reset(); });
+        platform->userInterface()->mainQueue->async(
+            [last = std::move(currentTemplate), push = std::move(currentPush)]() mutable {
+                last.reset();
+                push.reset();
+            });
     }
 }
 

@@ -19,6 +19,8 @@ namespace zentavo {
 class BaseOperation;
 class CDPDeliveryOperation;
 class CDPDeliveryJsonOperation;
+class ImageLoader;
+class PushTemplateBaseController;
 class TemplatePresenter;
 
 /// What an activation settles, as one unchanging record: an event takes the whole of it with one pointer.
@@ -91,6 +93,9 @@ struct Zentavo::State {
 
     /// The message on screen; null when there is none. Main queue only, its release included.
     std::shared_ptr<TemplatePresenter> currentTemplate;
+    /// The rich push on screen, as above, and what fetches pictures for it; made when first needed.
+    std::shared_ptr<PushTemplateBaseController> currentPush;
+    std::shared_ptr<ImageLoader> pushImages;
 };
 
 } // namespace zentavo

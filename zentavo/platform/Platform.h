@@ -11,7 +11,10 @@
 #include "zentavo/platform/Clock.h"
 #include "zentavo/platform/Device.h"
 #include "zentavo/platform/DispatchQueue.h"
+#include "zentavo/platform/Image.h"
+#include "zentavo/platform/ImageView.h"
 #include "zentavo/platform/KeyServices.h"
+#include "zentavo/platform/Label.h"
 #include "zentavo/platform/MainQueue.h"
 #include "zentavo/platform/Preferences.h"
 #include "zentavo/platform/Random.h"
@@ -31,6 +34,8 @@ struct UserInterface {
     /// Null where there is no toolkit; so is `webViews` where it cannot show web pages.
     std::shared_ptr<Views> views = nullptr;
     std::shared_ptr<WebViews> webViews = nullptr;
+    /// Never null where `views` is not.
+    std::shared_ptr<Images> images = nullptr;
 };
 
 /// Everything that the SDK asks of a system, as one record. A port fills every member before it hands the record out;

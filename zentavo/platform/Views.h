@@ -50,6 +50,23 @@ struct Colour {
     friend bool operator==(const Colour&, const Colour&) = default;
 };
 
+enum class FontWeight { regular, medium, bold };
+
+/// The user's own typeface in a size of points.
+struct Font {
+    double size = 15;
+    FontWeight weight = FontWeight::regular;
+    friend bool operator==(const Font&, const Font&) = default;
+};
+
+/// What the user has chosen for all programs.
+enum class Appearance { light, dark };
+
+enum class Swipe { left, right };
+
+class ImageView;
+class Label;
+
 /// A rectangle on the screen that may hold others; those added later lie above. Main queue only, its destruction
 /// included: a port asserts it. Held by `std::shared_ptr`; a view in a hierarchy is held by the view that holds it.
 class ZENTAVO_EXPORT View {
@@ -71,6 +88,11 @@ public:
     virtual void setTouchThrough(bool through) = 0;
     /// Called when the view is tapped or clicked, not when one above it is. Null takes it away.
     virtual void setOnTap(std::function<void()> onTap) = 0;
+    /// Called when the view is pressed and the finger or pointer let go well to one side. Such a press is no tap.
+    virtual void setOnSwipe(std::function<void(Swipe)> onSwipe) = 0;
+    /// Called when the view, shown over a window, is so no more: it was taken down, or the window is gone. Never inside
+    /// the call that does it. Null takes it away.
+    virtual void setOnRemoved(std::function<void()> onRemoved) = 0;
 
     /// A view that is elsewhere in a hierarchy is moved.
     virtual void addSubview(std::shared_ptr<View> view) = 0;
@@ -90,7 +112,17 @@ public:
     virtual Rect mainScreenBounds() const = 0;
     virtual Insets safeAreaInsets() const = 0;
 
+    virtual Appearance appearance() const = 0;
+    /// Called after the bounds or the appearance have changed, never inside a call. One handler; null takes it away.
+    virtual void setOnChange(std::function<void()> onChange) = 0;
+
     virtual std::shared_ptr<View> makeView() = 0;
+    virtual std::shared_ptr<Label> makeLabel() = 0;
+    virtual std::shared_ptr<ImageView> makeImageView() = 0;
+
+    /// The room that a label takes for `text` when it may be `width` wide and have `lines` lines (0: any number), in
+    /// whole points; no text takes none. A label of that size shows it.
+    virtual Size textSize(const std::string& text, Font font, double width, int lines) const = 0;
 
     /// Puts `view` over everything in the host's window, without disturbing focus, text or layout below. False when
     /// there is no window to put it over.

@@ -166,6 +166,14 @@ public:
         wire_->send(test::upgradeAnswer(offer_, "Sec-WebSocket-Extensions: permessage-deflate" + set.flags() +
                                                     set.server() + set.client() + "\r\n"));
     }
+    /// Waits for the last handler: what it writes down is about to go.
+    ~ClientUnderTest() {
+        wire_->endSending();
+        story_.awaitClosed();
+    }
+    ClientUnderTest(const ClientUnderTest&) = delete;
+    ClientUnderTest& operator=(const ClientUnderTest&) = delete;
+
     const Wire& wire() const { return *wire_; }
     const std::string& offer() const { return offer_; }
     bool ended() {

@@ -1,0 +1,159 @@
+#include "zentavo/push/templates/CarouselController.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "zentavo/push/PushChoices.h"
+#include "zentavo/push/templates/TemplatePalette.h"
+
+namespace zentavo {
+
+namespace {
+
+constexpr double turning = 0.35; // seconds
+
+} // namespace
+
+CarouselController::~CarouselController() { stop(); }
+
+void CarouselController::build() {
+    contentView = views().makeView();
+    contentView->setName("zentavo.push.slides");
+    contentView->setTouchThrough(true);
+    contentView->setCornerRadius(12); // and so clipped
+    view->addSubview(contentView);
+    pageControl = views().makeView();
+    pageControl->setName("zentavo.push.pages");
+    pageControl->setTouchThrough(true);
+    view->addSubview(pageControl);
+
+    const auto& all = data.imageCarouselSettings ? data.imageCarouselSettings->slides : std::vector<Slide>();
+    for (std::size_t i = 0; i < std::min(all.size(), layout::mostSlides); ++i) {
+        auto slide = views().makeView();
+        slide->setName("zentavo.push.slide" + std::to_string(i + 1));
+        slide->setOnTap(whileLiving(*this, [i](CarouselController& self) { self.tapped(i); }));
+        slide->setOnSwipe(whileLiving(*this, [](CarouselController& self, platform::Swipe swipe) {
+            self.turn((swipe == platform::Swipe::left) != self.isRightToLeft() ? 1 : -1);
+        }));
+        auto picture = std::make_shared<ZentavoImageView>(views(), loader());
+        picture->load(all[i].imageUrl, whileLiving(*this, [](CarouselController& self) { self.layOut(); }));
+        slide->addSubview(picture->view());
+        contentView->addSubview(slide);
+        slides_.push_back(std::move(slide));
+        itemViews.push_back(std::move(picture));
+        auto dot = views().makeView();
+        dot->setTouchThrough(true);
+        dot->setCornerRadius(3.5);
+        pageControl->addSubview(dot);
+        dots_.push_back(std::move(dot));
+    }
+    pageControl->setHidden(dots_.size() < 2);
+    update();
+}
+
+layout::PushFrames CarouselController::arrange(const layout::PushParts& parts) const {
+    return layout::pushCarousel(parts, itemViews.size());
+}
+
+void CarouselController::place(const layout::PushFrames& frames) {
+    const platform::Rect& area = frames.picture;
+    templateBigImage->view()->setHidden(true);
+    contentView->setHidden(slides_.empty());
+    contentView->setFrame(area);
+    for (std::size_t i = 0; i < slides_.size(); ++i) {
+        slides_[i]->setFrame({0, 0, area.width, area.height});
+        slides_[i]->setHidden(i != currentItemIndex);
+        itemViews[i]->setFrame({0, 0, area.width, area.height});
+    }
+    pageControl->setFrame(frames.pages);
+    const auto places = layout::pageDots(frames.pages.width, frames.pages.height, dots_.size(), isRightToLeft());
+    for (std::size_t i = 0; i < dots_.size(); ++i) {
+        dots_[i]->setFrame(places[i]);
+    }
+    titleHeight = frames.title.height;
+    subtitleHeight = frames.subtitle.height;
+    bodyHeight = frames.body.height;
+    viewWidth = view->frame().width;
+    imageViewBottomContraint = frames.height - area.y - area.height;
+}
+
+void CarouselController::paint(const TemplatePalette& palette) {
+    dot_ = palette.dot;
+    currentDot_ = palette.currentDot;
+    for (const auto& each : itemViews) {
+        each->setPlaceholder(palette.placeholder);
+    }
+    update();
+}
+
+platform::Size CarouselController::pictureSize() const {
+    if (itemViews.empty()) {
+        return {};
+    }
+    // The first picture that is there gives the shape to all: a page turn moves nothing else.
+    for (const auto& each : itemViews) {
+        if (each->state() == ZentavoImageView::State::shown) {
+            return each->imageSize();
+        }
+    }
+    return {16, 9};
+}
+
+void CarouselController::store(PushChoices& choices, const std::string& url) const { choices.setClickedImage(url); }
+
+void CarouselController::appeared() { wait(); }
+void CarouselController::disappeared() { stop(); }
+
+void CarouselController::wait() {
+    stop();
+    if (isShown() && slides_.size() > 1) {
+        timer = mainQueue().after(interval, whileLiving(*this, [](CarouselController& self) {
+                                      self.timer = 0;
+                                      self.turn(1);
+                                  }));
+    }
+}
+
+void CarouselController::stop() {
+    if (timer != 0) {
+        mainQueue().cancel(std::exchange(timer, 0));
+    }
+}
+
+std::size_t CarouselController::next(int direction) const {
+    const std::size_t count = slides_.size();
+    return (currentItemIndex + (direction > 0 ? 1 : count - 1)) % count;
+}
+
+void CarouselController::turn(int direction) {
+    if (slides_.size() < 2) {
+        return;
+    }
+    const auto leaving = slides_[currentItemIndex];
+    const auto coming = slides_[next(direction)];
+    currentItemIndex = next(direction);
+    const platform::Rect here = {0, 0, contentView->frame().width, contentView->frame().height};
+    const double way = (direction > 0) != isRightToLeft() ? here.width : -here.width;
+    for (const auto& each : slides_) {
+        each->setHidden(each != leaving && each != coming);
+    }
+    coming->setFrame({way, 0, here.width, here.height});
+    leaving->setFrame(here);
+    update();
+    views().animate(turning, [&] {
+        coming->setFrame(here);
+        leaving->setFrame({-way, 0, here.width, here.height});
+    });
+    wait();
+}
+
+void CarouselController::tapped(std::size_t slide) { choose(data.imageCarouselSettings->slides[slide].url); }
+
+void CarouselController::update() {
+    currentItemView = itemViews.empty() ? nullptr : itemViews[currentItemIndex];
+    for (std::size_t i = 0; i < dots_.size(); ++i) {
+        dots_[i]->setBackground(i == currentItemIndex ? currentDot_ : dot_);
+    }
+}
+
+} // namespace zentavo

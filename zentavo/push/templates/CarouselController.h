@@ -1,0 +1,60 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "zentavo/platform/DispatchQueue.h"
+#include "zentavo/push/templates/PushTemplateBaseController.h"
+#include "zentavo/push/templates/PushTemplateLayout.h"
+
+namespace zentavo {
+
+/// Pictures that follow each other by themselves, or by the user's hand; each leads somewhere of its own.
+class CarouselController final : public PushTemplateBaseController {
+public:
+    static constexpr std::chrono::seconds interval{3};
+
+    explicit CarouselController(Setup setup) : PushTemplateBaseController(std::move(setup)) {}
+    ~CarouselController() override;
+
+    std::shared_ptr<platform::View> contentView;       ///< around the slides; the edge of what is seen of them
+    std::shared_ptr<ZentavoImageView> currentItemView; ///< null without slides
+    /// The next page turn; 0 while none is to come.
+    platform::TimerId timer = 0;
+    std::vector<std::shared_ptr<ZentavoImageView>> itemViews; ///< one for each slide
+    std::size_t currentItemIndex = 0;
+    double imageViewBottomContraint = 0; ///< sic; from the pictures to the end of everything
+    double titleHeight = 0;
+    double subtitleHeight = 0;
+    double bodyHeight = 0;
+    double viewWidth = 0;
+    std::shared_ptr<platform::View> pageControl; ///< a dot for each slide
+
+protected:
+    void build() override;
+    layout::PushFrames arrange(const layout::PushParts& parts) const override;
+    void place(const layout::PushFrames& frames) override;
+    void paint(const TemplatePalette& palette) override;
+    void appeared() override;
+    void disappeared() override;
+    platform::Size pictureSize() const override;
+    void store(PushChoices& choices, const std::string& url) const override;
+
+private:
+    void wait();
+    void stop();
+    /// Turns to another slide, which comes in from the side of `direction`: 1 is where the text goes on.
+    void turn(int direction);
+    void tapped(std::size_t slide);
+    void update();
+    std::size_t next(int direction) const;
+
+    std::vector<std::shared_ptr<platform::View>> slides_; ///< what is tapped, around each picture
+    std::vector<std::shared_ptr<platform::View>> dots_;
+    platform::Colour dot_;
+    platform::Colour currentDot_;
+};
+
+} // namespace zentavo
