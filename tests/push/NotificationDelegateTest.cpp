@@ -87,7 +87,8 @@ TEST_F(NotificationDelegateTest, ADismissalIsToldAndDoesNothingElse) {
 }
 
 TEST_F(NotificationDelegateTest, AClickFiresItsTrackingURLAndOpensItsURL) {
-    memory.session->on({.host = "track.shop.example"}, {.body = R"({"utm": {"utm_source": "push"}, "_clk_bc": "k"})"});
+    memory.session->on({.host = "track.shop.example"},
+                       testing::ScriptedAnswer{.body = R"({"utm": {"utm_source": "push"}, "_clk_bc": "k"})"});
     Map push = payload("");
     push.set("trackingClickUrl", "https://track.shop.example/c/p1");
     EXPECT_THAT(opens(push), ElementsAre("https://shop.example/"));

@@ -94,17 +94,17 @@ PushTemplateBaseController::handleNotification(std::shared_ptr<platform::Notific
                                                 : "Push template: there is no window to show it in");
                 return nullptr;
             }
-            NotificationProperties data;
+            NotificationProperties properties;
             if (auto decoded = NotificationProperties::read(*aps)) {
-                data = std::move(*decoded);
+                properties = std::move(*decoded);
             } else {
                 state.log->write("Push template: " + decoded.error().message);
-                data.template_ = textUnder(*aps, "template");
-                data.urlImageString = textUnder(*aps, "urlImageString");
+                properties.template_ = textUnder(*aps, "template");
+                properties.urlImageString = textUnder(*aps, "urlImageString");
             }
-            const std::string name = data.template_.value_or("");
+            const std::string name = properties.template_.value_or("");
             Setup setup{sdk, userInterface, std::move(withController), withNotification.request.content,
-                        std::move(data)};
+                        std::move(properties)};
             std::shared_ptr<PushTemplateBaseController> made;
             if (name == PushTemplate::rating) {
                 made = std::make_shared<RatingController>(std::move(setup));
