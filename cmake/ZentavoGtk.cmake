@@ -1,7 +1,8 @@
 # Looks for what the GTK port is made with. ZENTAVO_GTK_FOUND says whether there is a target zentavo_gtk.
 
 set(ZENTAVO_GTK_FOUND FALSE)
-if(NOT ZENTAVO_BUILD_GTK_PORT)
+# What stands on the toolkit stands on the desktop's bus as well.
+if(NOT ZENTAVO_BUILD_GTK_PORT OR NOT ZENTAVO_DESKTOP_FOUND)
   return()
 endif()
 find_package(PkgConfig QUIET)

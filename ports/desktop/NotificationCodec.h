@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "zentavo/foundation/Result.h"
+#include "zentavo/platform/Notification.h"
+
+namespace zentavo::desktop {
+
+/// Notifications as text, for the way between an app's programs. Any thread.
+namespace codec {
+
+/// More than this is refused, either way.
+inline constexpr std::size_t maximumBytes = 256U << 10U;
+
+Result<std::string> write(const platform::Notification& notification);
+/// Strict: what another program sends is not to be trusted. Without an identifier it is no notification.
+Result<platform::Notification> readNotification(std::string_view text);
+
+Result<std::string> write(const platform::NotificationResponse& response);
+Result<platform::NotificationResponse> readResponse(std::string_view text);
+
+} // namespace codec
+} // namespace zentavo::desktop

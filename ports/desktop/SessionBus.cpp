@@ -1,0 +1,299 @@
+#include "ports/desktop/SessionBus.h"
+
+#include <atomic>
+#include <csignal>
+#include <memory>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <gio/gio.h>
+#include <pthread.h>
+
+#include "zentavo/foundation/Mutex.h"
+
+namespace zentavo::desktop {
+
+namespace {
+
+/// A handler on its way through a C interface, which destroys it by `drop`.
+template <class Handler>
+void drop(gpointer data) {
+    delete static_cast<Handler*>(data);
+}
+
+Error taken(GError* error) {
+    // What the other side calls its error stands in front of the text; a reader has no use for that.
+    g_dbus_error_strip_remote_error(error);
+    Error result{error->message};
+    g_error_free(error);
+    return result;
+}
+
+const char* orNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
+
+} // namespace
+
+/// Lives until its thread has ended. What is not guarded belongs to the thread.
+class SessionBus::Core : public std::enable_shared_from_this<Core> {
+public:
+    /// A handler that is due once, or never when the bus goes before.
+    template <class Handler>
+    struct Posted {
+        Core& core;
+        Handler handler;
+    };
+
+    explicit Core(std::string address)
+        : address_(std::move(address)), context_(g_main_context_new()), loop_(g_main_loop_new(context_, FALSE)) {}
+    ~Core() {
+        g_main_loop_unref(loop_);
+        g_main_context_unref(context_);
+    }
+
+    void run(Block block, std::chrono::milliseconds delay) {
+        GSource* source = delay.count() > 0 ? g_timeout_source_new(static_cast<guint>(delay.count()))
+                                            : g_idle_source_new();
+        g_source_set_priority(source, G_PRIORITY_DEFAULT);
+        g_source_set_callback(
+            source,
+            [](gpointer data) -> gboolean {
+                const auto* posted = static_cast<Posted<Block>*>(data);
+                if (!posted->core.stopping_) {
+                    posted->handler();
+                }
+                return G_SOURCE_REMOVE;
+            },
+            new Posted<Block>{*this, std::move(block)}, drop<Posted<Block>>);
+        g_source_attach(source, context_);
+        g_source_unref(source);
+
+        MutexLock lock(mutex_);
+        if (!thread_.joinable()) {
+            start();
+        }
+    }
+
+    void stop() {
+        stopping_ = true;
+        MutexLock lock(mutex_);
+        std::thread thread = std::move(thread_);
+        lock.unlock();
+        if (!thread.joinable()) {
+            return;
+        }
+        // As a block, since a loop that has not begun forgets that it was asked to end.
+        g_main_context_invoke(
+            context_,
+            [](gpointer loop) -> gboolean {
+                g_main_loop_quit(static_cast<GMainLoop*>(loop));
+                return G_SOURCE_REMOVE;
+            },
+            loop_);
+        if (thread.get_id() == std::this_thread::get_id()) {
+            thread.detach();
+        } else {
+            thread.join();
+        }
+    }
+
+    /// Null without a bus; then `whyNot` says why.
+    GDBusConnection* connection() {
+        if (connection_ == nullptr && whyNot_.message.empty()) {
+            connect();
+        }
+        return connection_;
+    }
+    const Error& whyNot() const { return whyNot_; }
+    bool stopping() const noexcept { return stopping_; }
+    void keep(Block undo) { undo_.push_back(std::move(undo)); }
+
+private:
+    void start() ZENTAVO_REQUIRES(mutex_) {
+        // The host's signals are for the host's threads.
+        sigset_t all;
+        sigset_t before;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before);
+        thread_ = std::thread([self = shared_from_this()] { self->work(); });
+        pthread_setname_np(thread_.native_handle(), "zentavo-bus");
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    }
+
+    void work() {
+        g_main_context_push_thread_default(context_);
+        g_main_loop_run(loop_);
+        for (const Block& undo : std::exchange(undo_, {})) {
+            undo();
+        }
+        if (connection_ != nullptr) {
+            g_dbus_connection_flush_sync(connection_, nullptr, nullptr);
+            g_dbus_connection_close_sync(connection_, nullptr, nullptr);
+            g_clear_object(&connection_);
+        }
+        // What the library had still to tell us, or to free.
+        while (g_main_context_iteration(context_, FALSE) != FALSE) {
+        }
+        g_main_context_pop_thread_default(context_);
+    }
+
+    void connect() {
+        GError* error = nullptr;
+        std::string address = address_;
+        if (address.empty()) {
+            char* found = g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, nullptr, &error);
+            address = found != nullptr ? found : "";
+            g_free(found);
+        }
+        if (error == nullptr) {
+            // One of our own: the library's shared one ends the process with the bus.
+            connection_ = g_dbus_connection_new_for_address_sync(
+                address.c_str(),
+                static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                  G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+                nullptr, nullptr, &error);
+        }
+        if (connection_ == nullptr) {
+            whyNot_ = {"there is no message bus: " + taken(error).message};
+        }
+    }
+
+    const std::string address_;
+    GMainContext* const context_;
+    GMainLoop* const loop_;
+    GDBusConnection* connection_ = nullptr;
+    Error whyNot_;
+    std::vector<Block> undo_;
+    std::atomic<bool> stopping_ = false;
+    Mutex mutex_;
+    std::thread thread_ ZENTAVO_GUARDED_BY(mutex_);
+};
+
+SessionBus::SessionBus(std::string address) : core_(std::make_shared<Core>(std::move(address))) {}
+
+SessionBus::~SessionBus() { core_->stop(); }
+
+void SessionBus::run(Block block) { core_->run(std::move(block), {}); }
+
+void SessionBus::after(std::chrono::milliseconds delay, Block block) { core_->run(std::move(block), delay); }
+
+void SessionBus::call(Call call, Answer answer) {
+    run([core = core_.get(), call = std::move(call), answer = std::move(answer)]() mutable {
+        GDBusConnection* connection = core->connection();
+        if (connection == nullptr) {
+            if (answer) {
+                answer(core->whyNot());
+            }
+            return;
+        }
+        GVariantType* type = g_variant_type_new(call.answerType);
+        g_dbus_connection_call(
+            connection, call.destination.c_str(), call.path.c_str(), call.interface.c_str(), call.method.c_str(),
+            call.parameters.get(), type, call.mayStart ? G_DBUS_CALL_FLAGS_NONE : G_DBUS_CALL_FLAGS_NO_AUTO_START,
+            static_cast<int>(call.timeout.count()), nullptr,
+            [](GObject* source, GAsyncResult* result, gpointer data) {
+                const std::unique_ptr<Core::Posted<Answer>> waiting(static_cast<Core::Posted<Answer>*>(data));
+                GError* error = nullptr;
+                GVariant* values = g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error);
+                const auto outcome = values != nullptr ? Result<Variant>(Variant::take(values)) : taken(error);
+                if (waiting->handler && !waiting->core.stopping()) {
+                    waiting->handler(outcome);
+                }
+            },
+            new Core::Posted<Answer>{*core, std::move(answer)});
+        g_variant_type_free(type);
+    });
+}
+
+void SessionBus::emit(std::string path, std::string interface, std::string signal, Variant parameters) {
+    run([core = core_.get(), path = std::move(path), interface = std::move(interface), signal = std::move(signal),
+         parameters = std::move(parameters)] {
+        if (GDBusConnection* connection = core->connection()) {
+            g_dbus_connection_emit_signal(connection, nullptr, path.c_str(), interface.c_str(), signal.c_str(),
+                                          parameters.get(), nullptr);
+        }
+    });
+}
+
+void SessionBus::listen(std::string sender, std::string path, std::string interface, std::string signal,
+                        SignalHandler handler) {
+    run([core = core_.get(), sender = std::move(sender), path = std::move(path), interface = std::move(interface),
+         signal = std::move(signal), handler = std::move(handler)]() mutable {
+        GDBusConnection* connection = core->connection();
+        if (connection == nullptr) {
+            return;
+        }
+        const guint id = g_dbus_connection_signal_subscribe(
+            connection, orNull(sender), interface.c_str(), signal.c_str(), orNull(path), nullptr,
+            G_DBUS_SIGNAL_FLAGS_NONE,
+            [](GDBusConnection*, const char* from, const char*, const char*, const char*, GVariant* parameters,
+               gpointer data) {
+                (*static_cast<SignalHandler*>(data))(from != nullptr ? from : "", Variant::share(parameters));
+            },
+            new SignalHandler(std::move(handler)), drop<SignalHandler>);
+        core->keep([connection, id] { g_dbus_connection_signal_unsubscribe(connection, id); });
+    });
+}
+
+void SessionBus::watch(std::string name, PresenceHandler handler) {
+    run([core = core_.get(), name = std::move(name), handler = std::move(handler)]() mutable {
+        GDBusConnection* connection = core->connection();
+        if (connection == nullptr) {
+            return handler(false);
+        }
+        const guint id = g_bus_watch_name_on_connection(
+            connection, name.c_str(), G_BUS_NAME_WATCHER_FLAGS_NONE,
+            [](GDBusConnection*, const char*, const char*, gpointer data) {
+                (*static_cast<PresenceHandler*>(data))(true);
+            },
+            [](GDBusConnection*, const char*, gpointer data) { (*static_cast<PresenceHandler*>(data))(false); },
+            new PresenceHandler(std::move(handler)), drop<PresenceHandler>);
+        core->keep([id] { g_bus_unwatch_name(id); });
+    });
+}
+
+void SessionBus::own(std::string name, PresenceHandler handler) {
+    run([core = core_.get(), name = std::move(name), handler = std::move(handler)]() mutable {
+        GDBusConnection* connection = core->connection();
+        if (!handler) {
+            handler = [](bool) {};
+        }
+        if (connection == nullptr) {
+            return handler(false);
+        }
+        const guint id = g_bus_own_name_on_connection(
+            connection, name.c_str(), G_BUS_NAME_OWNER_FLAGS_NONE,
+            [](GDBusConnection*, const char*, gpointer data) { (*static_cast<PresenceHandler*>(data))(true); },
+            [](GDBusConnection*, const char*, gpointer data) { (*static_cast<PresenceHandler*>(data))(false); },
+            new PresenceHandler(std::move(handler)), drop<PresenceHandler>);
+        core->keep([id] { g_bus_unown_name(id); });
+    });
+}
+
+void SessionBus::serve(std::string path, const char* interfaces, MethodHandler handler) {
+    run([core = core_.get(), path = std::move(path), interfaces, handler = std::move(handler)] {
+        GDBusConnection* connection = core->connection();
+        if (connection == nullptr) {
+            return;
+        }
+        // The text is ours: one that cannot be read is a mistake that the first test sees.
+        GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(interfaces, nullptr);
+        g_assert(node != nullptr);
+        static constexpr GDBusInterfaceVTable methods{
+            [](GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*,
+               GDBusMethodInvocation* invocation, gpointer data) {
+                (*static_cast<MethodHandler*>(data))(MethodCall(invocation));
+            },
+            nullptr,
+            nullptr,
+            {}};
+        for (GDBusInterfaceInfo** each = node->interfaces; *each != nullptr; ++each) {
+            const guint id = g_dbus_connection_register_object(connection, path.c_str(), *each, &methods,
+                                                               new MethodHandler(handler), drop<MethodHandler>, nullptr);
+            core->keep([connection, id] { g_dbus_connection_unregister_object(connection, id); });
+        }
+        g_dbus_node_info_unref(node);
+    });
+}
+
+} // namespace zentavo::desktop

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "ports/desktop/MethodCall.h"
+#include "ports/desktop/Variant.h"
+#include "zentavo/foundation/Result.h"
+
+namespace zentavo::desktop {
+
+/// The user's message bus, with a connection and a thread of our own: the host may have neither, or a loop that stands
+/// still. Both are made when they are first needed. Members on any thread, and none of them waits; what arrives is told
+/// on the bus's thread, in the order in which it came.
+///
+/// Where there is no bus, calls fail with an error and nothing else ever happens. A bus that is lost is not sought again:
+/// it ends with the user's session.
+class SessionBus {
+public:
+    using Block = std::function<void()>;
+    using Answer = std::function<void(Result<Variant> values)>;
+    using SignalHandler = std::function<void(const std::string& sender, const Variant& parameters)>;
+    using MethodHandler = std::function<void(MethodCall call)>;
+    using PresenceHandler = std::function<void(bool present)>;
+
+    static constexpr std::chrono::milliseconds usualTimeout{10'000};
+
+    struct Call {
+        std::string destination;
+        std::string path;
+        std::string interface;
+        std::string method;
+        /// A tuple, or nothing for a method without arguments.
+        Variant parameters;
+        /// What the answer must be, as a type string; any other answer is an error.
+        const char* answerType = "()";
+        /// Whether the bus may start a program for `destination`.
+        bool mayStart = true;
+        std::chrono::milliseconds timeout = usualTimeout;
+    };
+
+    /// `address` is for tests; without one the bus is that of the session.
+    explicit SessionBus(std::string address = {});
+    /// Waits for the handler that runs at the moment, unless this is its thread. Calls that are under way are not
+    /// answered any more, names are given back.
+    ~SessionBus();
+    SessionBus(const SessionBus&) = delete;
+    SessionBus& operator=(const SessionBus&) = delete;
+
+    /// Runs `block` on the bus's thread, after what was asked for before.
+    void run(Block block);
+    /// Runs `block` there after `delay`.
+    void after(std::chrono::milliseconds delay, Block block);
+
+    /// `answer` is called once, unless the bus goes before.
+    void call(Call call, Answer answer = {});
+    /// Sends a signal from an object of ours to whoever listens.
+    void emit(std::string path, std::string interface, std::string signal, Variant parameters);
+
+    /// Listens to a signal. `sender` is a name of the bus, which the bus follows from owner to owner, or empty for
+    /// whoever sends it; `path` may be empty as well.
+    void listen(std::string sender, std::string path, std::string interface, std::string signal, SignalHandler handler);
+    /// Told whether somebody owns `name`: once at the beginning, then at each change.
+    void watch(std::string name, PresenceHandler handler);
+    /// Makes `name` ours, waiting for it where another program has it. Told when we have it, and when we lose it.
+    void own(std::string name, PresenceHandler handler = {});
+    /// Answers calls of the object at `path`. `interfaces` is introspection XML, a "node" with any number of
+    /// interfaces; calls that do not fit it are refused before `handler` sees them. To be called before `own`, or a
+    /// program that was started for a call misses it.
+    void serve(std::string path, const char* interfaces, MethodHandler handler);
+
+private:
+    class Core;
+    const std::shared_ptr<Core> core_;
+};
+
+} // namespace zentavo::desktop
