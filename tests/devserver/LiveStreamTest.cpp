@@ -87,12 +87,13 @@ TEST_F(LiveStreamTest, WhoDoesNotReadIsSentAway) {
     LoggedRequest large;
     large.findings.event.assign(8U << 20U, 'x');
     server->log().add(large);
-    EXPECT_THAT(quick->readUntil("faults"), HasSubstr("\"number\":1,"));
+    // Compared as truths: eight megabytes are nothing to print.
+    EXPECT_TRUE(quick->readUntil("faults").find("\"number\":1,") != std::string::npos);
     server->log().add(large);
-    EXPECT_THAT(quick->readUntil("\"number\":2,"), HasSubstr("\"number\":2,"));
+    EXPECT_TRUE(quick->readUntil("\"number\":2,").find("\"number\":2,") != std::string::npos);
     const std::string all = slow->readUntil("than they were read");
     EXPECT_TRUE(all.ends_with("\x0F\xA0requests came faster than they were read"));
-    EXPECT_THAT(all, Not(HasSubstr("\"number\":2,")));
+    EXPECT_EQ(all.find("\"number\":2,"), std::string::npos);
     server->log().add({});
     EXPECT_THAT(watch("?since=2")->readUntil("faults"), HasSubstr("\"number\":3,")) << "and may come again";
 }

@@ -15,6 +15,13 @@
 
 namespace zentavo::devserver {
 
+namespace {
+
+/// Milliseconds without a byte after which nothing more is expected; a busy machine's sanitizer build needs several.
+constexpr int patience = 30'000;
+
+} // namespace
+
 Map sampleEvent(const std::string& name) {
     return Map{
         {"dims", Map{{"users", Map{{"name", "Ann"}}}, {"customers", Map{{"customer_id", "c1"}}}}},
@@ -94,7 +101,7 @@ std::string RawConnection::readUntil(const std::string& end) const {
     std::array<char, 65536> bytes;
     pollfd entry{socket_, POLLIN, 0};
     std::size_t searched = 0;
-    while (all.find(end, searched) == std::string::npos && ::poll(&entry, 1, 2'000) > 0) {
+    while (all.find(end, searched) == std::string::npos && ::poll(&entry, 1, patience) > 0) {
         searched = all.size() - std::min(all.size(), end.size());
         const ssize_t count = ::recv(socket_, bytes.data(), bytes.size(), 0);
         if (count <= 0) {

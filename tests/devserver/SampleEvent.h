@@ -40,7 +40,7 @@ public:
     RawConnection& operator=(const RawConnection&) = delete;
 
     void send(const std::string& bytes) const;
-    /// What comes until `end` has come, the other side closes, or two seconds have passed with nothing.
+    /// What comes until `end` has come, the other side closes, or nothing has come for long enough to be sure.
     std::string readUntil(const std::string& end) const;
     std::string readAll() const { return readUntil(std::string(1, '\0')); }
     /// How the last read ended: true when the connection was broken rather than closed.
