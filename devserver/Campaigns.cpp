@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "devserver/BodyChecks.h"
+#include "devserver/Placeholders.h"
 #include "devserver/Text.h"
 #include "zentavo/foundation/JSON.h"
 
@@ -142,27 +143,14 @@ std::string Tracking::url(std::string_view what) const {
 }
 
 std::string filled(std::string_view text, const Tracking& tracking) {
-    const std::array<std::pair<std::string_view, std::string>, 5> values{{
+    const std::array<Placeholder, 5> values{{
         {"{{server}}", tracking.server},
         {"{{story}}", std::to_string(tracking.story)},
         {"{{impression}}", tracking.url("impression")},
         {"{{viewable}}", tracking.url("viewable")},
         {"{{click}}", tracking.url("click")},
     }};
-    std::string result;
-    result.reserve(text.size() + 256);
-    while (!text.empty()) {
-        const std::size_t at = text.find("{{");
-        result += text.substr(0, at);
-        if (at == std::string_view::npos) {
-            break;
-        }
-        text.remove_prefix(at);
-        const auto value = std::ranges::find_if(values, [&](const auto& each) { return text.starts_with(each.first); });
-        result += value != values.end() ? value->second : text.substr(0, 2);
-        text.remove_prefix(value != values.end() ? value->first.size() : 2);
-    }
-    return result;
+    return fillIn(text, values);
 }
 
 } // namespace zentavo::devserver

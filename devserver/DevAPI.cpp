@@ -72,6 +72,13 @@ const std::vector<DevAPI::Entry>& DevAPI::entries() {
         {"POST", "/_dev/fault", &DevAPI::addFault},
         {"DELETE", "/_dev/fault", &DevAPI::clearFaults},
         {"GET", "/_dev/devices", &DevAPI::listDevices},
+        {"GET", "/_dev/push", &DevAPI::listPushFiles},
+        {"POST", "/_dev/push", &DevAPI::sendPush},
+        {"GET", "/_dev/pushes", &DevAPI::listPushes},
+        {"DELETE", "/_dev/pushes", &DevAPI::clearPushes},
+        {"GET", "/_dev/push/registrations", &DevAPI::listRegistrations},
+        {"POST", "/_dev/push/registrations", &DevAPI::renewRegistration},
+        {"DELETE", "/_dev/push/registrations", &DevAPI::dropRegistration},
         {"GET", "/_dev/inbox", &DevAPI::showInbox},
         {"POST", "/_dev/inbox", &DevAPI::addToInbox},
         {"GET", "/_dev/deliveries", &DevAPI::listDeliveries},
@@ -84,7 +91,7 @@ const std::vector<DevAPI::Entry>& DevAPI::entries() {
 }
 
 DevAPI::DevAPI(const Parts& parts)
-    : log_(parts.log), faults_(parts.faults), push_(parts.push), inbox_(parts.inbox), campaigns_(parts.campaigns),
+    : log_(parts.log), faults_(parts.faults), push_(parts.push), sender_(parts.sender), endpoints_(parts.endpoints), pushes_(parts.pushes), inbox_(parts.inbox), campaigns_(parts.campaigns),
       deliveries_(parts.deliveries), delivery_(parts.delivery), stream_(parts.stream) {}
 
 void DevAPI::handle(const IncomingRequest& request, Connection& connection, httplib::Response& response) {
@@ -220,6 +227,61 @@ void DevAPI::clearFaults(const Call& call) {
 }
 
 void DevAPI::listDevices(const Call& call) { answer(call.response, 200, push_.devices()); }
+
+void DevAPI::listPushFiles(const Call& call) {
+    List files;
+    for (const PushFiles::File& file : sender_.files().all()) {
+        files.emplace_back(Map{{"name", file.name}, {"text", utf8Text(file.text)}});
+    }
+    answer(call.response, 200, Map{{"files", std::move(files)}});
+}
+
+void DevAPI::sendPush(const Call& call) {
+    const auto slot = waiting_.take();
+    if (!slot) {
+        answer(call.response, 503, Map{{"error", "too many are waiting already"}});
+        return;
+    }
+    Problems problems;
+    Map sent;
+    if (const auto order = json::readMap(call.request.body)) {
+        sent = sender_.send(*order, serverURL(call.request), problems);
+    } else {
+        problems.add("the body cannot be read: " + utf8Text(order.error().message));
+    }
+    if (!refused(call.response, problems, "this push cannot be sent")) {
+        answer(call.response, 200, sent);
+    }
+}
+
+void DevAPI::listPushes(const Call& call) { answer(call.response, 200, Map{{"pushes", pushes_.list()}}); }
+
+void DevAPI::clearPushes(const Call& call) {
+    pushes_.clear();
+    answer(call.response, 200, Map{{"status", "ok"}});
+}
+
+void DevAPI::listRegistrations(const Call& call) { answer(call.response, 200, endpoints_.map()); }
+void DevAPI::renewRegistration(const Call& call) { changeRegistration(call, &PushEndpoints::renew); }
+void DevAPI::dropRegistration(const Call& call) { changeRegistration(call, &PushEndpoints::drop); }
+
+void DevAPI::changeRegistration(const Call& call, bool (PushEndpoints::*change)(std::string_view)) {
+    Problems problems;
+    QueryReader reader(call.request.query, problems);
+    const auto token = reader.text("token");
+    reader.finish();
+    if (!token && problems.empty()) {
+        problems.add("token is missing");
+    }
+    if (refused(call.response, problems)) {
+        return;
+    }
+    if (!(endpoints_.*change)(*token)) {
+        answer(call.response, 404, Map{{"error", "no app has registered with the token " + inQuotes(*token)}});
+        return;
+    }
+    answer(call.response, 200, Map{{"status", "ok"}});
+}
 
 void DevAPI::showInbox(const Call& call) { answer(call.response, 200, inbox_.everything()); }
 

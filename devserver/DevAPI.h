@@ -11,7 +11,10 @@
 #include "devserver/InboxService.h"
 #include "devserver/IncomingRequest.h"
 #include "devserver/LiveStream.h"
+#include "devserver/PushEndpoints.h"
+#include "devserver/PushLog.h"
 #include "devserver/PushRegistrationService.h"
+#include "devserver/PushSender.h"
 #include "devserver/RequestLog.h"
 #include "devserver/Slots.h"
 
@@ -28,6 +31,9 @@ public:
         RequestLog& log;
         FaultPlan& faults;
         const PushRegistrationService& push;
+        PushSender& sender;
+        PushEndpoints& endpoints;
+        PushLog& pushes;
         InboxService& inbox;
         const Campaigns& campaigns;
         DeliveryLog& deliveries;
@@ -62,6 +68,13 @@ private:
     void addFault(const Call& call);
     void clearFaults(const Call& call);
     void listDevices(const Call& call);
+    void listPushFiles(const Call& call);
+    void sendPush(const Call& call);
+    void listPushes(const Call& call);
+    void clearPushes(const Call& call);
+    void listRegistrations(const Call& call);
+    void renewRegistration(const Call& call);
+    void dropRegistration(const Call& call);
     void showInbox(const Call& call);
     void addToInbox(const Call& call);
     void listDeliveries(const Call& call);
@@ -72,10 +85,14 @@ private:
 
     /// The logged request that the query names, or null after answering that there is none.
     RequestLog::Shared named(const Call& call);
+    void changeRegistration(const Call& call, bool (PushEndpoints::*change)(std::string_view));
 
     RequestLog& log_;
     FaultPlan& faults_;
     const PushRegistrationService& push_;
+    PushSender& sender_;
+    PushEndpoints& endpoints_;
+    PushLog& pushes_;
     InboxService& inbox_;
     const Campaigns& campaigns_;
     DeliveryLog& deliveries_;

@@ -10,6 +10,8 @@
 #include "devserver/InboxService.h"
 #include "devserver/Listener.h"
 #include "devserver/LiveStream.h"
+#include "devserver/PushEndpoints.h"
+#include "devserver/PushSender.h"
 #include "devserver/ServiceDesk.h"
 #include "zentavo/foundation/Result.h"
 
@@ -32,6 +34,13 @@ public:
         std::string campaignFolder;
         /// Offers the campaigns for "*" from the start.
         bool catchAll = false;
+        /// A folder of JSON files with pushes that lie ready; empty means the built-in ones.
+        std::string pushFolder;
+        /// The database of push registrations; empty means memory.
+        std::string pushStore;
+        /// Plays a push distributor on a D-Bus bus; of its settings the server fills in where its endpoints are.
+        bool playsDistributor = false;
+        Distributor::Settings distributor;
         RequestLog::Bounds logBounds;
         /// Called for each request of the services, on its connection's thread; may be null.
         ServiceDesk::Observer observer;
@@ -46,18 +55,25 @@ public:
     /// "http://127.0.0.1:8787".
     std::string url() const;
 
+    /// Why no distributor runs although one was asked for; empty otherwise.
+    const std::string& distributorProblem() const noexcept { return distributorProblem_; }
+
     RequestLog& log() noexcept { return log_; }
     FaultPlan& faults() noexcept { return faults_; }
 
 private:
-    DevServer(const Settings& settings, std::unique_ptr<InboxStore> inbox, Campaigns campaigns,
-              std::unique_ptr<Listener> listener);
+    struct Parts;
+    DevServer(const Settings& settings, Parts parts);
     void handle(IncomingRequest&& request, Connection& connection, httplib::Response& response);
 
     const std::string host_;
     RequestLog log_;
     FaultPlan faults_;
+    const std::string distributorProblem_;
+    const std::shared_ptr<PushLog> pushes_;
     const std::shared_ptr<PushRegistrationService> push_;
+    PushEndpoints endpoints_;
+    PushSender sender_;
     const std::shared_ptr<InboxService> inbox_;
     const std::shared_ptr<const Campaigns> campaigns_;
     const std::shared_ptr<DeliveryLog> deliveries_;

@@ -20,6 +20,10 @@ Answer EventService::answer(const IncomingRequest& request, std::string_view, Tw
     checkQuery(request.query, queryRules, findings.problems);
     checkEvent(request, "/event", twin, body, {}, findings.problems);
 
+    const Map* properties = mapMember(body, "extra");
+    if (findings.event == "submit_rating" && properties != nullptr && findings.problems.empty()) {
+        pushes_->rated(*properties);
+    }
     Answer answer{200, {{"status", "ok"}}};
     if (!sessionId_.empty()) {
         answer.body.set("session_id", sessionId_);

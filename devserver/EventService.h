@@ -1,16 +1,20 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
+#include "devserver/PushLog.h"
 #include "devserver/Service.h"
 
 namespace zentavo::devserver {
 
-/// Collects events, as the platform does, and is stricter than the platform about their shape.
+/// Collects events, as the platform does, and is stricter than the platform about their shape. A rating of a push is noted
+/// with the push.
 class EventService final : public Service {
 public:
     /// A non-empty `sessionId` stands in every answer.
-    explicit EventService(std::string sessionId = {}) : sessionId_(std::move(sessionId)) {}
+    EventService(std::string sessionId, std::shared_ptr<PushLog> pushes)
+        : sessionId_(std::move(sessionId)), pushes_(std::move(pushes)) {}
 
     std::vector<Route> routes() const override;
     Answer answer(const IncomingRequest& request, std::string_view path, Twin twin, const Map& body,
@@ -18,6 +22,7 @@ public:
 
 private:
     const std::string sessionId_;
+    const std::shared_ptr<PushLog> pushes_;
 };
 
 } // namespace zentavo::devserver

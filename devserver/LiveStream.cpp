@@ -54,8 +54,8 @@ std::string summaries(const std::vector<RequestLog::Shared>& requests, std::uint
 
 } // namespace
 
-LiveStream::LiveStream(const RequestLog& log, const FaultPlan& faults)
-    : log_(log), faults_(faults), run_(utcTimestamp(std::chrono::system_clock::now())) {
+LiveStream::LiveStream(const RequestLog& log, const FaultPlan& faults, const PushLog& pushes)
+    : log_(log), faults_(faults), pushes_(pushes), run_(utcTimestamp(std::chrono::system_clock::now())) {
     websocket::ServerHandlers handlers;
     handlers.onRequest = [this](const ServerRequest& request) { return websocket::Verdict{judge(request), {}, {}}; };
     handlers.onOpen = [this](const std::shared_ptr<ServerConnection>& connection) { welcome(connection); };
@@ -161,7 +161,8 @@ std::string LiveStream::status() const {
                                       {"total", counters.total},
                                       {"dropped", counters.dropped},
                                       {"with_problems", counters.withProblems},
-                                      {"faults", faults_.list()}});
+                                      {"faults", faults_.list()},
+                                      {"pushes", pushes_.changes()}});
     return text ? *text : "{}";
 }
 

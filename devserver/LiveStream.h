@@ -10,6 +10,7 @@
 
 #include "devserver/Connection.h"
 #include "devserver/FaultPlan.h"
+#include "devserver/PushLog.h"
 #include "devserver/RequestLog.h"
 #include "devserver/SerialQueue.h"
 #include "zentavo/websocket/WebSocketServer.h"
@@ -21,7 +22,8 @@ namespace zentavo::devserver {
 ///                      what came before is no more
 ///   skipped            requests that are not told: they came too fast, or were too many
 ///   requests           summaries of logged requests, the oldest first
-///   status             {"kept", "total", "dropped", "with_problems", "faults"}, when it has changed
+///   status             {"kept", "total", "dropped", "with_problems", "faults", "pushes"}, when it has changed;
+///                      the last is another number whenever something was heard of a push
 /// A viewer is nothing but a place in the log and a bounded queue. One that reads too slowly for that is sent away with
 /// `tooSlow`, and may come again.
 class LiveStream {
@@ -32,7 +34,7 @@ public:
     static constexpr std::size_t maximumQueued = 2U << 20U;
     static constexpr auto tooSlow = static_cast<websocket::CloseCode>(4000);
 
-    LiveStream(const RequestLog& log, const FaultPlan& faults);
+    LiveStream(const RequestLog& log, const FaultPlan& faults, const PushLog& pushes);
     ~LiveStream();
     LiveStream(const LiveStream&) = delete;
     LiveStream& operator=(const LiveStream&) = delete;
@@ -61,6 +63,7 @@ private:
 
     const RequestLog& log_;
     const FaultPlan& faults_;
+    const PushLog& pushes_;
     /// Tells one run of the server from another.
     const std::string run_;
     const std::shared_ptr<SerialQueue> queue_ = std::make_shared<SerialQueue>();

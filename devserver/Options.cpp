@@ -29,6 +29,9 @@ bool* switchOf(Options& options, std::string_view name) {
     if (name == "--catch-all") {
         return &options.catchAll;
     }
+    if (name == "--distributor") {
+        return &options.distributor;
+    }
     if (name == "--help" || name == "-h") {
         return &options.help;
     }
@@ -47,6 +50,15 @@ std::string* textOf(Options& options, std::string_view name) {
     }
     if (name == "--campaigns") {
         return &options.campaignFolder;
+    }
+    if (name == "--pushes") {
+        return &options.pushFolder;
+    }
+    if (name == "--push-store") {
+        return &options.pushStore;
+    }
+    if (name == "--distributor-name") {
+        return &options.distributorName;
     }
     return name == "--inbox-store" ? &options.inboxStore : nullptr;
 }
@@ -105,6 +117,10 @@ std::string_view Options::helpText() noexcept {
   --inbox-store FILE keep the inbox in this file; it is filled only while it is empty
   --campaigns DIR   take in-app campaigns from this folder instead of the built-in ones
   --catch-all       offer the campaigns for "*" for any event; the page can switch that too
+  --pushes DIR      take pushes that lie ready from this folder instead of the built-in ones
+  --distributor     play a push distributor (UnifiedPush) on the session's D-Bus bus
+  --distributor-name NAME  the distributor's name on the bus
+  --push-store FILE keep in this file which apps have registered with the distributor
   --parent          stop when the parent process ends or the pipe on standard input closes
   --lifetime S      stop after so many seconds
   --version         print the version

@@ -24,6 +24,11 @@ struct Options {
     std::string inboxFolder;
     std::string inboxStore;
     std::string campaignFolder;
+    std::string pushFolder;
+    std::string pushStore;
+    bool distributor = false;
+    /// Empty means the usual one.
+    std::string distributorName;
     bool catchAll = false;
     std::optional<std::chrono::milliseconds> lifetime;
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "devserver/BodyChecks.h"
+#include "devserver/PushAddress.h"
 #include "devserver/Text.h"
 #include "zentavo/foundation/Hex.h"
 #include "zentavo/foundation/UUID.h"
@@ -91,7 +92,11 @@ List PushRegistrationService::devices() const {
     MutexLock lock(mutex_);
     List list;
     for (const auto& [uid, device] : devices_) {
-        list.push_back(device);
+        Map told = device;
+        const auto address = PushAddress::ofToken(*textMember(device, "identifier"));
+        told.set("reached_at", address ? address->endpoint : "nowhere: " + address.error().message);
+        told.set("encrypted", address && address->receiver);
+        list.emplace_back(std::move(told));
     }
     return list;
 }

@@ -19,7 +19,8 @@ public:
     Answer answer(const IncomingRequest& request, std::string_view path, Twin twin, const Map& body,
                   Findings& findings) override;
 
-    /// One map for each identified device: its push uid, portal, token and device id.
+    /// One map for each identified device: its push uid, portal, token and device id; where it can be reached, or why it
+    /// cannot; and whether it wants its pushes encrypted.
     List devices() const;
 
 private:

@@ -35,12 +35,21 @@ int run(const Options& options) {
     settings.inboxStore = options.inboxStore;
     settings.campaignFolder = options.campaignFolder;
     settings.catchAll = options.catchAll;
+    settings.pushFolder = options.pushFolder;
+    settings.pushStore = options.pushStore;
+    settings.playsDistributor = options.distributor;
+    if (!options.distributorName.empty()) {
+        settings.distributor.name = options.distributorName;
+    }
     if (!options.quiet) {
         settings.observer = [&console](const LoggedRequest& request) { console.print(request); };
     }
     const auto server = DevServer::open(settings);
     if (!server) {
         return fail(server.error().message);
+    }
+    if (const std::string& problem = (*server)->distributorProblem(); !problem.empty()) {
+        std::fprintf(stderr, "zentavo-devserver: warning: no push distributor: %s\n", problem.c_str());
     }
     std::printf("zentavo-devserver listening on %s\n", (*server)->url().c_str());
     std::fflush(stdout);
