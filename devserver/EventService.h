@@ -13,7 +13,7 @@ namespace zentavo::devserver {
 class EventService final : public Service {
 public:
     /// A non-empty `sessionId` stands in every answer.
-    EventService(std::string sessionId, std::shared_ptr<PushLog> pushes)
+    explicit EventService(std::string sessionId = {}, std::shared_ptr<PushLog> pushes = std::make_shared<PushLog>())
         : sessionId_(std::move(sessionId)), pushes_(std::move(pushes)) {}
 
     std::vector<Route> routes() const override;

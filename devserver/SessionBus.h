@@ -30,7 +30,8 @@ public:
     SessionBus(const SessionBus&) = delete;
     SessionBus& operator=(const SessionBus&) = delete;
 
-    /// Connects, has `setUp` register what the name stands for, and takes the name. Once; `limit` bounds each step.
+    /// Connects, has `setUp` register what the name stands for, and takes the name. Once. `limit` bounds each step;
+    /// a bus that lets in and then says nothing is given up after the library's 25 seconds.
     Result<void> start(const std::string& address, const std::string& name, std::chrono::milliseconds limit,
                        std::function<Result<void>(GDBusConnection*)> setUp);
     /// Cancels what is under way, gives the name back and returns when the thread has ended. Not on the bus's thread.
