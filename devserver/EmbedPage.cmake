@@ -2,8 +2,10 @@
 file(READ ${PAGE}/index.html html)
 file(READ ${PAGE}/style.css style)
 file(READ ${PAGE}/app.js script)
+file(READ ${PAGE}/pushes.js pushes)
 string(REPLACE "/* style.css */" "${style}" html "${html}")
 string(REPLACE "/* app.js */" "${script}" html "${html}")
+string(REPLACE "/* pushes.js */" "${pushes}" html "${html}")
 
 file(WRITE ${OUTPUT} "#include \"devserver/LivePage.h\"
 

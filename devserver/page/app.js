@@ -230,6 +230,7 @@ function showStatus(status) {
   byId("problems").textContent = status.with_problems.toLocaleString();
   byId("dropped").textContent = status.dropped.toLocaleString();
   byId("problem-tile").classList.toggle("alert", status.with_problems > 0);
+  pushesHeard(status.pushes);
   byId("clear-faults").hidden = status.faults.length === 0;
   const items = status.faults.slice(0, 50).map((fault) => {
     const item = make("li", "mono");
@@ -324,7 +325,7 @@ refreshInbox().catch(() => {});
 
 // The address names the tab: "#deliveries".
 function chooseTab() {
-  const name = location.hash === "#deliveries" ? "deliveries" : "requests";
+  const name = ["deliveries", "pushes"].find((each) => location.hash === "#" + each) || "requests";
   for (const tab of byId("tabs").children) {
     const on = tab.dataset.tab === name;
     tab.classList.toggle("on", on);
@@ -431,6 +432,7 @@ function connect() {
       lastNumber = request.number;
       countAt(request.time);
       deliveriesChanged(request.path);
+      if (request.path.endsWith("/api/app/identify")) pushesHeard();
       arrivals.push(request);
     }
     if (arrivals.length > mostRows) arrivals = arrivals.slice(-mostRows);

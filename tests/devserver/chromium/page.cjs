@@ -26,7 +26,8 @@ function start(port) {
 }
 
 async function post(url, pathAndQuery, body) {
-  const answer = await fetch(new URL(pathAndQuery, url), { method: "POST", body: JSON.stringify(body) });
+  const answer = await fetch(new URL(pathAndQuery, url),
+    { method: "POST", body: JSON.stringify(body), headers: { "Content-Type": "application/json" } });
   await answer.arrayBuffer();
   return answer.status;
 }
@@ -94,6 +95,29 @@ async function run(browser) {
   await count(deliveries, 1);
   await page.screenshot({ path: screenshot });
   assert.ok(fs.statSync(screenshot).size > 20_000, "there is something to see");
+
+  // A push goes to the device that is chosen; what became of it is seen, and a click that belongs to it.
+  await page.getByRole("tab", { name: "Pushes" }).click();
+  await page.locator("#pushes").waitFor();
+  assert.match(await page.locator("#distributor").textContent(), /--distributor/);
+  const token = Buffer.from(`${url.origin}/_push/nobody`).toString("hex");
+  for (const identifier of ["0aff", token]) {
+    await post(url, "/api/app/identify", { portal_id: 1000, identifier, channel: "ios", device_id: hostile });
+  }
+  await count(page.locator("#devices .device"), 2);
+  await page.locator("#devices .device", { hasText: "/_push/nobody" }).click();
+  await page.locator("#push-file").selectOption("rating");
+  await page.getByRole("button", { name: "Send push" }).click();
+  const pushes = page.locator("#push-rows .delivery");
+  await count(pushes, 1);
+  assert.match(await pushes.textContent(), /rating.*no app has this endpoint.*no click/s);
+  const [{ push_id }] = (await (await fetch(new URL("/_dev/pushes", url))).json()).pushes;
+  await (await fetch(new URL(`/track/click?push=${push_id}`, url))).arrayBuffer();
+  await pushes.locator(".fact", { hasText: "click × 1" }).waitFor();
+  await page.locator("#push-text").fill("no JSON");
+  await page.getByRole("button", { name: "Send push" }).click();
+  await count(pushes, 2);
+  await page.screenshot({ path: screenshot.replace(".png", "-pushes.png"), fullPage: true });
   assert.deepStrictEqual(complaints, []);
 
   // The server dies, and another takes its place: the page finds it, and shows that one's requests only.
@@ -101,7 +125,7 @@ async function run(browser) {
   servers[0].removeAllListeners("exit");
   servers[0].kill("SIGKILL");
   await page.locator("#connection.lost").waitFor();
-  assert.strictEqual(await rows.count(), 4);
+  assert.strictEqual(await rows.count(), 7);
   await start(url.port);
   await live.waitFor();
   await count(rows, 0);
