@@ -39,10 +39,11 @@ GVariant* text(const std::string& value) { return g_variant_new_string(value.c_s
 } // namespace
 
 ConnectorCall ConnectorCall::message(const Distributor::Message& message) {
-    return callTo(message.to, "Message",
-                  {{"token", text(message.to.token)},
-                   {"message", g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, message.bytes.data(), message.bytes.size(), 1)},
-                   {"id", text(message.id)}});
+    return callTo(
+        message.to, "Message",
+        {{"token", text(message.to.token)},
+         {"message", g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, message.bytes.data(), message.bytes.size(), 1)},
+         {"id", text(message.id)}});
 }
 
 ConnectorCall ConnectorCall::newEndpoint(const EndpointStore::Registration& registration, const std::string& url) {

@@ -213,8 +213,8 @@ void DBusDistributor::unregisterApp(const Request& request, GDBusMethodInvocatio
         return;
     }
     // A token that nobody has is as good as unregistered.
-    g_dbus_method_invocation_return_value(
-        invocation, request.version == 1 ? nullptr : g_variant_new_parsed("(@a{sv} {},)"));
+    g_dbus_method_invocation_return_value(invocation,
+                                          request.version == 1 ? nullptr : g_variant_new_parsed("(@a{sv} {},)"));
     if (known) {
         tellUnregistered(*known);
     }
@@ -270,7 +270,8 @@ std::string DBusDistributor::reasonOf(const GError& error) const {
     return "the app refused: " + utf8Text(error.message);
 }
 
-Result<std::unique_ptr<Distributor>> Distributor::start(const Settings& settings, std::shared_ptr<EndpointStore> store) {
+Result<std::unique_ptr<Distributor>> Distributor::start(const Settings& settings,
+                                                        std::shared_ptr<EndpointStore> store) {
     auto distributor = std::make_unique<DBusDistributor>(settings, std::move(store));
     if (auto opened = distributor->open(); !opened) {
         return opened.error();

@@ -6,6 +6,12 @@
 
 namespace zentavo::devserver {
 
+namespace {
+
+constexpr int longestWait = 2'000; // milliseconds
+
+} // namespace
+
 void Database::Closer::operator()(sqlite3* connection) const noexcept { sqlite3_close_v2(connection); }
 void Statement::Finalizer::operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
 
@@ -18,6 +24,8 @@ Result<std::unique_ptr<Database>> Database::open(const std::string& path) {
     if (code != SQLITE_OK) {
         return Error{"the database " + path + " cannot be opened: " + database->errorText()};
     }
+    // Two stores may share a file.
+    sqlite3_busy_timeout(connection, longestWait);
     return database;
 }
 

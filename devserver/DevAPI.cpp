@@ -91,8 +91,9 @@ const std::vector<DevAPI::Entry>& DevAPI::entries() {
 }
 
 DevAPI::DevAPI(const Parts& parts)
-    : log_(parts.log), faults_(parts.faults), push_(parts.push), sender_(parts.sender), endpoints_(parts.endpoints), pushes_(parts.pushes), inbox_(parts.inbox), campaigns_(parts.campaigns),
-      deliveries_(parts.deliveries), delivery_(parts.delivery), stream_(parts.stream) {}
+    : log_(parts.log), faults_(parts.faults), push_(parts.push), sender_(parts.sender), endpoints_(parts.endpoints),
+      pushes_(parts.pushes), inbox_(parts.inbox), campaigns_(parts.campaigns), deliveries_(parts.deliveries),
+      delivery_(parts.delivery), stream_(parts.stream) {}
 
 void DevAPI::handle(const IncomingRequest& request, Connection& connection, httplib::Response& response) {
     if (request.isForeign()) {

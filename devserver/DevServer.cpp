@@ -26,6 +26,7 @@ struct DevServer::Parts {
     Campaigns campaigns;
     PushFiles pushFiles;
     std::shared_ptr<EndpointStore> endpoints;
+    std::shared_ptr<PushRegistrationService> devices;
     std::unique_ptr<Listener> listener;
     /// As this machine's own programs reach the server: "http://127.0.0.1:8787".
     std::string base;
@@ -53,12 +54,23 @@ Result<std::unique_ptr<DevServer>> DevServer::open(const Settings& settings) {
     if (!endpoints) {
         return endpoints.error();
     }
+    auto devices = PushRegistrationService::open(settings.pushStore);
+    if (!devices) {
+        return devices.error();
+    }
     auto listener = Listener::open(settings.host, settings.port);
     if (!listener) {
         return listener.error();
     }
-    Parts parts{*std::move(inbox), *std::move(campaigns), *std::move(pushFiles), *std::move(endpoints),
-                *std::move(listener), {}, nullptr, {}};
+    Parts parts{*std::move(inbox),
+                *std::move(campaigns),
+                *std::move(pushFiles),
+                *std::move(endpoints),
+                *std::move(devices),
+                *std::move(listener),
+                {},
+                nullptr,
+                {}};
     const bool everywhere = settings.host == "0.0.0.0" || settings.host == "::";
     parts.base = urlOf(everywhere ? "127.0.0.1" : settings.host, parts.listener->port());
     if (settings.playsDistributor) {
@@ -76,15 +88,15 @@ Result<std::unique_ptr<DevServer>> DevServer::open(const Settings& settings) {
 
 DevServer::DevServer(const Settings& settings, Parts parts)
     : host_(settings.host), log_(settings.logBounds), distributorProblem_(parts.distributorProblem),
-      pushes_(std::make_shared<PushLog>()), push_(std::make_shared<PushRegistrationService>()),
+      pushes_(std::make_shared<PushLog>()), push_(parts.devices),
       endpoints_(parts.base, parts.endpoints, std::move(parts.distributor),
                  settings.playsDistributor ? distributorProblem_ : "the server was not started with --distributor",
                  pushes_),
       sender_(*push_, endpoints_, pushes_, std::move(parts.pushFiles)),
       inbox_(std::make_shared<InboxService>(std::move(parts.inbox))),
       campaigns_(std::make_shared<const Campaigns>(std::move(parts.campaigns))),
-      deliveries_(std::make_shared<DeliveryLog>()), delivery_(std::make_shared<DeliveryService>(campaigns_, deliveries_)),
-      stream_(log_, faults_, *pushes_),
+      deliveries_(std::make_shared<DeliveryLog>()),
+      delivery_(std::make_shared<DeliveryService>(campaigns_, deliveries_)), stream_(log_, faults_, *pushes_),
       desk_(log_, faults_,
             {std::make_shared<EventService>(settings.sessionId, pushes_), push_, delivery_,
              std::make_shared<MediaTemplateService>(campaigns_, deliveries_),

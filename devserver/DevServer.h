@@ -36,7 +36,7 @@ public:
         bool catchAll = false;
         /// A folder of JSON files with pushes that lie ready; empty means the built-in ones.
         std::string pushFolder;
-        /// The database of push registrations; empty means memory.
+        /// The database of devices and of apps that registered for pushes; empty means memory.
         std::string pushStore;
         /// Plays a push distributor on a D-Bus bus; of its settings the server fills in where its endpoints are.
         bool playsDistributor = false;

@@ -120,7 +120,7 @@ std::string_view Options::helpText() noexcept {
   --pushes DIR      take pushes that lie ready from this folder instead of the built-in ones
   --distributor     play a push distributor (UnifiedPush) on the session's D-Bus bus
   --distributor-name NAME  the distributor's name on the bus
-  --push-store FILE keep in this file which apps have registered with the distributor
+  --push-store FILE keep devices and the distributor's registrations in this file
   --parent          stop when the parent process ends or the pipe on standard input closes
   --lifetime S      stop after so many seconds
   --version         print the version

@@ -16,9 +16,7 @@ void answer(httplib::Response& response, int status, const Map& body) {
     answerJSON(response, status, text ? *text : "{}");
 }
 
-bool isThisMachine(std::string_view host) {
-    return host == "127.0.0.1" || host == "localhost" || host == "::1";
-}
+bool isThisMachine(std::string_view host) { return host == "127.0.0.1" || host == "localhost" || host == "::1"; }
 
 } // namespace
 

@@ -85,7 +85,8 @@ std::uint64_t PushLog::next() {
 
 std::string PushLog::idFor(std::string_view name, std::uint64_t number) const {
     std::string id(name.substr(0, longestText));
-    std::ranges::replace_if(id, [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');
+    std::ranges::replace_if(
+        id, [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');
     return id + "-" + std::to_string(run_) + "-" + std::to_string(number);
 }
 

@@ -77,9 +77,8 @@ private:
         Map map() const;
     };
 
-    const std::int64_t run_ = std::chrono::duration_cast<std::chrono::seconds>(
-                                  std::chrono::system_clock::now().time_since_epoch())
-                                  .count();
+    const std::int64_t run_ =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch()).count();
     mutable Mutex mutex_;
     std::deque<Entry> entries_ ZENTAVO_GUARDED_BY(mutex_);
     std::uint64_t lastNumber_ ZENTAVO_GUARDED_BY(mutex_) = 0;

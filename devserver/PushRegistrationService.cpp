@@ -2,11 +2,14 @@
 
 #include <array>
 #include <cstdint>
+#include <stdexcept>
+#include <utility>
 
 #include "devserver/BodyChecks.h"
 #include "devserver/PushAddress.h"
 #include "devserver/Text.h"
 #include "zentavo/foundation/Hex.h"
+#include "zentavo/foundation/JSON.h"
 #include "zentavo/foundation/UUID.h"
 
 namespace zentavo::devserver {
@@ -45,6 +48,32 @@ std::string pushUid(std::string_view token) {
     return uuid::text(uuid::version4(bytes));
 }
 
+Result<std::shared_ptr<PushRegistrationService>> PushRegistrationService::open(const std::string& path) {
+    auto service = std::make_shared<PushRegistrationService>();
+    if (path.empty()) {
+        return service;
+    }
+    auto database = Database::open(path);
+    if (!database) {
+        return database.error();
+    }
+    MutexLock lock(service->mutex_);
+    try {
+        (*database)->execute("CREATE TABLE IF NOT EXISTS devices(uid TEXT PRIMARY KEY, device TEXT NOT NULL)");
+        Statement row(**database, "SELECT uid, device FROM devices");
+        while (row.step()) {
+            const auto device = json::readMap(row.text(1));
+            if (device && textMember(*device, "identifier") != nullptr) {
+                service->devices_[row.text(0)] = *device;
+            }
+        }
+    } catch (const std::runtime_error& error) {
+        return Error{"the database of devices " + path + " cannot be used: " + error.what()};
+    }
+    service->database_ = *std::move(database);
+    return service;
+}
+
 std::vector<Route> PushRegistrationService::routes() const {
     return {{"POST", "/api/app/identify"}, {"POST", "/api/application"}};
 }
@@ -78,14 +107,28 @@ Answer PushRegistrationService::identify(const Map& body, Findings& findings) {
     findings.uid = uid;
 
     MutexLock lock(mutex_);
-    devices_[uid] = {{"zentavo_apppush_uid", uid},
-                     {"portal_id", *body.find("portal_id")},
-                     {"identifier", *token},
-                     {"device_id", *body.find("device_id")}};
-    if (devices_.size() > maximumDevices) {
-        devices_.erase(devices_.begin()->first == uid ? std::next(devices_.begin()) : devices_.begin());
-    }
+    keep(uid, {{"zentavo_apppush_uid", uid},
+               {"portal_id", *body.find("portal_id")},
+               {"identifier", *token},
+               {"device_id", *body.find("device_id")}});
     return {200, {{"data", Map{{"zentavo_apppush_uid", uid}}}}};
+}
+
+void PushRegistrationService::keep(const std::string& uid, Map device) {
+    if (database_) {
+        const auto text = json::write(device);
+        Statement(*database_, "INSERT OR REPLACE INTO devices(uid, device) VALUES(?, ?)")
+            .bind(uid, text ? *text : throw std::runtime_error(text.error().message))
+            .run();
+    }
+    devices_[uid] = std::move(device);
+    if (devices_.size() > maximumDevices) {
+        const auto lowest = devices_.begin()->first == uid ? std::next(devices_.begin()) : devices_.begin();
+        if (database_) {
+            Statement(*database_, "DELETE FROM devices WHERE uid = ?").bind(lowest->first).run();
+        }
+        devices_.erase(lowest);
+    }
 }
 
 List PushRegistrationService::devices() const {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 
+#include "devserver/Database.h"
 #include "devserver/Service.h"
 #include "zentavo/foundation/Mutex.h"
 
@@ -15,6 +17,11 @@ public:
     /// Of more devices the ones with the lowest push uid are forgotten.
     static constexpr std::size_t maximumDevices = 10'000;
 
+    /// Devices are known while the server runs.
+    PushRegistrationService() = default;
+    /// And beyond, in the file: an app whose token is the same does not tell it again soon.
+    static Result<std::shared_ptr<PushRegistrationService>> open(const std::string& path);
+
     std::vector<Route> routes() const override;
     Answer answer(const IncomingRequest& request, std::string_view path, Twin twin, const Map& body,
                   Findings& findings) override;
@@ -25,8 +32,11 @@ public:
 
 private:
     Answer identify(const Map& body, Findings& findings);
+    void keep(const std::string& uid, Map device) ZENTAVO_REQUIRES(mutex_);
 
     mutable Mutex mutex_;
+    /// Null for none.
+    std::unique_ptr<Database> database_ ZENTAVO_GUARDED_BY(mutex_);
     /// By push uid.
     std::map<std::string, Map> devices_ ZENTAVO_GUARDED_BY(mutex_);
 };

@@ -66,8 +66,7 @@ List PushSender::wanted(const Map& order, Problems& problems) const {
                (uid != nullptr && textIn(device, "zentavo_apppush_uid") != *uid);
     });
     if (devices.empty()) {
-        problems.add("no device has the " +
-                     (token != nullptr ? "token " + inQuotes(*token) : "uid " + inQuotes(*uid)));
+        problems.add("no device has the " + (token != nullptr ? "token " + inQuotes(*token) : "uid " + inQuotes(*uid)));
     }
     if (devices.size() > maximumDevices) {
         problems.add("there are " + std::to_string(devices.size()) + " devices; token or uid has to choose one");

@@ -44,8 +44,8 @@ constexpr std::uint8_t lastRecord = 2;
 /// Null where the point is not on the curve. Without `privateKey`: a public key.
 Key keyOf(const Bytes& publicKey, const Bytes* privateKey) {
     const Builder builder(OSSL_PARAM_BLD_new());
-    const Number number(privateKey != nullptr ? BN_bin2bn(privateKey->data(), static_cast<int>(privateKey->size()), nullptr)
-                                              : nullptr);
+    const Number number(
+        privateKey != nullptr ? BN_bin2bn(privateKey->data(), static_cast<int>(privateKey->size()), nullptr) : nullptr);
     OSSL_PARAM_BLD_push_utf8_string(builder.get(), OSSL_PKEY_PARAM_GROUP_NAME, curve, 0);
     OSSL_PARAM_BLD_push_octet_string(builder.get(), OSSL_PKEY_PARAM_PUB_KEY, publicKey.data(), publicKey.size());
     if (number) {
@@ -110,11 +110,10 @@ Result<Sender> Sender::random() {
     const Key key(EVP_EC_gen(curve));
     BIGNUM* number = nullptr;
     std::size_t size = 0;
-    const bool made =
-        key && EVP_PKEY_get_bn_param(key.get(), OSSL_PKEY_PARAM_PRIV_KEY, &number) == 1 &&
-        EVP_PKEY_get_octet_string_param(key.get(), OSSL_PKEY_PARAM_PUB_KEY, sender.publicKey.data(),
-                                        sender.publicKey.size(), &size) == 1 &&
-        RAND_bytes(sender.salt.data(), static_cast<int>(sender.salt.size())) == 1;
+    const bool made = key && EVP_PKEY_get_bn_param(key.get(), OSSL_PKEY_PARAM_PRIV_KEY, &number) == 1 &&
+                      EVP_PKEY_get_octet_string_param(key.get(), OSSL_PKEY_PARAM_PUB_KEY, sender.publicKey.data(),
+                                                      sender.publicKey.size(), &size) == 1 &&
+                      RAND_bytes(sender.salt.data(), static_cast<int>(sender.salt.size())) == 1;
     const Number owner(number);
     if (!made || BN_bn2binpad(number, sender.privateKey.data(), static_cast<int>(privateKeyBytes)) < 0) {
         ERR_clear_error();
@@ -139,8 +138,7 @@ Result<std::string> encrypt(std::string_view plain, const Receiver& receiver, co
                           : std::string("the receiver's key is no point of P-256")};
     }
     // First both ends' keys and the receiver's secret make one secret; with the salt that makes key and nonce.
-    const Digest secret =
-        hkdf(receiver.auth, *shared, "WebPush: info", {&receiver.publicKey, &sender.publicKey});
+    const Digest secret = hkdf(receiver.auth, *shared, "WebPush: info", {&receiver.publicKey, &sender.publicKey});
     const Digest key = hkdf(sender.salt, secret, "Content-Encoding: aes128gcm");
     const Digest nonce = hkdf(sender.salt, secret, "Content-Encoding: nonce");
 

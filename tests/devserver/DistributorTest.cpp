@@ -72,8 +72,8 @@ TEST_F(DistributorTest, HandsPushesToAppsOfBothVersions) {
 
         // Anybody who knows the endpoint may post to it.
         const std::string bytes{"\0\xFF anything", 11};
-        const auto posted = running.client().Post(pathOf(told.value), {{"Content-Encoding", "aes128gcm"}, {"TTL", "60"}},
-                                                  bytes, "application/octet-stream");
+        const auto posted = running.client().Post(
+            pathOf(told.value), {{"Content-Encoding", "aes128gcm"}, {"TTL", "60"}}, bytes, "application/octet-stream");
         EXPECT_EQ(posted->status, 201) << posted->body;
         const auto message = app.next();
         EXPECT_EQ(message.version, version);
@@ -92,8 +92,9 @@ TEST_F(DistributorTest, HandsPushesToAppsOfBothVersions) {
         const std::string body = app.next().value;
         EXPECT_THAT(version == 1 ? body : keys.open(body).value_or("unreadable"), StartsWith(R"({"aps":{"alert":)"));
 
-        EXPECT_EQ(app.ask(version, "Unregister", version == 1 ? "('" + token + "',)" : "({'token': <'" + token + "'>},)"),
-                    version == 1 ? "()" : "({},)");
+        EXPECT_EQ(
+            app.ask(version, "Unregister", version == 1 ? "('" + token + "',)" : "({'token': <'" + token + "'>},)"),
+            version == 1 ? "()" : "({},)");
         const auto gone = app.next();
         EXPECT_EQ(gone.method, "Unregistered");
         EXPECT_EQ(gone.token, token);
@@ -119,7 +120,8 @@ TEST_F(DistributorTest, BoundsWhatAnEndpointTakes) {
 
     const PushReceiver keys;
     identify(running, url + keys.fragment());
-    EXPECT_THAT(textOf(push(running, {{"text", std::string(3'994, 'x')}}).front(), "result"), HasSubstr("3993 are the most"));
+    EXPECT_THAT(textOf(push(running, {{"text", std::string(3'994, 'x')}}).front(), "result"),
+                HasSubstr("3993 are the most"));
     EXPECT_THAT(textOf(push(running, {{"text", std::string(3'993, 'x')}}).front(), "result"), "delivered");
     EXPECT_THAT(textOf(push(running, {{"file", "wrong_too_large"}}).front(), "result"), HasSubstr("3993 are the most"));
 }
@@ -160,12 +162,15 @@ TEST_F(DistributorTest, EndpointsOutliveTheServerAndCanBeChangedByHand) {
     {
         const RunningServer first(settings());
         ASSERT_TRUE(app.registers(2, "t"));
-        path = pathOf(app.next().value);
+        const std::string url = app.next().value;
+        path = pathOf(url);
+        identify(first, url);
     }
     const RunningServer running(settings());
     ASSERT_EQ(running.server->distributorProblem(), "");
     EXPECT_EQ(running.client().Post(path, "x", "text/plain")->status, 201);
     EXPECT_EQ(app.next().value, "x");
+    EXPECT_THAT(running.client().Get("/_dev/devices")->body, HasSubstr(path)) << "and so do devices";
 
     const std::string registrations = "/_dev/push/registrations";
     EXPECT_THAT(running.client().Get(registrations)->body, HasSubstr(path));
@@ -202,7 +207,8 @@ TEST_F(DistributorTest, AServerThatEndsWaitsForNoApp) {
     ASSERT_TRUE(app.registers(1, "t"));
     const std::string path = pathOf(app.next().value);
     app.answers = false;
-    std::thread sender([&, client = std::make_shared<httplib::Client>(running.client())] { client->Post(path, "x", ""); });
+    std::thread sender(
+        [&, client = std::make_shared<httplib::Client>(running.client())] { client->Post(path, "x", ""); });
     EXPECT_EQ(app.next().method, "Message");
     const auto start = std::chrono::steady_clock::now();
     running.server.reset();
@@ -221,8 +227,7 @@ TEST_F(DistributorTest, StartsAnAppThatDoesNotRun) {
     const Map all = bodyOf(running.client().Get("/_dev/push/registrations"));
     std::vector<std::string> answers;
     for (const Value& each : *all.find("registrations")->asList()) {
-        answers.push_back(
-            running.client().Post(pathOf(textOf(*each.asMap(), "endpoint")), "x", "text/plain")->body);
+        answers.push_back(running.client().Post(pathOf(textOf(*each.asMap(), "endpoint")), "x", "text/plain")->body);
     }
     EXPECT_THAT(answers, ::testing::ElementsAre(HasSubstr("no way to start it"), HasSubstr("refused")));
     EXPECT_TRUE(std::filesystem::exists(mark)) << "it was started, though this one ends at once";

@@ -45,13 +45,14 @@ std::string content(const GLibPointer<GVariant>& value) {
 PrivateBus::PrivateBus() {
     std::string pattern = ::testing::TempDir() + "zentavo-bus-XXXXXX";
     folder_ = mkdtemp(pattern.data());
-    std::ofstream(folder_ + "/bus.conf") << "<busconfig><type>session</type><listen>unix:path=" << folder_
-                                         << "/socket</listen><servicedir>" << folder_
-                                         << "</servicedir><auth>EXTERNAL</auth><policy context=\"default\">"
-                                            "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/><allow own=\"*\"/>"
-                                            "</policy></busconfig>";
-    daemon_ = std::make_unique<e2e::Process>(std::vector<std::string>{
-        "/usr/bin/dbus-daemon", "--nofork", "--nopidfile", "--print-address", "--config-file=" + folder_ + "/bus.conf"});
+    std::ofstream(folder_ + "/bus.conf")
+        << "<busconfig><type>session</type><listen>unix:path=" << folder_ << "/socket</listen><servicedir>" << folder_
+        << "</servicedir><auth>EXTERNAL</auth><policy context=\"default\">"
+           "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/><allow own=\"*\"/>"
+           "</policy></busconfig>";
+    daemon_ = std::make_unique<e2e::Process>(std::vector<std::string>{"/usr/bin/dbus-daemon", "--nofork", "--nopidfile",
+                                                                      "--print-address",
+                                                                      "--config-file=" + folder_ + "/bus.conf"});
     address_ = daemon_->readLine(patience);
     EXPECT_TRUE(address_.starts_with("unix:path=")) << address_;
 }
@@ -97,8 +98,8 @@ void FakeConnector::called(GDBusConnection*, const char*, const char*, const cha
     call.value = take(1, call.method == "Message" ? "message" : "endpoint");
     call.id = take(2, "id");
     if (connector.answers) {
-        g_dbus_method_invocation_return_value(
-            invocation, call.version == 1 ? nullptr : g_variant_new_parsed("(@a{sv} {},)"));
+        g_dbus_method_invocation_return_value(invocation,
+                                              call.version == 1 ? nullptr : g_variant_new_parsed("(@a{sv} {},)"));
     } else {
         g_object_unref(invocation);
     }

@@ -46,6 +46,14 @@ TEST(Program, StopsWhenTheParentClosesItsPipe) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, patience);
 }
 
+TEST(Program, WithoutADistributorItSaysSoAndGoesOn) {
+    Process process(
+        {ZENTAVO_DEVSERVER, "--port", "0", "--lifetime", "60", "--distributor", "--distributor-name", "none"});
+    EXPECT_THAT(process.readLine(patience), HasSubstr("warning: no push distributor: "));
+    httplib::Client client(urlOf(process));
+    EXPECT_EQ(client.Get("/_dev/push/registrations")->status, 200);
+}
+
 TEST(Program, RefusesWhatItCannotDo) {
     Process exposed({ZENTAVO_DEVSERVER, "--host", "0.0.0.0", "--port", "0"});
     EXPECT_EQ(exposed.wait(), 2);

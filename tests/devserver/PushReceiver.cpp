@@ -23,7 +23,8 @@ std::string derive(const std::string& salt, const std::string& secret, const std
         OSSL_PARAM_construct_utf8_string(OSSL_KDF_PARAM_DIGEST, digest.data(), 0), octets(OSSL_KDF_PARAM_SALT, salt),
         octets(OSSL_KDF_PARAM_KEY, secret), octets(OSSL_KDF_PARAM_INFO, info), OSSL_PARAM_construct_end()};
     std::string out(size, '\0');
-    const int done = EVP_KDF_derive(context.get(), reinterpret_cast<unsigned char*>(out.data()), size, parameters.data());
+    const int done =
+        EVP_KDF_derive(context.get(), reinterpret_cast<unsigned char*>(out.data()), size, parameters.data());
     return done == 1 ? out : std::string();
 }
 
@@ -32,7 +33,8 @@ std::string textOf(const webpush::Bytes& bytes) { return {bytes.begin(), bytes.e
 
 } // namespace
 
-PushReceiver::PushReceiver() : key_(EVP_EC_gen("P-256"), EVP_PKEY_free), keys_{webpush::Bytes(65), webpush::Bytes(16, 7)} {
+PushReceiver::PushReceiver()
+    : key_(EVP_EC_gen("P-256"), EVP_PKEY_free), keys_{webpush::Bytes(65), webpush::Bytes(16, 7)} {
     std::size_t size = 0;
     EVP_PKEY_get_octet_string_param(key_.get(), OSSL_PKEY_PARAM_PUB_KEY, keys_.publicKey.data(), 65, &size);
 }

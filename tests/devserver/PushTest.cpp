@@ -27,7 +27,9 @@ protected:
         const Map answer = bodyOf(client().Post("/api/app/identify", text(body), "application/json"));
         return *answer.find("data")->asMap()->find("zentavo_apppush_uid")->asString();
     }
-    httplib::Result push(const Map& order) const { return client().Post("/_dev/push", text(order), "application/json"); }
+    httplib::Result push(const Map& order) const {
+        return client().Post("/_dev/push", text(order), "application/json");
+    }
     /// The newest push of the log.
     Map newest() const {
         const Map answer = bodyOf(client().Get("/_dev/pushes"));
@@ -65,7 +67,8 @@ TEST_F(PushTest, AnOrderThatCannotBeMeantIsExplained) {
         EXPECT_EQ(answer->status, 400) << problem;
         EXPECT_THAT(problems(answer), ElementsAre(HasSubstr(problem)));
     }
-    EXPECT_THAT(problems(client().Post("/_dev/push", "{", "application/json")), ElementsAre(HasSubstr("cannot be read")));
+    EXPECT_THAT(problems(client().Post("/_dev/push", "{", "application/json")),
+                ElementsAre(HasSubstr("cannot be read")));
     EXPECT_EQ(client().Post("/_dev/push", {{"Origin", "http://evil.example"}}, "{}", "application/json")->status, 403);
     EXPECT_EQ(*bodyOf(client().Get("/_dev/pushes")).find("pushes"), Value(List())) << "nothing was sent";
 }
@@ -113,7 +116,8 @@ TEST_F(PushTest, WithoutADistributorAnEndpointSaysSo) {
 TEST_F(PushTest, ClicksAndRatingsFindTheirPush) {
     identify("0aff");
     const std::string id = *bodyOf(push({{"file", "rating"}})).find("push_id")->asString();
-    EXPECT_EQ(bodyOf(push({{"file", "rating"}})).find("push_id")->asString()->find(id), std::string::npos) << "each its own";
+    EXPECT_EQ(bodyOf(push({{"file", "rating"}})).find("push_id")->asString()->find(id), std::string::npos)
+        << "each its own";
     const Map payload{{"aps", Map{{"pushId", "mine"}, {"template", "rating"}, {"storyId", "s"}, {"url", "{{click}}"}}}};
     EXPECT_EQ(*bodyOf(push({{"payload", payload}})).find("push_id"), "mine");
 
@@ -126,7 +130,8 @@ TEST_F(PushTest, ClicksAndRatingsFindTheirPush) {
     const auto rate = [&](const std::string& lead, const std::string& story) {
         Map event = sampleEvent("submit_rating");
         Map extra = *event.find("extra")->asMap();
-        extra.merge({{"rating_scale", 5}, {"selected_rating", 4}, {"lead_source_id", lead}, {"story", Map{{"id", story}}}});
+        extra.merge(
+            {{"rating_scale", 5}, {"selected_rating", 4}, {"lead_source_id", lead}, {"story", Map{{"id", story}}}});
         if (lead != "123") {
             extra.merge({{"campaign", Map{{"id", "910"}}}, {"variant", Map{{"id", "91011"}}}});
         }
@@ -156,13 +161,14 @@ TEST_F(PushTest, TheFilesAreWhatTheyAreCalled) {
     for (const PushFiles::File& file : files->all()) {
         const auto payload = json::readMap(file.text);
         const Value* aps = payload ? payload->find("aps") : nullptr;
-        const bool right = aps != nullptr && aps->asMap() != nullptr && NotificationProperties::read(*aps->asMap()).ok();
+        const bool right =
+            aps != nullptr && aps->asMap() != nullptr && NotificationProperties::read(*aps->asMap()).ok();
         const bool large = file.name == "wrong_too_large";
         EXPECT_EQ(right && !large, !file.name.starts_with("wrong_")) << file.name;
         EXPECT_EQ(file.text.size() > PushEndpoints::maximumMessage, large) << file.name;
     }
-    for (const char* shape : {"stylized_basic", "basic_notification", "small_image", "text_overlay", "rating",
-                              "simple_image_carousel"}) {
+    for (const char* shape :
+         {"stylized_basic", "basic_notification", "small_image", "text_overlay", "rating", "simple_image_carousel"}) {
         ASSERT_NE(files->find(shape), nullptr);
         EXPECT_THAT(files->find(shape)->text, HasSubstr("\"template\": \"" + std::string(shape) + '"'));
     }

@@ -28,9 +28,10 @@ const webpush::Sender sender{
 TEST(WebPushEncryption, WritesTheBytesOfTheStandardsExample) {
     const auto sealed = webpush::encrypt("When I grow up, I want to be a watermelon", receiver, sender);
     ASSERT_TRUE(sealed);
-    EXPECT_EQ(base64::encodeURL({reinterpret_cast<const std::uint8_t*>(sealed->data()), sealed->size()}),
-              "DGv6ra1nlYgDCS1FRnbzlwAAEABBBP4z9KsN6nGRTbVYI_c7VJSPQTBtkgcy27mlmlMoZIIgDll6e3vCYLocInmYWAmS6TlzAC8wEqKK6PBr"
-              "u3jl7A_yl95bQpu6cVPTpK4Mqgkf1CXztLVBSt2Ks3oZwbuwXPXLWyouBWLVWGNWQexSgSxsj_Qulcy4a-fN");
+    EXPECT_EQ(
+        base64::encodeURL({reinterpret_cast<const std::uint8_t*>(sealed->data()), sealed->size()}),
+        "DGv6ra1nlYgDCS1FRnbzlwAAEABBBP4z9KsN6nGRTbVYI_c7VJSPQTBtkgcy27mlmlMoZIIgDll6e3vCYLocInmYWAmS6TlzAC8wEqKK6PBr"
+        "u3jl7A_yl95bQpu6cVPTpK4Mqgkf1CXztLVBSt2Ks3oZwbuwXPXLWyouBWLVWGNWQexSgSxsj_Qulcy4a-fN");
 }
 
 TEST(WebPushEncryption, AReceiverReadsWhatItWasSent) {
