@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "devserver/AppRequest.h"
 #include "devserver/ConnectorCall.h"
 #include "devserver/Text.h"
 
@@ -37,74 +38,11 @@ constexpr const char* description = R"(<node>
   </interface>
 </node>)";
 
-constexpr std::size_t longestToken = 512;
-constexpr std::size_t longestDescription = 1'024;
-constexpr std::size_t longestKey = 512;
-
-/// An entry that may be absent; none where it is no text.
-std::optional<std::string> textIn(GVariant* dictionary, const char* name) {
-    const GLibPointer<GVariant> value(g_variant_lookup_value(dictionary, name, nullptr));
-    if (!value) {
-        return std::string();
-    }
-    return g_variant_is_of_type(value.get(), G_VARIANT_TYPE_STRING)
-               ? std::optional<std::string>(g_variant_get_string(value.get(), nullptr))
-               : std::nullopt;
-}
-
-std::string child(GVariant* tuple, std::size_t index) {
-    const GLibPointer<GVariant> value(g_variant_get_child_value(tuple, index));
-    return g_variant_get_string(value.get(), nullptr);
-}
-
 void refuse(GDBusMethodInvocation* invocation, const std::string& why) {
     g_dbus_method_invocation_return_error_literal(invocation, G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS, why.c_str());
 }
 
 } // namespace
-
-struct DBusDistributor::Request {
-    int version;
-    EndpointStore::Registration registration;
-
-    /// The error says what is wrong with the arguments. For Unregister the token alone counts.
-    static Result<Request> read(int version, GVariant* arguments, bool registers);
-};
-
-Result<DBusDistributor::Request> DBusDistributor::Request::read(int version, GVariant* arguments, bool registers) {
-    Request request{version, {}};
-    EndpointStore::Registration& wanted = request.registration;
-    wanted.version = version;
-    if (version == 1) {
-        if (registers) {
-            wanted = {child(arguments, 1), child(arguments, 0), child(arguments, 2), {}, version};
-        } else {
-            wanted.token = child(arguments, 0);
-        }
-    } else {
-        const GLibPointer<GVariant> dictionary(g_variant_get_child_value(arguments, 0));
-        for (const auto& [name, field] :
-             {std::pair{"service", &wanted.service}, std::pair{"token", &wanted.token},
-              std::pair{"description", &wanted.description}, std::pair{"vapid", &wanted.vapid}}) {
-            const auto value = textIn(dictionary.get(), name);
-            if (!value) {
-                return Error{std::string(name) + " is no text"};
-            }
-            *field = *value;
-        }
-    }
-    if (wanted.token.empty() || wanted.token.size() > longestToken) {
-        return Error{"token is " + std::string(wanted.token.empty() ? "missing" : "too long")};
-    }
-    const bool named = g_dbus_is_name(wanted.service.c_str()) != FALSE && wanted.service.front() != ':';
-    if (registers && !named) {
-        return Error{"service is " + inQuotes(wanted.service) + "; expected a well-known name on the bus"};
-    }
-    if (wanted.description.size() > longestDescription || wanted.vapid.size() > longestKey) {
-        return Error{"description or vapid is too long"};
-    }
-    return request;
-}
 
 /// Messages on their way, and the thread that waits for all of them.
 class DBusDistributor::Batch {
@@ -167,7 +105,8 @@ void DBusDistributor::called(GDBusConnection*, const char*, const char*, const c
     auto& distributor = *static_cast<DBusDistributor*>(self);
     const int version = std::strcmp(interface, firstInterface) == 0 ? 1 : 2;
     const bool registers = std::strcmp(method, "Register") == 0;
-    const auto request = Request::read(version, arguments, registers);
+    const auto request =
+        registers ? AppRequest::toRegister(version, arguments) : AppRequest::toUnregister(version, arguments);
     if (!request) {
         refuse(invocation, request.error().message);
     } else if (registers) {
@@ -177,16 +116,16 @@ void DBusDistributor::called(GDBusConnection*, const char*, const char*, const c
     }
 }
 
-void DBusDistributor::registerApp(const Request& request, GDBusMethodInvocation* invocation) {
+void DBusDistributor::registerApp(const EndpointStore::Registration& wanted, GDBusMethodInvocation* invocation) {
     Result<EndpointStore::Registration> kept = Error{};
     try {
-        kept = store_->add(request.registration);
+        kept = store_->add(wanted);
     } catch (const std::runtime_error& error) {
         kept = Error{error.what()};
     }
     const char* const result = kept ? "REGISTRATION_SUCCEEDED" : "REGISTRATION_FAILED";
     const std::string reason = kept ? "" : kept.error().message;
-    if (request.version == 1) {
+    if (wanted.version == 1) {
         g_dbus_method_invocation_return_value(invocation, g_variant_new("(ss)", result, reason.c_str()));
     } else {
         GVariantBuilder answer;
@@ -203,18 +142,18 @@ void DBusDistributor::registerApp(const Request& request, GDBusMethodInvocation*
     }
 }
 
-void DBusDistributor::unregisterApp(const Request& request, GDBusMethodInvocation* invocation) {
+void DBusDistributor::unregisterApp(const EndpointStore::Registration& wanted, GDBusMethodInvocation* invocation) {
     std::optional<EndpointStore::Registration> known;
     try {
-        known = store_->find(request.registration.token);
-        store_->remove(request.registration.token);
+        known = store_->find(wanted.token);
+        store_->remove(wanted.token);
     } catch (const std::runtime_error& error) {
         g_dbus_method_invocation_return_error_literal(invocation, G_DBUS_ERROR, G_DBUS_ERROR_FAILED, error.what());
         return;
     }
     // A token that nobody has is as good as unregistered.
     g_dbus_method_invocation_return_value(invocation,
-                                          request.version == 1 ? nullptr : g_variant_new_parsed("(@a{sv} {},)"));
+                                          wanted.version == 1 ? nullptr : g_variant_new_parsed("(@a{sv} {},)"));
     if (known) {
         tellUnregistered(*known);
     }

@@ -28,10 +28,8 @@ private:
     Result<void> publish(GDBusConnection* connection);
     static void called(GDBusConnection* connection, const char* sender, const char* path, const char* interface,
                        const char* method, GVariant* arguments, GDBusMethodInvocation* invocation, void* self);
-    /// What an app asks, in both versions' form.
-    struct Request;
-    void registerApp(const Request& request, GDBusMethodInvocation* invocation);
-    void unregisterApp(const Request& request, GDBusMethodInvocation* invocation);
+    void registerApp(const EndpointStore::Registration& wanted, GDBusMethodInvocation* invocation);
+    void unregisterApp(const EndpointStore::Registration& wanted, GDBusMethodInvocation* invocation);
     std::string reasonOf(const GError& error) const;
 
     const Settings settings_;

@@ -62,15 +62,13 @@ Result<std::unique_ptr<DevServer>> DevServer::open(const Settings& settings) {
     if (!listener) {
         return listener.error();
     }
-    Parts parts{*std::move(inbox),
-                *std::move(campaigns),
-                *std::move(pushFiles),
-                *std::move(endpoints),
-                *std::move(devices),
-                *std::move(listener),
-                {},
-                nullptr,
-                {}};
+    Parts parts;
+    parts.inbox = *std::move(inbox);
+    parts.campaigns = *std::move(campaigns);
+    parts.pushFiles = *std::move(pushFiles);
+    parts.endpoints = *std::move(endpoints);
+    parts.devices = *std::move(devices);
+    parts.listener = *std::move(listener);
     const bool everywhere = settings.host == "0.0.0.0" || settings.host == "::";
     parts.base = urlOf(everywhere ? "127.0.0.1" : settings.host, parts.listener->port());
     if (settings.playsDistributor) {
