@@ -50,7 +50,8 @@ Result<Registration> withToken(Result<Registration> wanted) {
 } // namespace
 
 Result<Registration> AppRequest::toRegister(int version, GVariant* arguments) {
-    auto wanted = withToken(version == 1 ? Result<Registration>(Registration{child(arguments, 1), child(arguments, 0), child(arguments, 2), {}})
+    auto wanted = withToken(version == 1 ? Result<Registration>(Registration{
+                                               child(arguments, 1), child(arguments, 0), child(arguments, 2), {}})
                                          : fromDictionary(arguments));
     if (!wanted) {
         return wanted;
@@ -66,7 +67,8 @@ Result<Registration> AppRequest::toRegister(int version, GVariant* arguments) {
 }
 
 Result<Registration> AppRequest::toUnregister(int version, GVariant* arguments) {
-    return withToken(version == 1 ? Result<Registration>(Registration{child(arguments, 0), {}, {}, {}}) : fromDictionary(arguments));
+    return withToken(version == 1 ? Result<Registration>(Registration{child(arguments, 0), {}, {}, {}})
+                                  : fromDictionary(arguments));
 }
 
 } // namespace zentavo::devserver

@@ -83,10 +83,11 @@ void PushEndpoints::handle(const IncomingRequest& request, httplib::Response& re
         return;
     }
     const std::uint64_t number = log_->next();
-    log_->sent(number, "a POST to the endpoint", request.body);
+    const std::string id = log_->idFor("post", number);
+    log_->sent(number, id, "a POST to the endpoint", request.body);
     Outcome outcome{413, "the body is too large"};
     if (request.bodyState == IncomingRequest::Body::complete) {
-        outcome = post({{request.path.substr(path.size()), log_->idFor("post", number), request.body}}).front();
+        outcome = post({{request.path.substr(path.size()), id, request.body}}).front();
     }
     const bool sealed = request.header("Content-Encoding") == "aes128gcm";
     log_->arrived(number, {{"", base_ + request.path, sealed, request.body.size(), outcome.status, outcome.reason}});

@@ -68,6 +68,7 @@ Map PushLog::Entry::map() const {
     }
     return {{"number", static_cast<std::int64_t>(number)},
             {"time", utcTimestamp(time)},
+            {"id", id},
             {"source", source},
             {"push_id", pushId},
             {"template", shape},
@@ -90,10 +91,11 @@ std::string PushLog::idFor(std::string_view name, std::uint64_t number) const {
     return id + "-" + std::to_string(run_) + "-" + std::to_string(number);
 }
 
-void PushLog::sent(std::uint64_t number, std::string_view source, std::string_view body) {
+void PushLog::sent(std::uint64_t number, const std::string& id, std::string_view source, std::string_view body) {
     Entry entry;
     entry.number = number;
     entry.time = std::chrono::system_clock::now();
+    entry.id = id;
     entry.source = shortened(source);
     const auto payload = json::readMap(body);
     if (const Map* aps = payload ? mapMember(*payload, "aps") : nullptr) {
@@ -125,10 +127,11 @@ Map PushLog::arrived(std::uint64_t number, const std::vector<Device>& devices) {
     return whole;
 }
 
-bool PushLog::clicked(std::string_view pushId) {
+bool PushLog::clicked(std::string_view id) {
     MutexLock lock(mutex_);
-    const auto entry = std::find_if(entries_.rbegin(), entries_.rend(),
-                                    [&](const Entry& each) { return !pushId.empty() && each.pushId == pushId; });
+    const auto entry = std::find_if(entries_.rbegin(), entries_.rend(), [&](const Entry& each) {
+        return each.id == id || (!each.pushId.empty() && each.pushId == id);
+    });
     if (entry == entries_.rend()) {
         return false;
     }

@@ -38,18 +38,18 @@ public:
 
     /// A number for a push that is about to be sent; they count from 1.
     std::uint64_t next();
-    /// A name for it that no other push has, also not one of an earlier run: "rating-1763758512-7". Of `name`, letters and
+    /// A name for it that no other push has, also not one of an earlier run: "rating-1763758512345-7". Of `name`, letters and
     /// digits stay.
     std::string idFor(std::string_view name, std::uint64_t number) const;
 
-    /// Keeps the push, so that what is heard of it while it is on its way has a place. `source` is the name of its file, or
-    /// what it is instead; `body` is searched for what names it.
-    void sent(std::uint64_t number, std::string_view source, std::string_view body);
+    /// Keeps the push, so that what is heard of it while it is on its way has a place. `id` is that of `idFor`, `source` the
+    /// name of its file, or what it is instead; `body` is searched for what the app will call it.
+    void sent(std::uint64_t number, const std::string& id, std::string_view source, std::string_view body);
     /// Keeps what became of it and returns the whole of it.
     Map arrived(std::uint64_t number, const std::vector<Device>& devices);
 
-    /// A tracking URL was asked for. False when no push of that id is kept.
-    bool clicked(std::string_view pushId);
+    /// A tracking URL was asked for, with the push's id or its payload's. False when no such push is kept.
+    bool clicked(std::string_view id);
     /// The event submit_rating came, with these properties; it goes to the newest push that has all their ids.
     void rated(const Map& properties);
 
@@ -63,7 +63,9 @@ private:
     struct Entry {
         std::uint64_t number = 0;
         std::chrono::system_clock::time_point time;
+        std::string id;
         std::string source;
+        /// The payload's.
         std::string pushId;
         std::string shape;
         /// What a rating of it is sure to bring along.
@@ -78,7 +80,8 @@ private:
     };
 
     const std::int64_t run_ =
-        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch())
+            .count();
     mutable Mutex mutex_;
     std::deque<Entry> entries_ ZENTAVO_GUARDED_BY(mutex_);
     std::uint64_t lastNumber_ ZENTAVO_GUARDED_BY(mutex_) = 0;

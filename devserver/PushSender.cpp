@@ -107,7 +107,7 @@ Map PushSender::send(const Map& order, const std::string& server, Problems& prob
         const auto written = payload != nullptr ? json::write(*payload) : Result<std::string>(file->text);
         push.body = compact(fillIn(*written, values)); // what was read from JSON can be written as JSON
     }
-    log_->sent(push.number, source, push.body);
+    log_->sent(push.number, push.id, source, push.body);
     return log_->arrived(push.number, deliver(push, devices));
 }
 
