@@ -22,6 +22,12 @@ void drop(gpointer data) {
     delete static_cast<Handler*>(data);
 }
 
+/// Libraries do not agree on the error's name.
+bool saysUnknown(const GError* error) {
+    return g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_METHOD) != FALSE ||
+           g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_INTERFACE) != FALSE;
+}
+
 Error taken(GError* error) {
     // What the other side calls its error stands in front of the text; a reader has no use for that.
     g_dbus_error_strip_remote_error(error);
@@ -42,6 +48,7 @@ public:
     struct Posted {
         Core& core;
         Handler handler;
+        bool mayBeUnknown = false; ///< of a call
     };
 
     explicit Core(std::string address)
@@ -195,12 +202,13 @@ void SessionBus::call(Call call, Answer answer) {
                 const std::unique_ptr<Core::Posted<Answer>> waiting(static_cast<Core::Posted<Answer>*>(data));
                 GError* error = nullptr;
                 GVariant* values = g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error);
+                const bool unknown = waiting->mayBeUnknown && error != nullptr && saysUnknown(error);
                 const auto outcome = values != nullptr ? Result<Variant>(Variant::take(values)) : taken(error);
                 if (waiting->handler && !waiting->core.stopping()) {
-                    waiting->handler(outcome);
+                    waiting->handler(unknown ? Result<Variant>(Variant()) : outcome);
                 }
             },
-            new Core::Posted<Answer>{*core, std::move(answer)});
+            new Core::Posted<Answer>{*core, std::move(answer), call.mayBeUnknown});
         g_variant_type_free(type);
     });
 }

@@ -38,6 +38,8 @@ public:
         const char* answerType = "()";
         /// Whether the bus may start a program for `destination`.
         bool mayStart = true;
+        /// Whether the other side may lack the interface or the method: the answer is then a null value, and no error.
+        bool mayBeUnknown = false;
         std::chrono::milliseconds timeout = usualTimeout;
     };
 
