@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "zentavo/foundation/Export.h"
 #include "zentavo/foundation/Result.h"
 #include "zentavo/platform/Notification.h"
 
@@ -10,7 +11,7 @@ namespace zentavo::desktop {
 
 /// A push as its sender wrote it, read the way in which a phone's system reads one: what is of the wrong kind says
 /// nothing. The sender's own keys are none of the system's business; they stay in the user info.
-struct PushMessage {
+struct ZENTAVO_EXPORT PushMessage {
     /// A push has no more; it is refused.
     static constexpr std::size_t maximumBytes = 4096;
 

@@ -43,6 +43,8 @@ public:
         tellWhenDone();
     }
 
+    platform::DispatchQueue& queue() const { return *queue_; }
+
     /// Timers and extensions find nobody any more.
     void end() {
         for (const auto& [number, job] : jobs_) {
@@ -232,7 +234,9 @@ PushQueue::PushQueue(std::shared_ptr<platform::Platform> platform, std::shared_p
                      ExtensionFactory makeExtension)
     : state_(std::make_shared<State>(std::move(platform), std::move(queue), std::move(makeExtension))) {}
 
-PushQueue::~PushQueue() { state_->end(); }
+PushQueue::~PushQueue() {
+    state_->queue().async([state = state_] { state->end(); });
+}
 
 void PushQueue::add(PushMessage message) { state_->add(std::move(message)); }
 

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "ports/desktop/PushMessage.h"
+#include "zentavo/foundation/Export.h"
 #include "zentavo/platform/NotificationServiceExtension.h"
 #include "zentavo/platform/Platform.h"
 
@@ -17,7 +18,7 @@ namespace zentavo::desktop {
 /// number on the app's icon to the later push.
 ///
 /// No push is lost: what cannot be rewritten in time, or at all, is shown as it came.
-class PushQueue {
+class ZENTAVO_EXPORT PushQueue {
 public:
     using ExtensionFactory = std::function<std::shared_ptr<platform::NotificationServiceExtension>()>;
 
@@ -36,7 +37,7 @@ public:
     /// happens: members are to be called there.
     PushQueue(std::shared_ptr<platform::Platform> platform, std::shared_ptr<platform::DispatchQueue> queue,
               ExtensionFactory makeExtension);
-    /// What has not been shown never will be.
+    /// What has not been shown never will be. Any thread.
     ~PushQueue();
     PushQueue(const PushQueue&) = delete;
     PushQueue& operator=(const PushQueue&) = delete;

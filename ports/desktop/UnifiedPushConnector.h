@@ -5,6 +5,7 @@
 #include <string>
 
 #include "ports/desktop/SessionBus.h"
+#include "zentavo/foundation/Export.h"
 #include "zentavo/platform/Platform.h"
 
 namespace zentavo::desktop {
@@ -13,7 +14,7 @@ namespace zentavo::desktop {
 /// registration, renews it at each start and whenever the distributor comes back, and decrypts what arrives.
 ///
 /// The registration lives in the program's standard suite. What a push says is not looked at here.
-class UnifiedPushConnector {
+class ZENTAVO_EXPORT UnifiedPushConnector {
 public:
     struct Settings {
         std::string service;     ///< our name on the bus, to be owned after `start`

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "ports/desktop/WebPushKeys.h"
+#include "zentavo/foundation/Export.h"
 #include "zentavo/foundation/Result.h"
 
 namespace zentavo::desktop {
@@ -21,7 +22,7 @@ inline constexpr std::size_t maximumBytes = 4096 + headBytes;
 
 /// The text that was encrypted for `keys`. Any thread. The error says what is wrong with the message, and nothing about
 /// the keys.
-Result<std::string> decrypt(const WebPushKeys& keys, std::string_view message);
+ZENTAVO_EXPORT Result<std::string> decrypt(const WebPushKeys& keys, std::string_view message);
 
 } // namespace web_push
 } // namespace zentavo::desktop

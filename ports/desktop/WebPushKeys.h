@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "zentavo/foundation/Export.h"
 #include "zentavo/foundation/Result.h"
 #include "zentavo/platform/Random.h"
 
@@ -14,7 +15,7 @@ namespace zentavo::desktop {
 /// What a receiver of encrypted pushes (RFC 8291) has: a pair of keys on the curve P-256, and a secret that it shares
 /// with its senders. A value; the secret parts are overwritten when it goes. One object on one thread at a time, or
 /// read by many.
-class WebPushKeys {
+class ZENTAVO_EXPORT WebPushKeys {
 public:
     static constexpr std::size_t privateBytes = 32;
     static constexpr std::size_t publicBytes = 65; ///< not compressed
