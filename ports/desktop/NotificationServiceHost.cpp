@@ -198,13 +198,14 @@ private:
         if (std::exchange(leaving_, true)) {
             return;
         }
-        // What was sent to our name comes before the answer; what is sent after it goes to the next process.
+        // What is sent to it from now on starts the next process; what came before is ours still.
+        bus_.disown(settings_.names.notificationService);
         bus_.call({.destination = "org.freedesktop.DBus",
                    .path = "/org/freedesktop/DBus",
                    .interface = "org.freedesktop.DBus",
-                   .method = "ReleaseName",
-                   .parameters = Variant::share(g_variant_new("(s)", settings_.names.notificationService.c_str())),
-                   .answerType = "(u)"},
+                   .method = "GetId",
+                   .parameters = {},
+                   .answerType = "(s)"},
                   [self = shared_from_this()](const Result<Variant>&) {
                       self->post([](State& state) {
                           state.pushes_.finish([self = state.shared_from_this()] {

@@ -104,6 +104,15 @@ public:
     const Error& whyNot() const { return whyNot_; }
     bool stopping() const noexcept { return stopping_; }
     void keep(Block undo) { undo_.push_back(std::move(undo)); }
+    void owned(const std::string& name, guint id) {
+        owned_[name] = id;
+        keep([this, name] { disown(name); });
+    }
+    void disown(const std::string& name) {
+        if (const auto found = owned_.extract(name)) {
+            g_bus_unown_name(found.mapped());
+        }
+    }
 
     void serve(GDBusConnection* connection, const std::string& path, const char* interfaces,
                const MethodHandler& handler) {
@@ -230,6 +239,7 @@ private:
     GDBusConnection* connection_ = nullptr;
     Error whyNot_;
     std::vector<Block> undo_;
+    std::map<std::string, guint> owned_;
     std::atomic<bool> stopping_ = false;
     Mutex mutex_;
     bool started_ ZENTAVO_GUARDED_BY(mutex_) = false;
@@ -337,8 +347,12 @@ void SessionBus::own(std::string name, PresenceHandler handler) {
             [](GDBusConnection*, const char*, gpointer data) { (*static_cast<PresenceHandler*>(data))(true); },
             [](GDBusConnection*, const char*, gpointer data) { (*static_cast<PresenceHandler*>(data))(false); },
             new PresenceHandler(std::move(handler)), drop<PresenceHandler>);
-        core->keep([id] { g_bus_unown_name(id); });
+        core->owned(name, id);
     });
+}
+
+void SessionBus::disown(std::string name) {
+    run([core = core_.get(), name = std::move(name)] { core->disown(name); });
 }
 
 void SessionBus::serve(std::string path, const char* interfaces, MethodHandler handler) {

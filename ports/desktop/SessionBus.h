@@ -69,6 +69,8 @@ public:
     void watch(std::string name, PresenceHandler handler);
     /// Makes `name` ours, waiting for it where another program has it. Told when we have it, and when we lose it.
     void own(std::string name, PresenceHandler handler = {});
+    /// Gives a name back. What was sent to it has arrived before the answer to any call that is made after this.
+    void disown(std::string name);
     /// Answers calls of the object at `path`. `interfaces` is introspection XML, a "node" with any number of
     /// interfaces; calls that do not fit it are refused before `handler` sees them. To be called before `own`, or a
     /// program that was started for a call misses it.
