@@ -8,6 +8,7 @@
 #include <pthread.h>
 
 #include "ports/desktop/AppInterfaces.h"
+#include "ports/desktop/AppOnDesktop.h"
 #include "ports/desktop/BusNames.h"
 #include "ports/desktop/ForwardingDelegate.h"
 #include "ports/desktop/FreedesktopUserNotifications.h"
@@ -63,15 +64,6 @@ std::shared_ptr<const platform::Bundle> appBundle(platform::Bundles& bundles, co
     return bundles.main();
 }
 
-std::string nameOf(const platform::Bundle& bundle, const std::string& otherwise) {
-    for (const char* key : {"CFBundleDisplayName", "CFBundleName"}) {
-        if (const auto name = bundle.infoText(key); name && !name->empty()) {
-            return *name;
-        }
-    }
-    return otherwise;
-}
-
 /// Has the content extension show a notification; it is started for that.
 void showAll(SessionBus& bus, const std::string& contentExtension, platform::SystemLog& log,
              const platform::Notification& notification) {
@@ -101,13 +93,13 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
     }
     const auto end = std::make_shared<End>();
     const auto bus = std::make_shared<SessionBus>();
-    const std::string appName = nameOf(*appBundle(*platform->bundles, names->app), names->app);
+    const auto app = AppOnDesktop::of(*appBundle(*platform->bundles, names->app));
     const auto centre = FreedesktopUserNotifications::make(
         {.bus = bus,
          .mainQueue = platform->userInterface()->mainQueue,
          .diskQueue = platform->queues->make("zentavo.attachments", platform::QueueKind::serial),
          .attachmentFiles = platform->attachmentFiles,
-         .app = {appName, names->app},
+         .app = app,
          // The app knows whether it is in front, and is asked each time.
          .isInFront = [] { return true; },
          .expand = [bus, log, content = names->notificationContent](
@@ -121,7 +113,7 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
 
     const auto host = NotificationServiceHost::make(
         platform, *bus,
-        {*names, options.description.empty() ? appName : std::move(options.description), std::move(options.vapid)},
+        {*names, options.description.empty() ? app.name : std::move(options.description), std::move(options.vapid)},
         std::move(makeExtension),
         {.respond = [centre](platform::NotificationResponse response) { centre->respond(std::move(response)); },
          .busy = [delegate] { return delegate->waiting() > 0; },
