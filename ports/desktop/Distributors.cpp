@@ -126,11 +126,10 @@ void Distributors::add(const std::string& distributor, const Request& request,
 }
 
 void Distributors::remove(const std::string& distributor, int version, const std::string& token) {
-    bus_.call(version == PushRegistration::plainVersion
-                  ? distributorCall(distributor, firstInterface, "Unregister",
-                                    g_variant_new("(s)", token.c_str()), "()")
-                  : distributorCall(distributor, secondInterface, "Unregister", dictionary({{"token", token}}),
-                                    "(a{sv})"));
+    bus_.call(
+        version == PushRegistration::plainVersion
+            ? distributorCall(distributor, firstInterface, "Unregister", g_variant_new("(s)", token.c_str()), "()")
+            : distributorCall(distributor, secondInterface, "Unregister", dictionary({{"token", token}}), "(a{sv})"));
 }
 
 std::string Distributors::choose(const std::vector<std::string>& names, const std::string& wanted,

@@ -53,21 +53,18 @@ public:
 
     /// Any thread.
     void start() {
-        connector_.emplace(bus_, *platform_,
-                           UnifiedPushConnector::Settings{settings_.names.notificationService, settings_.description,
-                                                          settings_.vapid},
-                           UnifiedPushConnector::Handlers{
-                               [this](std::string body) {
-                                   post([body = std::move(body)](State& state) { state.receive(body); });
-                               },
-                               [this](const std::string& text) { tellApp("TokenChanged", text); },
-                               [this](const std::string& reason) { tellApp("RegistrationFailed", reason); }});
+        connector_.emplace(
+            bus_, *platform_,
+            UnifiedPushConnector::Settings{settings_.names.notificationService, settings_.description, settings_.vapid},
+            UnifiedPushConnector::Handlers{
+                [this](std::string body) { post([body = std::move(body)](State& state) { state.receive(body); }); },
+                [this](const std::string& text) { tellApp("TokenChanged", text); },
+                [this](const std::string& reason) { tellApp("RegistrationFailed", reason); }});
         connector_->start();
         bus_.serve(service_interface::path, service_interface::xml,
                    [self = shared_from_this()](const MethodCall& call) { self->answer(call); });
-        bus_.own(settings_.names.notificationService, [self = shared_from_this()](bool ours) {
-            self->post([ours](State& state) { state.named(ours); });
-        });
+        bus_.own(settings_.names.notificationService,
+                 [self = shared_from_this()](bool ours) { self->post([ours](State& state) { state.named(ours); }); });
         post([](State& state) { state.touch(); });
     }
 
@@ -208,9 +205,8 @@ private:
                    .answerType = "(s)"},
                   [self = shared_from_this()](const Result<Variant>&) {
                       self->post([](State& state) {
-                          state.pushes_.finish([self = state.shared_from_this()] {
-                              self->handlers_.ended(self->hadName_);
-                          });
+                          state.pushes_.finish(
+                              [self = state.shared_from_this()] { self->handlers_.ended(self->hadName_); });
                       });
                   });
     }
@@ -228,9 +224,10 @@ private:
     bool leaving_ = false;
 };
 
-std::shared_ptr<NotificationServiceHost>
-NotificationServiceHost::make(std::shared_ptr<platform::Platform> platform, SessionBus& bus, Settings settings,
-                              PushQueue::ExtensionFactory makeExtension, Handlers handlers) {
+std::shared_ptr<NotificationServiceHost> NotificationServiceHost::make(std::shared_ptr<platform::Platform> platform,
+                                                                       SessionBus& bus, Settings settings,
+                                                                       PushQueue::ExtensionFactory makeExtension,
+                                                                       Handlers handlers) {
     return std::shared_ptr<NotificationServiceHost>(new NotificationServiceHost(std::make_shared<State>(
         std::move(platform), bus, std::move(settings), std::move(makeExtension), std::move(handlers))));
 }

@@ -4,8 +4,6 @@
 
 namespace zentavo::desktop {
 
-void prepareOpenSsl() {
-    [[maybe_unused]] static const int once = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
-}
+void prepareOpenSsl() { [[maybe_unused]] static const int once = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr); }
 
 } // namespace zentavo::desktop

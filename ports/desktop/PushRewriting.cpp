@@ -25,11 +25,11 @@ bool PushRewriting::start(platform::NotificationRequest request, std::shared_ptr
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
     try {
-        thread_ = std::thread([extension = extension_, queue, request = std::move(request), handler,
-                               returned = std::move(returned)] {
-            extension->didReceive(request, handler);
-            queue->async(returned);
-        });
+        thread_ = std::thread(
+            [extension = extension_, queue, request = std::move(request), handler, returned = std::move(returned)] {
+                extension->didReceive(request, handler);
+                queue->async(returned);
+            });
         pthread_setname_np(thread_.native_handle(), "zentavo-push");
     } catch (const std::system_error&) {
     }

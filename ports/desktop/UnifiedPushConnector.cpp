@@ -56,8 +56,7 @@ public:
         if (!ours) {
             return refuse(call, "it is not for a registration of ours");
         }
-        const Result<void> done =
-            read->method == ConnectorCall::Method::message ? message(*read) : newEndpoint(*read);
+        const Result<void> done = read->method == ConnectorCall::Method::message ? message(*read) : newEndpoint(*read);
         if (!done) {
             return refuse(call, done.error().message);
         }
@@ -93,9 +92,8 @@ private:
             return;
         }
         distributors_.list([self = shared_from_this()](const std::vector<std::string>& names) {
-            self->registerWith(Distributors::choose(names, self->store_.chosenDistributor(),
-                                                    self->store_.lastDistributor()),
-                               names);
+            self->registerWith(
+                Distributors::choose(names, self->store_.chosenDistributor(), self->store_.lastDistributor()), names);
         });
     }
 
@@ -119,7 +117,8 @@ private:
             store_.save(*registration_);
         }
         watch(distributor);
-        distributors_.add(distributor, {settings_.service, registration_->token, settings_.description, settings_.vapid},
+        distributors_.add(distributor,
+                          {settings_.service, registration_->token, settings_.description, settings_.vapid},
                           [self = shared_from_this(), token = registration_->token](const Result<int>& version) {
                               self->registered(token, version);
                           });
@@ -250,9 +249,8 @@ UnifiedPushConnector::~UnifiedPushConnector() = default;
 
 void UnifiedPushConnector::start() {
     bus_.run([state = state_] { state->start(); });
-    bus_.serve(ConnectorCall::path, ConnectorCall::xml, [state = state_](const MethodCall& call) {
-        state->receive(call);
-    });
+    bus_.serve(ConnectorCall::path, ConnectorCall::xml,
+               [state = state_](const MethodCall& call) { state->receive(call); });
 }
 
 void UnifiedPushConnector::request() {

@@ -143,12 +143,11 @@ Result<std::string> decrypt(const WebPushKeys& keys, std::string_view message) {
     Secret key;
     Secret nonce;
     std::string text;
-    const bool derived =
-        mac(keys.auth(), {shared.bytes}, proven) &&
-        mac(proven.bytes, {label("WebPush: info"), keys.publicKey(), sender, firstBlock}, input) &&
-        mac(salt, {input.bytes}, salted) &&
-        mac(salted.bytes, {label("Content-Encoding: aes128gcm"), firstBlock}, key) &&
-        mac(salted.bytes, {label("Content-Encoding: nonce"), firstBlock}, nonce);
+    const bool derived = mac(keys.auth(), {shared.bytes}, proven) &&
+                         mac(proven.bytes, {label("WebPush: info"), keys.publicKey(), sender, firstBlock}, input) &&
+                         mac(salt, {input.bytes}, salted) &&
+                         mac(salted.bytes, {label("Content-Encoding: aes128gcm"), firstBlock}, key) &&
+                         mac(salted.bytes, {label("Content-Encoding: nonce"), firstBlock}, nonce);
     if (!derived || !open(key, nonce, record, text)) {
         return Error{"the message was not encrypted for this registration, or has been changed"};
     }

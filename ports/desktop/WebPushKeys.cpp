@@ -58,9 +58,7 @@ WebPushKeys::~WebPushKeys() {
     OPENSSL_cleanse(auth_.data(), auth_.size());
 }
 
-std::string WebPushKeys::text() const {
-    return base64::encodeURL(privateKey_) + separator + base64::encodeURL(auth_);
-}
+std::string WebPushKeys::text() const { return base64::encodeURL(privateKey_) + separator + base64::encodeURL(auth_); }
 
 std::string WebPushKeys::publicKeyText() const { return base64::encodeURL(publicKey_); }
 

@@ -84,8 +84,7 @@ void FakeDistributor::answer(const desktop::MethodCall& call) {
 
 std::string FakeDistributor::message(int version, const std::string& service, const std::string& token,
                                      const std::string& body, const std::string& id) {
-    const Variant bytes = Variant::share(
-        g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, body.data(), body.size(), 1));
+    const Variant bytes = Variant::share(g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, body.data(), body.size(), 1));
     return call(version, service, "Message", g_variant_new("(s@ays)", token.c_str(), bytes.get(), id.c_str()),
                 g_variant_new_parsed("({'token': <%s>, 'message': <%@ay>, 'id': <%s>},)", token.c_str(), bytes.get(),
                                      id.c_str()));

@@ -1,12 +1,13 @@
 // The notification service between distributor, app and notification centre: real bus, time in the test's hands.
 
+#include "ports/desktop/NotificationServiceHost.h"
+
 #include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "ports/desktop/NotificationCodec.h"
-#include "ports/desktop/NotificationServiceHost.h"
 #include "ports/memory/MemoryPlatform.h"
 #include "tests/desktop/FakeApp.h"
 #include "tests/desktop/FakeDistributor.h"

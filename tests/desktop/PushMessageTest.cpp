@@ -1,9 +1,10 @@
 // What a push says, read as a phone's system would.
 
+#include "ports/desktop/PushMessage.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ports/desktop/PushMessage.h"
 #include "zentavo/foundation/JSON.h"
 
 namespace zentavo::tests {
@@ -63,8 +64,9 @@ TEST(PushMessageTest, WithoutATextItIsSilent) {
 
 TEST(PushMessageTest, WhatIsNoObjectIsRefused) {
     const std::string deep = "{\"aps\":" + std::string(40, '[') + std::string(40, ']') + "}";
-    for (const std::string& body : {std::string(), std::string("hello"), std::string("[]"), std::string("{\"a\":1"),
-                                    std::string("{\"a\":\"\xff\"}"), deep, "{\"a\":\"" + std::string(4'096, 'x') + "\"}"}) {
+    for (const std::string& body :
+         {std::string(), std::string("hello"), std::string("[]"), std::string("{\"a\":1"),
+          std::string("{\"a\":\"\xff\"}"), deep, "{\"a\":\"" + std::string(4'096, 'x') + "\"}"}) {
         EXPECT_FALSE(PushMessage::read(body)) << body.substr(0, 50);
     }
 }

@@ -1,10 +1,11 @@
 // Pushes on their way to the notification centre: order, time and what goes wrong. Extensions work on real threads, time
 // is the test's.
 
+#include "ports/desktop/PushQueue.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ports/desktop/PushQueue.h"
 #include "ports/memory/MemoryPlatform.h"
 #include "tests/desktop/Awaited.h"
 

@@ -1,9 +1,10 @@
 // Registration for pushes and their arrival, with distributors of both versions on a bus of the test's own.
 
+#include "ports/desktop/UnifiedPushConnector.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ports/desktop/UnifiedPushConnector.h"
 #include "ports/desktop/WebPushKeys.h"
 #include "ports/memory/FailNth.h"
 #include "ports/memory/MemoryPlatform.h"
@@ -307,9 +308,7 @@ TEST_F(UnifiedPushConnectorTest, TheHostsChoiceComesFirstThenTheLastOneThenTheFi
     Receiver receiver(bus, memory.platform());
     const std::string first = registered(a, receiver, 1);
     receiver.told();
-    const auto choose = [&](const char* name) {
-        memory.preferences->standard()->set("ZentavoPushDistributor", name);
-    };
+    const auto choose = [&](const char* name) { memory.preferences->standard()->set("ZentavoPushDistributor", name); };
 
     choose("org.unifiedpush.Distributor.C");
     const std::string second = registered(c, receiver, 2);

@@ -39,8 +39,7 @@ EVP_PKEY* key(std::string publicKey, const std::string& privateKey) {
     OSSL_PARAM* parameters = OSSL_PARAM_BLD_to_param(builder);
     EVP_PKEY_CTX* context = EVP_PKEY_CTX_new_from_name(nullptr, "EC", nullptr);
     EVP_PKEY* made = nullptr;
-    must(EVP_PKEY_fromdata_init(context) == 1 &&
-         EVP_PKEY_fromdata(context, &made, EVP_PKEY_KEYPAIR, parameters) == 1);
+    must(EVP_PKEY_fromdata_init(context) == 1 && EVP_PKEY_fromdata(context, &made, EVP_PKEY_KEYPAIR, parameters) == 1);
     EVP_PKEY_CTX_free(context);
     OSSL_PARAM_free(parameters);
     OSSL_PARAM_BLD_free(builder);

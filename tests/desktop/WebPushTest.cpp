@@ -54,11 +54,10 @@ TEST_F(WebPushTest, KeysAreNewEachTimeAndReadBack) {
     EXPECT_FALSE(decrypt(other, sender.encrypt(one, "hello")));
 
     const std::string auth(22, 'A');
-    for (const std::string& damaged :
-         {std::string(), std::string("."), std::string(rfcKeys).substr(1), std::string(rfcKeys) + "AA",
-          std::string(43, 'A') + "." + auth,       // zero
-          "_" + std::string(42, '_') + "." + auth, // beyond the curve's order
-          "?" + std::string(rfcKeys).substr(1)}) {
+    for (const std::string& damaged : {std::string(), std::string("."), std::string(rfcKeys).substr(1),
+                                       std::string(rfcKeys) + "AA", std::string(43, 'A') + "." + auth, // zero
+                                       "_" + std::string(42, '_') + "." + auth, // beyond the curve's order
+                                       "?" + std::string(rfcKeys).substr(1)}) {
         EXPECT_FALSE(WebPushKeys::read(damaged)) << damaged;
     }
 }
