@@ -70,7 +70,7 @@ public:
                 ::kill(process(), SIGTERM);
                 presence_.next();
             }
-            testing::SeededRandom unused(1);
+            zentavo::testing::SeededRandom unused(1);
             const std::string message =
                 sender_.encrypt(desktop::WebPushKeys::make(unused), json::write(Map{{"aps", aps}}).value());
             const std::size_t before = server_.shown().size();

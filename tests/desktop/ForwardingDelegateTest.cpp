@@ -93,9 +93,12 @@ TEST_F(ForwardingDelegateTest, WhatCannotBeToldWaitsForTheApp) {
 TEST_F(ForwardingDelegateTest, AnAppThatHasItsNameAndNothingElseYetIsToldLater) {
     FakeApp app(bus.address(), false);
     ASSERT_TRUE(until([&] {
-        return ForwardingDelegateTest::DesktopTest::ask({"org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                                         "org.freedesktop.DBus", "GetNameOwner",
-                                                         desktop::Variant::share(g_variant_new("(s)", appName)), "(s)"})
+        return ForwardingDelegateTest::DesktopTest::ask({"org.freedesktop.DBus",
+                                                         "/org/freedesktop/DBus",
+                                                         "org.freedesktop.DBus",
+                                                         "GetNameOwner",
+                                                         desktop::Variant::share(g_variant_new("(s)", appName)),
+                                                         "(s)"})
             .ok();
     }));
     respond("a");

@@ -130,8 +130,7 @@ TEST_F(FreedesktopUserNotificationsTest, TellsWhatTheUserDidOnceEach) {
 
 TEST_F(FreedesktopUserNotificationsTest, TellsAButtonByTheIdThatThePushGaveIt) {
     auto buttons = request("buttons");
-    buttons.content.userInfo = {
-        {"aps", Map{{"actionButtons", Map{{"button2", Map{{"id", "default"}, {"label", "B"}}}}}}}};
+    buttons.content.userInfo = {{"aps", Map{{"actionButtons", Map{{"button2", Map{{"id", "default"}, {"label", "B"}}}}}}}};
     EXPECT_EQ(add(buttons), std::nullopt);
     server->press(idOf(0), server->shown().at(0).keyOf("B"));
     ASSERT_TRUE(until([&] { return !delegate->told.empty(); }));
@@ -213,10 +212,9 @@ TEST_F(FreedesktopUserNotificationsTest, InFrontTheDelegateDecidesHowItIsShown) 
 
     center->setBadgeCount(0);
     ASSERT_TRUE(until([&] { return badges.count() == 2; }));
-    EXPECT_THAT(
-        badges.all(),
-        ElementsAre("('application://com.example.shop.desktop', {'count': <int64 3>, 'count-visible': <true>})",
-                    "('application://com.example.shop.desktop', {'count': <int64 0>, 'count-visible': <false>})"));
+    EXPECT_THAT(badges.all(),
+                ElementsAre("('application://com.example.shop.desktop', {'count': <int64 3>, 'count-visible': <true>})",
+                            "('application://com.example.shop.desktop', {'count': <int64 0>, 'count-visible': <false>})"));
 }
 
 TEST_F(FreedesktopUserNotificationsTest, ADelegateThatAnswersTwiceOrForAnEarlierOneDecidesNothing) {

@@ -33,7 +33,7 @@ protected:
     }
 
     const WebPushKeys keys = WebPushKeys::read(rfcKeys).value();
-    const WebPushSender sender;
+    const WebPushSender sender{};
     const std::string good = sender.encrypt(keys, rfcText);
 };
 
