@@ -7,6 +7,7 @@
 
 #include "ports/desktop/MethodCall.h"
 #include "ports/desktop/Variant.h"
+#include "zentavo/foundation/Export.h"
 #include "zentavo/foundation/Result.h"
 
 namespace zentavo::desktop {
@@ -17,7 +18,7 @@ namespace zentavo::desktop {
 ///
 /// Where there is no bus, calls fail with an error and nothing else ever happens. A bus that is lost is not sought again:
 /// it ends with the user's session.
-class SessionBus {
+class ZENTAVO_EXPORT SessionBus {
 public:
     using Block = std::function<void()>;
     using Answer = std::function<void(Result<Variant> values)>;
@@ -38,6 +39,8 @@ public:
         const char* answerType = "()";
         /// Whether the bus may start a program for `destination`.
         bool mayStart = true;
+        /// Whether the other side may lack the interface or the method: the answer is then a null value, and no error.
+        bool mayBeUnknown = false;
         std::chrono::milliseconds timeout = usualTimeout;
     };
 
@@ -66,10 +69,14 @@ public:
     void watch(std::string name, PresenceHandler handler);
     /// Makes `name` ours, waiting for it where another program has it. Told when we have it, and when we lose it.
     void own(std::string name, PresenceHandler handler = {});
+    /// Gives a name back. What was sent to it has arrived before the answer to any call that is made after this.
+    void disown(std::string name);
     /// Answers calls of the object at `path`. `interfaces` is introspection XML, a "node" with any number of
     /// interfaces; calls that do not fit it are refused before `handler` sees them. To be called before `own`, or a
     /// program that was started for a call misses it.
     void serve(std::string path, const char* interfaces, MethodHandler handler);
+    /// The same on a connection that the process has besides this one, and on which it may have a name.
+    void serveOn(GDBusConnection* connection, std::string path, const char* interfaces, MethodHandler handler);
 
 private:
     class Core;

@@ -1,0 +1,138 @@
+#include "ports/desktop/NotificationService.h"
+
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <utility>
+
+#include <pthread.h>
+
+#include "ports/desktop/AppInterfaces.h"
+#include "ports/desktop/AppOnDesktop.h"
+#include "ports/desktop/BusNames.h"
+#include "ports/desktop/ForwardingDelegate.h"
+#include "ports/desktop/FreedesktopUserNotifications.h"
+#include "ports/desktop/NotificationCodec.h"
+#include "ports/desktop/NotificationServiceHost.h"
+#include "ports/desktop/SessionBus.h"
+
+namespace zentavo::desktop {
+
+namespace {
+
+/// The signals that end the process, kept from this thread and all that it makes from now on, for `wait`. They stay so:
+/// one that comes late must not kill a process that is about to end well.
+class EndSignals {
+public:
+    EndSignals() : main_(pthread_self()) {
+        sigemptyset(&signals_);
+        for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+            sigaddset(&signals_, signal);
+        }
+        pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+    }
+
+    void wait() const {
+        int signal = 0;
+        sigwait(&signals_, &signal);
+    }
+    /// Ends `wait` as a signal would. Any thread.
+    void send() const { pthread_kill(main_, SIGTERM); }
+
+private:
+    const pthread_t main_;
+    sigset_t signals_{};
+};
+
+/// How it ended, told from another thread.
+struct End {
+    EndSignals signals;
+    std::atomic<bool> reached = false;
+    std::atomic<int> status = 0;
+};
+
+/// The bundle of the app, which the extension's stands in; the extension's own where it stands elsewhere.
+std::shared_ptr<const platform::Bundle> appBundle(platform::Bundles& bundles, const std::string& identifier) {
+    std::filesystem::path folder = bundles.main()->path();
+    for (int levels = 0; levels < 3 && folder.has_relative_path(); ++levels) {
+        folder = folder.parent_path();
+        const auto bundle = bundles.open(folder.string());
+        if (bundle && bundle->identifier() == identifier) {
+            return bundle;
+        }
+    }
+    return bundles.main();
+}
+
+/// Has the content extension show a notification; it is started for that.
+void showAll(SessionBus& bus, const std::string& contentExtension, platform::SystemLog& log,
+             const platform::Notification& notification) {
+    const auto text = codec::write(notification);
+    if (!text) {
+        log.write(platform::LogLevel::warning, text.error().message);
+        return;
+    }
+    bus.call({.destination = contentExtension,
+              .path = content_interface::path,
+              .interface = content_interface::name,
+              .method = "Show",
+              .parameters = Variant::share(g_variant_new("(s)", text->c_str()))});
+}
+
+} // namespace
+
+int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
+                           std::function<std::shared_ptr<platform::NotificationServiceExtension>()> makeExtension,
+                           NotificationServiceOptions options) {
+    const auto names = BusNames::of(*platform->bundles->main());
+    const auto& log = platform->systemLog;
+    if (!names || platform->bundles->main()->identifier() != names->notificationService) {
+        log->write(platform::LogLevel::error,
+                   "A notification service's bundle identifier is its app's with \".NotificationService\"");
+        return 1;
+    }
+    const auto end = std::make_shared<End>();
+    const auto bus = std::make_shared<SessionBus>();
+    const auto app = AppOnDesktop::of(*appBundle(*platform->bundles, names->app));
+    const auto centre = FreedesktopUserNotifications::make(
+        {.bus = bus,
+         .mainQueue = platform->userInterface()->mainQueue,
+         .diskQueue = platform->queues->make("zentavo.attachments", platform::QueueKind::serial),
+         .attachmentFiles = platform->attachmentFiles,
+         .app = app,
+         // The app knows whether it is in front, and is asked each time.
+         .isInFront = [] { return true; },
+         .expand = [bus, log, content = names->notificationContent](
+                       const platform::Notification& notification) { showAll(*bus, content, *log, notification); }});
+    const auto delegate = ForwardingDelegate::make(bus, names->app, log);
+    centre->setDelegate(delegate);
+    const platform::UserInterface before = *platform->userInterface();
+    platform::UserInterface interface = before;
+    interface.userNotifications = centre;
+    platform->attach(interface);
+
+    const auto host = NotificationServiceHost::make(
+        platform, *bus,
+        {*names, options.description.empty() ? app.name : std::move(options.description), std::move(options.vapid)},
+        std::move(makeExtension),
+        {.respond = [centre](platform::NotificationResponse response) { centre->respond(std::move(response)); },
+         .busy = [delegate] { return delegate->waiting() > 0; },
+         .ended =
+             [end](bool name) {
+                 end->status = name ? 0 : 1;
+                 end->reached = true;
+                 end->signals.send();
+             }});
+    host->start();
+    end->signals.wait();
+    if (!end->reached) { // a signal came from outside
+        host->end();
+        while (!end->reached) {
+            end->signals.wait();
+        }
+    }
+    platform->attach(before); // the bus ends with the last who holds it
+    return end->status;
+}
+
+} // namespace zentavo::desktop

@@ -1,0 +1,243 @@
+#include "ports/desktop/NotificationServiceHost.h"
+
+#include <utility>
+#include <vector>
+
+#include "ports/desktop/AppInterfaces.h"
+#include "ports/desktop/NotificationCodec.h"
+#include "ports/desktop/UnifiedPushConnector.h"
+
+namespace zentavo::desktop {
+
+namespace {
+
+/// What one call may ask for.
+constexpr std::size_t maximumIdentifiers = 1'000;
+
+std::string textOf(const Variant& parameters) {
+    const char* text = nullptr;
+    g_variant_get(parameters.get(), "(&s)", &text);
+    return text;
+}
+
+std::vector<std::string> textsOf(const Variant& parameters) {
+    const auto list = Variant::take(g_variant_get_child_value(parameters.get(), 0));
+    std::vector<std::string> texts;
+    GVariantIter each;
+    g_variant_iter_init(&each, list.get());
+    for (const char* text = nullptr; g_variant_iter_next(&each, "&s", &text) != FALSE;) {
+        texts.emplace_back(text);
+    }
+    return texts;
+}
+
+Variant tupleOf(const std::vector<std::string>& texts) {
+    GVariantBuilder builder;
+    g_variant_builder_init(&builder, G_VARIANT_TYPE("as"));
+    for (const std::string& text : texts) {
+        g_variant_builder_add(&builder, "s", text.c_str());
+    }
+    return Variant::share(g_variant_new("(as)", &builder));
+}
+
+} // namespace
+
+/// What is not said to be otherwise belongs to the queue.
+class NotificationServiceHost::State : public std::enable_shared_from_this<State> {
+public:
+    State(std::shared_ptr<platform::Platform> platform, SessionBus& bus, Settings settings,
+          PushQueue::ExtensionFactory makeExtension, Handlers handlers)
+        : platform_(std::move(platform)), bus_(bus), settings_(std::move(settings)), handlers_(std::move(handlers)),
+          queue_(platform_->queues->make("zentavo.notification-service", platform::QueueKind::serial)),
+          pushes_(platform_, queue_, std::move(makeExtension)) {}
+
+    /// Any thread.
+    void start() {
+        connector_.emplace(
+            bus_, *platform_,
+            UnifiedPushConnector::Settings{settings_.names.notificationService, settings_.description, settings_.vapid},
+            UnifiedPushConnector::Handlers{
+                [this](std::string body) { post([body = std::move(body)](State& state) { state.receive(body); }); },
+                [this](const std::string& text) { tellApp("TokenChanged", text); },
+                [this](const std::string& reason) { tellApp("RegistrationFailed", reason); }});
+        connector_->start();
+        bus_.serve(service_interface::path, service_interface::xml,
+                   [self = shared_from_this()](const MethodCall& call) { self->answer(call); });
+        bus_.own(settings_.names.notificationService,
+                 [self = shared_from_this()](bool ours) { self->post([ours](State& state) { state.named(ours); }); });
+        post([](State& state) { state.touch(); });
+    }
+
+    /// Any thread.
+    void end() {
+        post([](State& state) { state.leave(); });
+    }
+
+private:
+    void warn(const std::string& text) const {
+        platform_->systemLog->write(platform::LogLevel::warning, "Pushes: " + text);
+    }
+
+    /// Any thread.
+    void post(std::function<void(State&)> block) {
+        queue_->async([self = shared_from_this(), block = std::move(block)] { block(*self); });
+    }
+
+    /// Any thread. The app asks at each start, so it is not started for this.
+    void tellApp(const char* method, const std::string& text) {
+        bus_.call({.destination = settings_.names.app,
+                   .path = app_interface::path,
+                   .interface = app_interface::name,
+                   .method = method,
+                   .parameters = Variant::share(g_variant_new("(s)", text.c_str())),
+                   .mayStart = false});
+    }
+
+    void named(bool ours) {
+        if (ours) {
+            hadName_ = true;
+        } else if (!leaving_) {
+            // Another process has it and does our work, or there is no bus.
+            leaving_ = true;
+            pushes_.finish([this] { handlers_.ended(hadName_); });
+        }
+    }
+
+    void receive(const std::string& body) {
+        touch();
+        auto message = PushMessage::read(body);
+        if (!message) {
+            return warn("one says nothing that can be read: " + message.error().message);
+        }
+        pushes_.add(*std::move(message));
+    }
+
+    /// On the bus's thread. Answers come from the notification centre, in its own time.
+    void answer(const MethodCall& call) {
+        post([](State& state) { state.touch(); });
+        const std::string method = call.method();
+        const auto centre = platform_->userInterface()->userNotifications;
+        if (method == "Register") {
+            connector_->request();
+            call.answer();
+        } else if (method == "Delivered") {
+            centre->delivered([call](const std::vector<platform::Notification>& delivered) {
+                std::vector<std::string> texts;
+                for (const auto& each : delivered) {
+                    if (auto text = codec::write(each)) {
+                        texts.push_back(*std::move(text));
+                    }
+                }
+                call.answer(tupleOf(texts));
+            });
+        } else if (method == "RemoveDelivered") {
+            auto identifiers = textsOf(call.parameters());
+            if (identifiers.size() > maximumIdentifiers) {
+                return call.refuseArguments("more than there can be notifications");
+            }
+            centre->removeDelivered(std::move(identifiers));
+            call.answer();
+        } else {
+            auto response = codec::readResponse(textOf(call.parameters()));
+            if (!response) {
+                return call.refuseArguments(response.error().message);
+            }
+            handlers_.respond(*std::move(response));
+            call.answer();
+        }
+    }
+
+    void touch() {
+        lastActivity_ = platform_->clock->steady();
+        if (!watching_) {
+            watch(quiet);
+        }
+    }
+
+    void watch(std::chrono::nanoseconds delay) {
+        watching_ = true;
+        queue_->after(delay, [weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->watching_ = false;
+                self->look();
+            }
+        });
+    }
+
+    void look() {
+        if (leaving_) {
+            return;
+        }
+        const auto left = lastActivity_ + quiet - platform_->clock->steady();
+        if (left.count() > 0) {
+            return watch(left);
+        }
+        if (pushes_.busy() || (handlers_.busy && handlers_.busy())) {
+            return watch(quiet);
+        }
+        watching_ = true;
+        platform_->userInterface()->userNotifications->delivered(
+            [self = shared_from_this()](const std::vector<platform::Notification>& delivered) {
+                self->post([shows = !delivered.empty()](State& state) { state.looked(shows); });
+            });
+    }
+
+    void looked(bool shows) {
+        watching_ = false;
+        // A call may have come meanwhile.
+        if (shows || pushes_.busy() || platform_->clock->steady() - lastActivity_ < quiet) {
+            return watch(quiet);
+        }
+        leave();
+    }
+
+    void leave() {
+        if (std::exchange(leaving_, true)) {
+            return;
+        }
+        // What is sent to it from now on starts the next process; what came before is ours still.
+        bus_.disown(settings_.names.notificationService);
+        bus_.call({.destination = "org.freedesktop.DBus",
+                   .path = "/org/freedesktop/DBus",
+                   .interface = "org.freedesktop.DBus",
+                   .method = "GetId",
+                   .parameters = {},
+                   .answerType = "(s)"},
+                  [self = shared_from_this()](const Result<Variant>&) {
+                      self->post([](State& state) {
+                          state.pushes_.finish(
+                              [self = state.shared_from_this()] { self->handlers_.ended(self->hadName_); });
+                      });
+                  });
+    }
+
+    const std::shared_ptr<platform::Platform> platform_;
+    SessionBus& bus_;
+    const Settings settings_;
+    const Handlers handlers_;
+    const std::shared_ptr<platform::DispatchQueue> queue_;
+    std::optional<UnifiedPushConnector> connector_; ///< made once, before anybody calls
+    PushQueue pushes_;
+    std::chrono::nanoseconds lastActivity_{0};
+    bool watching_ = false; ///< a timer is set, or the notification centre is asked
+    bool hadName_ = false;
+    bool leaving_ = false;
+};
+
+std::shared_ptr<NotificationServiceHost> NotificationServiceHost::make(std::shared_ptr<platform::Platform> platform,
+                                                                       SessionBus& bus, Settings settings,
+                                                                       PushQueue::ExtensionFactory makeExtension,
+                                                                       Handlers handlers) {
+    return std::shared_ptr<NotificationServiceHost>(new NotificationServiceHost(std::make_shared<State>(
+        std::move(platform), bus, std::move(settings), std::move(makeExtension), std::move(handlers))));
+}
+
+NotificationServiceHost::NotificationServiceHost(std::shared_ptr<State> state) : state_(std::move(state)) {}
+
+NotificationServiceHost::~NotificationServiceHost() = default;
+
+void NotificationServiceHost::start() { state_->start(); }
+
+void NotificationServiceHost::end() { state_->end(); }
+
+} // namespace zentavo::desktop

@@ -1,0 +1,260 @@
+#include "ports/desktop/UnifiedPushConnector.h"
+
+#include <optional>
+#include <set>
+#include <utility>
+
+#include "ports/desktop/ConnectorCall.h"
+#include "ports/desktop/Distributors.h"
+#include "ports/desktop/PushEndpoint.h"
+#include "ports/desktop/PushRegistration.h"
+#include "ports/desktop/RecentMessages.h"
+#include "ports/desktop/WebPushDecryption.h"
+
+namespace zentavo::desktop {
+
+/// All of it belongs to the bus's thread, whose closures keep it alive.
+class UnifiedPushConnector::State : public std::enable_shared_from_this<State> {
+public:
+    State(SessionBus& bus, const platform::Platform& platform, Settings settings, Handlers handlers)
+        : bus_(bus), log_(platform.systemLog), random_(platform.random), settings_(std::move(settings)),
+          handlers_(std::move(handlers)), distributors_(bus), store_(platform.preferences->standard()),
+          recent_(platform.preferences->standard()) {}
+
+    void start() {
+        auto stored = store_.load();
+        if (!stored) {
+            warn(stored.error().message);
+        } else if (*stored) {
+            registration_ = *std::move(stored);
+            renew();
+        }
+    }
+
+    void request() {
+        const std::string chosen = store_.chosenDistributor();
+        if (registration_ && (chosen.empty() || chosen == registration_->distributor)) {
+            tellEndpoint();
+        } else {
+            asked_ = true;
+        }
+        renew();
+    }
+
+    void receive(const MethodCall& call) {
+        const auto read = ConnectorCall::read(call);
+        if (!read) {
+            return call.refuseArguments(read.error().message);
+        }
+        const bool ours = registration_ && registration_->token == read->token;
+        if (read->method == ConnectorCall::Method::unregistered) {
+            if (ours) {
+                unregistered();
+            }
+            return ConnectorCall::answer(call);
+        }
+        if (!ours) {
+            return refuse(call, "it is not for a registration of ours");
+        }
+        const Result<void> done = read->method == ConnectorCall::Method::message ? message(*read) : newEndpoint(*read);
+        if (!done) {
+            return refuse(call, done.error().message);
+        }
+        ConnectorCall::answer(call);
+    }
+
+private:
+    void warn(const std::string& text) const { log_->write(platform::LogLevel::warning, "Pushes: " + text); }
+
+    void refuse(const MethodCall& call, const std::string& why) const {
+        warn(call.method() + " from " + call.sender() + " is refused: " + why);
+        call.refuseArguments(why);
+    }
+
+    /// The app is told once, by whatever comes first.
+    void tellEndpoint() {
+        asked_ = registration_->endpoint.empty();
+        if (!asked_) {
+            handlers_.tokenChanged(registration_->senderText());
+        }
+    }
+
+    void fail(const std::string& why) {
+        warn(why);
+        if (std::exchange(asked_, false)) {
+            handlers_.registrationFailed(why);
+        }
+    }
+
+    /// Also where there is a registration: distributors forget, and are exchanged.
+    void renew() {
+        if (std::exchange(registering_, true)) {
+            return;
+        }
+        distributors_.list([self = shared_from_this()](const std::vector<std::string>& names) {
+            self->registerWith(
+                Distributors::choose(names, self->store_.chosenDistributor(), self->store_.lastDistributor()), names);
+        });
+    }
+
+    void registerWith(const std::string& distributor, const std::vector<std::string>& names) {
+        const bool moves = registration_ && registration_->distributor != distributor;
+        if (distributor.empty() || (moves && !asked_ && distributor != store_.chosenDistributor())) {
+            // Without being asked we leave the one that we have for none but the host's own choice: it may come back.
+            registering_ = false;
+            if (registration_) {
+                watch(registration_->distributor);
+                away_ = true;
+            }
+            return fail("there is no distributor of pushes");
+        }
+        if (moves) {
+            leave(names);
+        }
+        if (!registration_) {
+            registration_ = PushRegistration::make(distributor, *random_);
+            // Before the distributor knows it: its answer may find the next process.
+            store_.save(*registration_);
+        }
+        watch(distributor);
+        distributors_.add(distributor,
+                          {settings_.service, registration_->token, settings_.description, settings_.vapid},
+                          [self = shared_from_this(), token = registration_->token](const Result<int>& version) {
+                              self->registered(token, version);
+                          });
+    }
+
+    void registered(const std::string& token, const Result<int>& version) {
+        registering_ = false;
+        if (!registration_ || registration_->token != token) {
+            return asked_ ? renew() : void(); // that one ended while we waited
+        }
+        if (!version) {
+            return fail(version.error().message);
+        }
+        away_ = false;
+        if (registration_->version != *version) {
+            // The endpoint that follows tells senders how to send to this one.
+            registration_->version = *version;
+            registration_->endpoint.clear();
+            store_.save(*registration_);
+        }
+        if (asked_) {
+            tellEndpoint();
+        }
+    }
+
+    /// Gives the registration back, to make one elsewhere.
+    void leave(const std::vector<std::string>& names) {
+        for (const std::string& name : names) {
+            if (name == registration_->distributor) {
+                distributors_.remove(name, registration_->version, registration_->token);
+            }
+        }
+        store_.drop();
+        registration_.reset();
+    }
+
+    void watch(const std::string& distributor) {
+        if (!watched_.insert(distributor).second) {
+            return; // the bus knows no end to it
+        }
+        bus_.watch(distributor, [self = shared_from_this(), distributor](bool present) {
+            if (!self->registration_ || self->registration_->distributor != distributor) {
+                return;
+            }
+            const bool wasAway = std::exchange(self->away_, !present);
+            // While we register, it is our call that has started it.
+            if (present && wasAway && !self->registering_) {
+                self->renew();
+            }
+        });
+    }
+
+    Result<void> message(const ConnectorCall& call) {
+        if (call.version != registration_->version) {
+            return Error{"the registration is not of this version"};
+        }
+        if (call.message.empty() || call.message.size() > maximumMessageBytes) {
+            return Error{"a message of " + std::to_string(call.message.size()) + " bytes"};
+        }
+        if (recent_.contains(call.id)) {
+            return {};
+        }
+        Result<std::string> body = call.version == PushRegistration::plainVersion
+                                       ? call.message
+                                       : web_push::decrypt(registration_->keys, call.message);
+        if (!body) {
+            return body.error();
+        }
+        if (!body->empty()) {
+            handlers_.message(*std::move(body));
+        }
+        recent_.add(call.id);
+        return {};
+    }
+
+    Result<void> newEndpoint(const ConnectorCall& call) {
+        // The answer to our registering, which says the version too, may come after this.
+        if (call.version != registration_->version && !registering_) {
+            return Error{"the registration is not of this version"};
+        }
+        auto endpoint = readPushEndpoint(call.endpoint);
+        if (!endpoint) {
+            if (std::exchange(asked_, false)) {
+                handlers_.registrationFailed(endpoint.error().message);
+            }
+            return endpoint.error();
+        }
+        const bool changed = registration_->endpoint != *endpoint || registration_->version != call.version;
+        if (changed) {
+            registration_->endpoint = *std::move(endpoint);
+            registration_->version = call.version;
+            store_.save(*registration_);
+        }
+        if (changed || asked_) {
+            tellEndpoint();
+        }
+        return {};
+    }
+
+    /// Asking for a new one at once might go round for ever: the next request does.
+    void unregistered() {
+        store_.drop();
+        registration_.reset();
+        asked_ = true; // whether or not the app waits for an answer, it must know
+        fail("the distributor has ended the registration");
+    }
+
+    SessionBus& bus_;
+    const std::shared_ptr<platform::SystemLog> log_;
+    const std::shared_ptr<platform::Random> random_;
+    const Settings settings_;
+    const Handlers handlers_;
+    Distributors distributors_;
+    const PushRegistrationStore store_;
+    RecentMessages recent_;
+    std::optional<PushRegistration> registration_;
+    std::set<std::string> watched_;
+    bool asked_ = false;       ///< the app waits for an answer
+    bool registering_ = false; ///< a distributor has been asked and has not answered
+    bool away_ = false;        ///< our distributor has left the bus since it last took the registration
+};
+
+UnifiedPushConnector::UnifiedPushConnector(SessionBus& bus, const platform::Platform& platform, Settings settings,
+                                           Handlers handlers)
+    : bus_(bus), state_(std::make_shared<State>(bus, platform, std::move(settings), std::move(handlers))) {}
+
+UnifiedPushConnector::~UnifiedPushConnector() = default;
+
+void UnifiedPushConnector::start() {
+    bus_.run([state = state_] { state->start(); });
+    bus_.serve(ConnectorCall::path, ConnectorCall::xml,
+               [state = state_](const MethodCall& call) { state->receive(call); });
+}
+
+void UnifiedPushConnector::request() {
+    bus_.run([state = state_] { state->request(); });
+}
+
+} // namespace zentavo::desktop
