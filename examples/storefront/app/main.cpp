@@ -1,8 +1,9 @@
 // A small shop that shows the SDK in an app with a window: its events, in-app messages over it, and the inbox.
 //
-//     zentavo-storefront [--server URL] [--data DIR] [--tour DIR]
+//     zentavo-storefront [--server URL] [--data DIR] [--tour DIR] [LINK]
 //
-// --tour walks through it without a hand on it, and leaves pictures in DIR.
+// A LINK is a place of the shop ("shop://cart"); a shop that is open already goes there. --tour walks through the shop
+// without a hand on it, and leaves pictures in DIR. Without the other two the environment decides, see ShopSettings.h.
 
 #include <cstdio>
 #include <memory>
@@ -12,30 +13,35 @@
 #include <gtkmm/cssprovider.h>
 #include <gtkmm/stylecontext.h>
 #include <ports/gtk/Attach.h>
-#include <ports/linux/LinuxPlatform.h>
 #include <zentavo/Zentavo.h>
 
+#include "Notifications.h"
 #include "ShopWindow.h"
 #include "Style.h"
 #include "Tour.h"
+#include "examples/storefront/support/ShopSettings.h"
 
 namespace {
 
 struct Options {
-    std::string server = "http://127.0.0.1:8787";
-    std::string data;
+    storefront::ShopSettings shop = storefront::ShopSettings::fromEnvironment();
     std::string tour;
+    std::string link;
 };
 
 bool read(int argc, char** argv, Options& options) {
     for (int i = 1; i < argc; ++i) {
         const std::string name = argv[i];
-        std::string* value = name == "--server" ? &options.server
-                             : name == "--data" ? &options.data
+        if (!name.starts_with("-") && options.link.empty()) {
+            options.link = name;
+            continue;
+        }
+        std::string* value = name == "--server" ? &options.shop.server
+                             : name == "--data" ? &options.shop.data
                              : name == "--tour" ? &options.tour
                                                 : nullptr;
         if (value == nullptr || ++i == argc) {
-            std::fprintf(stderr, "usage: %s [--server URL] [--data DIR] [--tour DIR]\n", argv[0]);
+            std::fprintf(stderr, "usage: %s [--server URL] [--data DIR] [--tour DIR] [LINK]\n", argv[0]);
             return false;
         }
         *value = argv[i];
@@ -50,17 +56,18 @@ int main(int argc, char** argv) {
     if (!read(argc, argv, options)) {
         return 2;
     }
-    // The default platform serves a host that has no wishes; this one chooses where its data is.
-    const auto platform = zentavo::linux_port::makeLinuxPlatform({options.data, {}});
-    const auto sdk = std::make_shared<zentavo::Zentavo>(platform);
-    zentavo::Zentavo::setShared(sdk);
-    sdk->setEndpoints(zentavo::Endpoints::all(options.server));
-
-    const auto app = Gtk::Application::create("example.nordlys.shop", Gio::Application::Flags::NON_UNIQUE);
+    // One shop at a time: a second one hands its link over to the first. The name must be another than the shop's own,
+    // at which the SDK is told what the user does with notifications.
+    const auto app = Gtk::Application::create("example.nordlys.shop.Window", Gio::Application::Flags::HANDLES_OPEN);
+    std::shared_ptr<zentavo::platform::Platform> platform;
+    std::shared_ptr<zentavo::Zentavo> sdk;
     std::unique_ptr<storefront::ShopWindow> window;
+    std::unique_ptr<storefront::Notifications> notifications;
     std::unique_ptr<storefront::Tour> tour;
     int status = 0;
-    app->signal_activate().connect([&] {
+    app->signal_startup().connect([&] {
+        platform = storefront::makePlatform(options.shop);
+        sdk = storefront::makeSdk(options.shop, platform);
         const auto style = Gtk::CssProvider::create();
         style->load_from_data(storefront::style);
         Gtk::StyleContext::add_provider_for_display(Gdk::Display::get_default(), style,
@@ -79,17 +86,28 @@ int main(int argc, char** argv) {
             }
         });
         window->inbox().askForUnread();
+        notifications = std::make_unique<storefront::Notifications>(sdk, platform);
+    });
+    app->signal_activate().connect([&] {
+        window->present();
         if (options.tour.empty()) {
             window->showList();
             return;
         }
-        tour = std::make_unique<storefront::Tour>(*window, sdk, platform, options.server, options.tour);
+        tour = std::make_unique<storefront::Tour>(*window, sdk, platform, options.shop.server, options.tour);
         tour->start([&](bool good) {
             std::printf("tour: %s\n", good ? "all as it should be" : "FAILED");
             status = good ? 0 : 1;
             window->close();
         });
     });
-    const int ended = app->run();
+    app->signal_open().connect([&](const Gio::Application::type_vec_files& links, const Glib::ustring&) {
+        window->present();
+        if (const auto url = zentavo::URL::parse(links.front()->get_uri())) {
+            window->go(*url);
+        }
+    });
+    char* words[] = {argv[0], options.link.data(), nullptr};
+    const int ended = app->run(options.link.empty() ? 1 : 2, words);
     return ended != 0 ? ended : status;
 }

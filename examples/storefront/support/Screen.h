@@ -1,0 +1,42 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace storefront {
+
+/// An X screen as somebody sees it who sits in front of it: pictures of what is there, whichever program drew it, and a
+/// pointer. For a screen of one's own, without a window manager.
+class Screen {
+public:
+    struct Area {
+        int x = 0;
+        int y = 0;
+        int width = 0;
+        int height = 0;
+    };
+
+    /// Throws std::runtime_error where there is no screen or no way to move the pointer.
+    Screen();
+    ~Screen();
+    Screen(const Screen&) = delete;
+    Screen& operator=(const Screen&) = delete;
+
+    /// Paints what is behind all windows.
+    void paintBackdrop();
+    /// Where the window with this title is, frame included; none while it is not to be seen.
+    std::optional<Area> window(const std::string& title) const;
+    void moveWindow(const std::string& title, int x, int y);
+    /// Presses and lets go at a point of the screen.
+    void click(int x, int y);
+    /// A PNG file of the screen, or of a part of it; false when there is no such place.
+    bool savePicture(const std::string& file, std::optional<Area> part = std::nullopt);
+
+private:
+    unsigned long find(const std::string& title) const;
+
+    void* display_;
+    void* pointer_; ///< the library for it
+};
+
+} // namespace storefront

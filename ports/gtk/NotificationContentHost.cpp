@@ -1,0 +1,219 @@
+#include "ports/gtk/NotificationContentHost.h"
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include <gtk/gtk.h>
+
+#include "ports/desktop/AppInterfaces.h"
+#include "ports/desktop/BusNames.h"
+#include "ports/desktop/NotificationCodec.h"
+#include "ports/desktop/SessionBus.h"
+#include "ports/gtk/Attach.h"
+#include "ports/gtk/GtkMainQueue.h"
+#include "ports/gtk/MainThread.h"
+#include "ports/gtk/NotificationWindow.h"
+#include "zentavo/core/ZentavoState.h"
+#include "zentavo/foundation/Fault.h"
+
+namespace zentavo::gtk {
+
+using desktop::MethodCall;
+using desktop::Variant;
+
+/// Lives on the main thread. What the bus tells comes over the main queue, which also carries what must not happen in
+/// the middle of a view's work.
+class NotificationContentHost::Service : public std::enable_shared_from_this<Service> {
+public:
+    Service(std::shared_ptr<Zentavo> sdk, Show show, NotificationContentOptions options)
+        : sdk_(std::move(sdk)), show_(std::move(show)), options_(std::move(options)),
+          names_(desktop::BusNames::of(*sdk_->state()->platform->bundles->main())) {}
+
+    void start() {
+        if (gtk_init_check() == FALSE) {
+            return giveUp("there is no screen");
+        }
+        MainThread::adopt();
+        MainThread::require();
+        if (!names_) {
+            return giveUp("the program has no bundle identifier that is a name of the bus");
+        }
+        const auto later = [queue = queue_, weak = weak_from_this()](auto block) {
+            queue->async([weak, block = std::move(block)]() mutable {
+                if (const auto self = weak.lock()) {
+                    block(*self);
+                }
+            });
+        };
+        bus_.serve(desktop::content_interface::path, desktop::content_interface::xml, [later](const MethodCall& call) {
+            const char* text = nullptr;
+            g_variant_get(call.parameters().get(), "(&s)", &text);
+            auto notification = desktop::codec::readNotification(text);
+            if (!notification) {
+                return call.refuseArguments(notification.error().message);
+            }
+            later([call, notification = std::move(*notification)](Service& self) { self.show(notification, call); });
+        });
+        bus_.own(names_->notificationContent, [later](bool owned) {
+            if (!owned) {
+                later([](Service& self) { self.giveUp("the name on the bus is not ours"); });
+            }
+        });
+        stayForAWhile();
+    }
+
+    bool isOver() const noexcept { return over_; }
+    bool isUseless() const noexcept { return useless_; }
+
+private:
+    /// Of one notification; answers as long as that is the one on screen.
+    class Context final : public platform::NotificationExtensionContext {
+    public:
+        Context(std::weak_ptr<Service> service, std::uint64_t number) : service_(std::move(service)), number_(number) {}
+
+        bool performNotificationDefaultAction() override {
+            const auto service = current();
+            return service && service->open();
+        }
+        void setPreferredHeight(double points) override {
+            if (const auto service = current()) {
+                service->window_->setContentHeight(points);
+            }
+        }
+
+    private:
+        std::shared_ptr<Service> current() const {
+            auto service = service_.lock();
+            return service && service->window_ && service->number_ == number_ ? service : nullptr;
+        }
+
+        const std::weak_ptr<Service> service_;
+        const std::uint64_t number_;
+    };
+
+    void show(const platform::Notification& notification, const MethodCall& call) {
+        cancelIdle();
+        shown_ = notification;
+        ++number_;
+        if (!window_) {
+            const auto weak = weak_from_this();
+            window_ = std::make_unique<NotificationWindow>(options_.title, options_.openLabel, options_.width,
+                                                           NotificationWindow::Actions{[weak] { weak.lock()->open(); },
+                                                                                       [weak] { weak.lock()->closeSoon(); }});
+            attach(window_->window(), *sdk_);
+        }
+        window_->present();
+        const auto context = std::make_shared<Context>(weak_from_this(), number_);
+        if (!entryPoint(
+                "notification content", [&] { return show_(context, notification); }, false)) {
+            close();
+            return call.refuse("the notification cannot be drawn");
+        }
+        call.answer();
+    }
+
+    /// Has the service do what a click on the notification does. The app is told there, once for all ways to open it.
+    bool open() {
+        const auto text = desktop::codec::write(platform::NotificationResponse{{shown_}});
+        if (!text) {
+            complain("The notification cannot be opened: " + text.error().message);
+            return false;
+        }
+        ++underWay_;
+        bus_.call({names_->notificationService, desktop::service_interface::path, desktop::service_interface::name,
+                   "Respond", Variant::share(g_variant_new("(s)", text->c_str()))},
+                  [queue = queue_, weak = weak_from_this()](const Result<Variant>& answer) {
+                      const std::string failure = answer ? "" : answer.error().message;
+                      queue->async([weak, failure] {
+                          if (const auto self = weak.lock()) {
+                              self->opened(failure);
+                          }
+                      });
+                  });
+        closeSoon();
+        return true;
+    }
+
+    void opened(const std::string& failure) {
+        if (!failure.empty()) {
+            complain("The notification was not opened: " + failure);
+        }
+        --underWay_;
+        stayForAWhile();
+    }
+
+    /// After the work of the view or the window that asked for it. One that was replaced meanwhile stays.
+    void closeSoon() {
+        queue_->async([weak = weak_from_this(), number = number_] {
+            if (const auto self = weak.lock(); self && self->number_ == number) {
+                self->close();
+            }
+        });
+    }
+
+    void close() {
+        window_ = nullptr;
+        stayForAWhile();
+    }
+
+    void stayForAWhile() {
+        cancelIdle();
+        if (!window_ && underWay_ == 0) {
+            idle_ = queue_->after(options_.idle, [weak = weak_from_this()] {
+                if (const auto self = weak.lock()) {
+                    self->over_ = true;
+                }
+            });
+        }
+    }
+
+    void cancelIdle() {
+        if (idle_) {
+            queue_->cancel(*std::exchange(idle_, std::nullopt));
+        }
+    }
+
+    void giveUp(const std::string& why) {
+        complain("No notifications are drawn here: " + why);
+        useless_ = number_ == 0;
+        over_ = true;
+    }
+
+    void complain(const std::string& line) const {
+        sdk_->state()->platform->systemLog->write(platform::LogLevel::warning, line);
+    }
+
+    const std::shared_ptr<Zentavo> sdk_;
+    const Show show_;
+    const NotificationContentOptions options_;
+    const std::optional<desktop::BusNames> names_;
+    const std::shared_ptr<GtkMainQueue> queue_ = std::make_shared<GtkMainQueue>();
+    std::unique_ptr<NotificationWindow> window_;
+    platform::Notification shown_;
+    std::uint64_t number_ = 0; ///< of the notification that is shown
+    int underWay_ = 0;         ///< answers of the user that the app has not been told yet
+    std::optional<platform::TimerId> idle_;
+    bool over_ = false;
+    bool useless_ = false;
+    desktop::SessionBus bus_; ///< the first to go: it calls the rest
+};
+
+NotificationContentHost::NotificationContentHost(std::shared_ptr<Zentavo> sdk, Show show,
+                                                 NotificationContentOptions options)
+    : service_(std::make_shared<Service>(std::move(sdk), std::move(show), std::move(options))) {
+    entryPoint("notification content", [&] { service_->start(); });
+}
+
+NotificationContentHost::~NotificationContentHost() = default;
+
+bool NotificationContentHost::isOver() const noexcept { return service_->isOver(); }
+
+int NotificationContentHost::run() {
+    while (!isOver()) {
+        g_main_context_iteration(nullptr, TRUE);
+    }
+    return service_->isUseless() ? 1 : 0;
+}
+
+} // namespace zentavo::gtk

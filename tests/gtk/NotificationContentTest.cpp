@@ -1,0 +1,211 @@
+// The program that draws rich notifications, with a service on a real bus that only writes down what it is told.
+
+#include "ports/gtk/NotificationContentHost.h"
+
+#include "ports/desktop/AppInterfaces.h"
+#include "ports/desktop/NotificationCodec.h"
+#include "ports/desktop/SessionBus.h"
+#include "tests/gtk/GuiTest.h"
+#include "tests/push/PushTemplateTest.h"
+#include "zentavo/foundation/Mutex.h"
+
+namespace zentavo::tests {
+namespace {
+
+using desktop::MethodCall;
+using desktop::SessionBus;
+using desktop::Variant;
+using ::testing::HasSubstr;
+using ::testing::SizeIs;
+
+/// What the bus's threads leave for the test.
+template <class T>
+class Inbox {
+public:
+    void put(T value) {
+        MutexLock lock(mutex_);
+        values_.push_back(std::move(value));
+    }
+    std::vector<T> values() const {
+        MutexLock lock(mutex_);
+        return values_;
+    }
+
+private:
+    mutable Mutex mutex_;
+    std::vector<T> values_ ZENTAVO_GUARDED_BY(mutex_);
+};
+
+class NotificationContentTest : public GuiTest {
+protected:
+    NotificationContentTest() {
+        memory.session->setDefault({404, "no"});
+        Inbox<bool> owned;
+        service.serve(desktop::service_interface::path, desktop::service_interface::xml, [this](const MethodCall& call) {
+            const char* text = nullptr;
+            g_variant_get(call.parameters().get(), "(&s)", &text);
+            responses.put(desktop::codec::readResponse(text).value());
+            call.answer();
+        });
+        service.own("com.example.host.NotificationService", [&](bool ours) { owned.put(ours); });
+        EXPECT_TRUE(until([&] { return owned.values() == std::vector{true}; }));
+    }
+
+    void start(std::chrono::milliseconds idle = std::chrono::seconds(30)) {
+        host = std::make_unique<gtk::NotificationContentHost>(
+            sdk,
+            [this](std::shared_ptr<platform::NotificationExtensionContext> context,
+                   const platform::Notification& notification) {
+                contexts.push_back(context);
+                shown = PushTemplateBaseController::handleNotification(std::move(context), notification);
+                return shown != nullptr;
+            },
+            gtk::NotificationContentOptions{"Nordlys", "Open", 360, idle});
+    }
+
+    /// Has the host show it, as the notification service does; what it answers, "" for no error.
+    std::string show(const std::string& text) {
+        Inbox<std::string> answers;
+        SessionBus caller;
+        caller.call({"com.example.host.NotificationContent", desktop::content_interface::path,
+                     desktop::content_interface::name, "Show", Variant::share(g_variant_new("(s)", text.c_str()))},
+                    [&](const Result<Variant>& answer) { answers.put(answer ? "" : answer.error().message); });
+        EXPECT_TRUE(until([&] { return !answers.values().empty(); }));
+        return answers.values().at(0);
+    }
+    std::string show(const platform::Notification& notification) {
+        return show(desktop::codec::write(notification).value());
+    }
+    static platform::Notification push(const std::string& title) {
+        return SampleTemplate::push(SampleTemplate::rating(5) + "," +
+                                        SampleTemplate::buttons(SampleTemplate::button("Send", "https://shop.example/1"),
+                                                                SampleTemplate::button("Later", "")),
+                                    title);
+    }
+
+    /// The host's window, or null; the test's own is another.
+    static GtkWindow* contentWindow() {
+        GListModel* all = gtk_window_get_toplevels();
+        for (guint i = 0; i < g_list_model_get_n_items(all); ++i) {
+            auto* each = static_cast<GtkWindow*>(g_list_model_get_item(all, i));
+            g_object_unref(each);
+            if (gtk_widget_get_name(GTK_WIDGET(each)) == std::string("zentavo.notification")) {
+                return each;
+            }
+        }
+        return nullptr;
+    }
+    /// Clicks into the middle of one of the template's views.
+    void tap(const platform::View& around, const platform::View& view) {
+        settle(contentWindow());
+        graphene_point_t origin{0, 0};
+        GtkWidget* bar = gtk_window_get_titlebar(contentWindow());
+        ASSERT_TRUE(gtk_widget_compute_point(bar, GTK_WIDGET(contentWindow()), &origin, &origin));
+        const double top = origin.y + gtk_widget_get_height(bar);
+        pointer.click(contentWindow(), around.frame().x + view.frame().x + view.frame().width / 2,
+                      top + around.frame().y + view.frame().y + view.frame().height / 2);
+    }
+
+    Inbox<platform::NotificationResponse> responses;
+    SessionBus service;
+    std::vector<std::shared_ptr<platform::NotificationExtensionContext>> contexts;
+    std::shared_ptr<PushTemplateBaseController> shown;
+    std::unique_ptr<gtk::NotificationContentHost> host;
+};
+
+TEST_F(NotificationContentTest, AChoiceIsStoredAndTheServiceIsToldThatTheNotificationWasOpened) {
+    start();
+    ASSERT_EQ(show(push("How are your boots?")), "");
+    ASSERT_NE(contentWindow(), nullptr);
+    EXPECT_STREQ(gtk_window_get_title(contentWindow()), "Nordlys");
+    EXPECT_TRUE(until([&] {
+        const int room = gtk_widget_get_height(gtk_window_get_child(contentWindow()));
+        return room == static_cast<int>(shown->viewHeight) && shown->view->frame().height == room;
+    })) << "as high as the content asks for";
+    EXPECT_EQ(shown->view->frame().width, 360);
+
+    tap(*shown->stackView, *shown->button2Label->view);
+    settle(contentWindow());
+    EXPECT_THAT(responses.values(), SizeIs(0)) << "it leads nowhere, and the window stays";
+
+    tap(*shown->stackView, *shown->button1Label->view);
+    ASSERT_TRUE(until([&] { return responses.values().size() == 1 && contentWindow() == nullptr; }));
+    EXPECT_EQ(responses.values()[0].actionIdentifier, platform::defaultActionIdentifier);
+    EXPECT_EQ(responses.values()[0].notification, push("How are your boots?"));
+    EXPECT_EQ(memory.preferences->suite("group.com.example.host.zentavo")->string("p1_url_clicked"),
+              "https://shop.example/1");
+    EXPECT_FALSE(shown->isShown());
+    EXPECT_FALSE(contexts[0]->performNotificationDefaultAction()) << "it is over";
+    EXPECT_FALSE(host->isOver()) << "another one may come";
+}
+
+TEST_F(NotificationContentTest, AnotherNotificationTakesThePlaceOfTheOneBefore) {
+    start();
+    ASSERT_EQ(show(push("First")), "");
+    GtkWindow* const first = contentWindow();
+    const auto before = shown;
+    auto second = push("Second");
+    second.request.identifier = "n2";
+    ASSERT_EQ(show(second), "");
+    EXPECT_EQ(contentWindow(), first);
+    EXPECT_FALSE(before->isShown());
+    EXPECT_EQ(shown->titleNoti, "Second");
+    contexts[0]->setPreferredHeight(600);
+    EXPECT_FALSE(contexts[0]->performNotificationDefaultAction());
+    settle(contentWindow());
+    EXPECT_LT(gtk_widget_get_height(gtk_window_get_child(contentWindow())), 600);
+
+    // The button of the bar opens what is shown now.
+    const auto find = [](auto& self, GtkWidget* in) -> GtkWidget* {
+        for (GtkWidget* child = gtk_widget_get_first_child(in); child != nullptr;
+             child = gtk_widget_get_next_sibling(child)) {
+            GtkWidget* found = gtk_widget_get_name(child) == std::string("zentavo.notification.open") ? child
+                                                                                                      : self(self, child);
+            if (found != nullptr) {
+                return found;
+            }
+        }
+        return nullptr;
+    };
+    GtkWidget* open = find(find, gtk_window_get_titlebar(contentWindow()));
+    ASSERT_NE(open, nullptr);
+    g_signal_emit_by_name(open, "clicked");
+    ASSERT_TRUE(until([&] { return responses.values().size() == 1; }));
+    EXPECT_EQ(responses.values()[0].notification.request.identifier, "n2");
+}
+
+TEST_F(NotificationContentTest, WhatCannotBeShownIsRefusedAndOpensNoWindow) {
+    start();
+    for (const char* text : {"", "{", "[]", "{\"identifier\": \"n\"}"}) {
+        EXPECT_NE(show(text), "") << text;
+    }
+    auto noPayload = push("x");
+    noPayload.request.content.userInfo = {};
+    EXPECT_THAT(show(noPayload), HasSubstr("cannot be drawn"));
+    EXPECT_TRUE(until([] { return contentWindow() == nullptr; }));
+    EXPECT_EQ(show(push("x")), "") << "the next one is none the worse";
+}
+
+TEST_F(NotificationContentTest, EndsOnceTheWindowIsClosedAndNothingElseComes) {
+    start(std::chrono::milliseconds(1));
+    EXPECT_EQ(host->run(), 0) << "nothing came at all";
+    host = nullptr;
+
+    start(std::chrono::milliseconds(1));
+    ASSERT_EQ(show(push("x")), "");
+    settle(contentWindow());
+    EXPECT_FALSE(host->isOver()) << "the window is open";
+    gtk_window_close(contentWindow());
+    EXPECT_EQ(host->run(), 0);
+    EXPECT_EQ(contentWindow(), nullptr);
+    EXPECT_THAT(responses.values(), SizeIs(0)) << "to close the window is not to put the notification away";
+    host = nullptr;
+
+    memory.bundles->mainBundle()->set("CFBundleIdentifier", "no name for a bus");
+    start();
+    EXPECT_EQ(host->run(), 1);
+    EXPECT_THAT(memory.systemLog->entries().back().message, HasSubstr("bundle identifier"));
+}
+
+} // namespace
+} // namespace zentavo::tests
