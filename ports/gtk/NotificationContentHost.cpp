@@ -56,9 +56,15 @@ public:
             later([call, notification = std::move(*notification)](Service& self) { self.show(notification, call); });
         });
         bus_.own(names_->notificationContent, [later](bool owned) {
-            if (!owned) {
-                later([](Service& self) { self.giveUp("the name on the bus is not ours"); });
-            }
+            later([owned](Service& self) {
+                if (owned) {
+                    self.owned_ = true;
+                } else if (self.owned_) {
+                    self.over_ = true; // the session ends
+                } else {
+                    self.giveUp("the name on the bus is not ours");
+                }
+            });
         });
         stayForAWhile();
     }
@@ -176,7 +182,7 @@ private:
 
     void giveUp(const std::string& why) {
         complain("No notifications are drawn here: " + why);
-        useless_ = number_ == 0;
+        useless_ = true;
         over_ = true;
     }
 
@@ -194,6 +200,7 @@ private:
     std::uint64_t number_ = 0; ///< of the notification that is shown
     int underWay_ = 0;         ///< answers of the user that the app has not been told yet
     std::optional<platform::TimerId> idle_;
+    bool owned_ = false; ///< has been, the name on the bus
     bool over_ = false;
     bool useless_ = false;
     desktop::SessionBus bus_; ///< the first to go: it calls the rest

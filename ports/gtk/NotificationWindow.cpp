@@ -20,14 +20,15 @@ NotificationWindow::NotificationWindow(const std::string& title, const std::stri
       window_(Ref<GtkWindow>::share(reinterpret_cast<GtkWindow*>(gtk_window_new()))),
       room_(Ref<GtkWidget>::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))) {
     gtk_window_set_title(window(), title.c_str());
-    gtk_window_set_default_size(window(), width_, firstHeight);
-    // Such a window is as large as its child needs it, whatever the window manager remembers or the user drags.
+    gtk_window_set_default_size(window(), width_, -1);
+    // Without a height of its own it is as large as its child needs it, whatever the window manager remembers or the user drags.
     gtk_window_set_resizable(window(), FALSE);
     gtk_widget_set_name(reinterpret_cast<GtkWidget*>(window()), "zentavo.notification");
     gtk_window_set_child(window(), room_.get());
     setContentHeight(firstHeight);
 
     GtkWidget* bar = gtk_header_bar_new();
+    gtk_header_bar_set_decoration_layout(reinterpret_cast<GtkHeaderBar*>(bar), ":close");
     if (!openLabel.empty()) {
         GtkWidget* button = gtk_button_new_with_label(openLabel.c_str());
         gtk_widget_set_name(button, "zentavo.notification.open");

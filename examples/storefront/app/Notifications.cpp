@@ -1,7 +1,10 @@
 #include "Notifications.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
+
+#include <ports/desktop/DesktopAnswers.h>
 
 namespace storefront {
 
@@ -29,6 +32,12 @@ Notifications::Notifications(const std::shared_ptr<zentavo::Zentavo>& sdk,
     delegate_->setActionForDismiss([] { say("put away"); });
     // A click that started the app is told now.
     platform->userInterface()->userNotifications->setDelegate(delegate_);
+    zentavo::desktop::setRemoteNotificationsHandlers(
+        {[sdk](const std::string& token) {
+             say("pushes are to be sent to " + token.substr(0, token.find('#')));
+             sdk->registerForNotification({reinterpret_cast<const std::uint8_t*>(token.data()), token.size()});
+         },
+         [](const std::string& reason) { say("no pushes: " + reason); }});
     sdk->requestNotificationPermission();
 }
 

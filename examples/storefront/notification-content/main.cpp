@@ -16,6 +16,6 @@ int main() {
         [](auto context, const auto& notification) {
             return zentavo::PushTemplateBaseController::handleNotification(std::move(context), notification) != nullptr;
         },
-        {.title = "Nordlys"});
+        {.title = "News from Nordlys"});
     return host.run();
 }

@@ -1,7 +1,6 @@
 #include "examples/storefront/support/Screen.h"
 
 #include <algorithm>
-#include <functional>
 #include <stdexcept>
 #include <vector>
 
@@ -104,6 +103,17 @@ void Screen::moveWindow(const std::string& title, int x, int y) {
         XMoveWindow(of(display_), window, x, y);
         XSync(of(display_), False);
     }
+}
+
+void Screen::closeWindow(const std::string& title) {
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = find(title);
+    event.xclient.message_type = XInternAtom(of(display_), "WM_PROTOCOLS", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = static_cast<long>(XInternAtom(of(display_), "WM_DELETE_WINDOW", False));
+    XSendEvent(of(display_), event.xclient.window, False, NoEventMask, &event);
+    XSync(of(display_), False);
 }
 
 void Screen::click(int x, int y) {

@@ -27,6 +27,8 @@ public:
     /// Where the window with this title is, frame included; none while it is not to be seen.
     std::optional<Area> window(const std::string& title) const;
     void moveWindow(const std::string& title, int x, int y);
+    /// Asks its program to close it.
+    void closeWindow(const std::string& title);
     /// Presses and lets go at a point of the screen.
     void click(int x, int y);
     /// A PNG file of the screen, or of a part of it; false when there is no such place.

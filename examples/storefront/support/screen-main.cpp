@@ -4,6 +4,7 @@
 //     zentavo-screen await TITLE                  waits until a window with this title is to be seen
 //     zentavo-screen gone TITLE                   waits until there is none
 //     zentavo-screen move TITLE X Y
+//     zentavo-screen close TITLE                  as its own button does
 //     zentavo-screen click TITLE X Y              a point of the window; below 0: counted from its other end
 //     zentavo-screen picture FILE [TITLE]         of the screen, or of a window
 
@@ -44,7 +45,14 @@ bool act(storefront::Screen& screen, const std::vector<std::string>& words) {
         return eventually([&] { return screen.window(title).has_value() == (verb == "await"); });
     }
     const auto area = screen.window(title);
-    if (!area || (verb != "move" && verb != "click")) {
+    if (!area) {
+        return false;
+    }
+    if (verb == "close") {
+        screen.closeWindow(title);
+        return true;
+    }
+    if (verb != "move" && verb != "click") {
         return false;
     }
     const int x = std::atoi(words.at(2).c_str());
