@@ -121,11 +121,15 @@ private:
 
     /// Has the service do what a click on the notification does. The app is told there, once for all ways to open it.
     bool open() {
+        if (opened_ == number_) {
+            return true; // a second tap, on a window that is about to close
+        }
         const auto text = desktop::codec::write(platform::NotificationResponse{{shown_}});
         if (!text) {
             complain("The notification cannot be opened: " + text.error().message);
             return false;
         }
+        opened_ = number_;
         ++underWay_;
         bus_.call({names_->notificationService, desktop::service_interface::path, desktop::service_interface::name,
                    "Respond", Variant::share(g_variant_new("(s)", text->c_str()))},
@@ -133,7 +137,7 @@ private:
                       const std::string failure = answer ? "" : answer.error().message;
                       queue->async([weak, failure] {
                           if (const auto self = weak.lock()) {
-                              self->opened(failure);
+                              self->told(failure);
                           }
                       });
                   });
@@ -141,7 +145,7 @@ private:
         return true;
     }
 
-    void opened(const std::string& failure) {
+    void told(const std::string& failure) {
         if (!failure.empty()) {
             complain("The notification was not opened: " + failure);
         }
@@ -198,6 +202,7 @@ private:
     std::unique_ptr<NotificationWindow> window_;
     platform::Notification shown_;
     std::uint64_t number_ = 0; ///< of the notification that is shown
+    std::uint64_t opened_ = 0; ///< the number of the last that the user opened
     int underWay_ = 0;         ///< answers of the user that the app has not been told yet
     std::optional<platform::TimerId> idle_;
     bool owned_ = false; ///< has been, the name on the bus

@@ -21,7 +21,7 @@ NotificationWindow::NotificationWindow(const std::string& title, const std::stri
       room_(Ref<GtkWidget>::share(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))) {
     gtk_window_set_title(window(), title.c_str());
     gtk_window_set_default_size(window(), width_, -1);
-    // Without a height of its own it is as large as its child needs it, whatever the window manager remembers or the user drags.
+    // Such a window is as large as its child needs it, whatever the window manager remembers or the user drags.
     gtk_window_set_resizable(window(), FALSE);
     gtk_widget_set_name(reinterpret_cast<GtkWidget*>(window()), "zentavo.notification");
     gtk_window_set_child(window(), room_.get());

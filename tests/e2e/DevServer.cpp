@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <utility>
 
 #include <httplib.h>
 
@@ -9,7 +10,16 @@
 
 namespace zentavo::e2e {
 
-DevServer::DevServer() : process_({ZENTAVO_DEVSERVER, "--port", "0", "--quiet", "--lifetime", "60"}) {
+namespace {
+
+std::vector<std::string> command(std::vector<std::string> options) {
+    options.insert(options.begin(), {ZENTAVO_DEVSERVER, "--port", "0", "--quiet", "--lifetime", "60"});
+    return options;
+}
+
+} // namespace
+
+DevServer::DevServer(std::vector<std::string> options) : process_(command(std::move(options))) {
     const std::string line = process_.readLine(std::chrono::seconds(20));
     const std::size_t start = line.find("http://");
     EXPECT_NE(start, std::string::npos) << line;
@@ -55,6 +65,19 @@ std::map<std::string, std::int64_t> DevServer::inboxStates(const std::string& us
         }
     }
     return found;
+}
+
+Map DevServer::dev(const std::string& path) const {
+    httplib::Client client(url_);
+    const auto answer = client.Get("/_dev/" + path);
+    return answer && answer->status == 200 ? json::readMap(answer->body).value() : Map();
+}
+
+Map DevServer::push(const std::string& file) const {
+    httplib::Client client(url_);
+    client.set_read_timeout(20);
+    const auto answer = client.Post("/_dev/push", R"({"file": ")" + file + "\"}", "application/json");
+    return answer ? json::readMap(answer->body).value() : Map();
 }
 
 std::vector<Map> DevServer::events(std::size_t count) const {

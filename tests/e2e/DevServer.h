@@ -17,7 +17,8 @@ namespace zentavo::e2e {
 /// A dev server of the test's own on a free port. It ends with the test, and by itself after a minute.
 class DevServer {
 public:
-    DevServer();
+    /// `options` are added to its command line.
+    explicit DevServer(std::vector<std::string> options = {});
 
     const std::string& url() const noexcept { return url_; }
     /// Ends at once, in the middle of whatever it does.
@@ -28,6 +29,10 @@ public:
     std::vector<Map> requests(const std::string& path, std::size_t count) const;
     /// The messages of the server's inbox store as `user` has them, by id: 1 unread, 2 read, 3 removed.
     std::map<std::string, std::int64_t> inboxStates(const std::string& user) const;
+    /// What its own interface says at "/_dev/PATH"; nothing where it says no.
+    Map dev(const std::string& path) const;
+    /// Sends the push in the file of this name, and says what became of it.
+    Map push(const std::string& file) const;
     /// The bodies of the events that came.
     std::vector<Map> events(std::size_t count) const;
 
