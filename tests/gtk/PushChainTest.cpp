@@ -42,7 +42,7 @@ protected:
         g_variant_builder_init(&variables, G_VARIANT_TYPE("a{ss}"));
         g_variant_builder_add(&variables, "{ss}", "STOREFRONT_SERVER", server.url().c_str());
         g_variant_builder_add(&variables, "{ss}", "STOREFRONT_DATA", (bus.folder() / "data").c_str());
-        ask("UpdateActivationEnvironment", Variant::share(g_variant_new("(a{ss})", &variables)), "()");
+        EXPECT_TRUE(ask("UpdateActivationEnvironment", Variant::share(g_variant_new("(a{ss})", &variables)), "()"));
     }
     ~PushChainTest() override {
         for (const char* suffix : {".NotificationContent", ".NotificationService", ""}) {
