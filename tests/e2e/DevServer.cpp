@@ -67,10 +67,10 @@ std::map<std::string, std::int64_t> DevServer::inboxStates(const std::string& us
     return found;
 }
 
-Map DevServer::dev(const std::string& path) const {
+Value DevServer::dev(const std::string& path) const {
     httplib::Client client(url_);
     const auto answer = client.Get("/_dev/" + path);
-    return answer && answer->status == 200 ? json::readMap(answer->body).value() : Map();
+    return answer && answer->status == 200 ? json::read(answer->body).value() : Value();
 }
 
 Map DevServer::push(const std::string& file) const {

@@ -29,8 +29,8 @@ public:
     std::vector<Map> requests(const std::string& path, std::size_t count) const;
     /// The messages of the server's inbox store as `user` has them, by id: 1 unread, 2 read, 3 removed.
     std::map<std::string, std::int64_t> inboxStates(const std::string& user) const;
-    /// What its own interface says at "/_dev/PATH"; nothing where it says no.
-    Map dev(const std::string& path) const;
+    /// What its own interface says at "/_dev/PATH"; null where it says no.
+    Value dev(const std::string& path) const;
     /// Sends the push in the file of this name, and says what became of it.
     Map push(const std::string& file) const;
     /// The bodies of the events that came.
