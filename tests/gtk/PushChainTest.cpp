@@ -99,6 +99,10 @@ protected:
         const List& pushes = *all.asMap()->find("pushes")->asList();
         return index < pushes.size() ? *pushes[index].asMap()->find(key) : Value();
     }
+    /// Whether the shop has said that it shows this screen.
+    bool showed(const std::string& title) {
+        return json::write(server.dev("requests?path=/event")).value().find('"' + title + '"') != std::string::npos;
+    }
     /// Clicks into the window of the content extension; from its other end where below 0.
     void tap(int x, int y) {
         if (const auto area = screen.window(contentTitle)) {
@@ -106,6 +110,8 @@ protected:
         }
     }
 
+    // The desktop's entry for the shop's links. What the bus starts has it from the bus, and that from here.
+    const bool entries = setenv("XDG_DATA_DIRS", ZENTAVO_STOREFRONT_SHARE ":/usr/local/share:/usr/share", 1) == 0;
     PrivateBus bus{{{shopName, ZENTAVO_STOREFRONT},
                     {shopName + ".NotificationService", ZENTAVO_STOREFRONT_SERVICE},
                     {shopName + ".NotificationContent", ZENTAVO_STOREFRONT_CONTENT}}};
@@ -136,7 +142,7 @@ TEST_F(PushChainTest, AChoiceInTheExtensionReachesTheAppThatTheClickStartsOnce) 
     EXPECT_TRUE(runs(shopName));
     EXPECT_EQ(record(0, "clicks"), Value(1));
     EXPECT_THAT(json::write(*record(0, "ratings").asList()).value(), ::testing::HasSubstr("\"selected\":4"));
-    EXPECT_THAT(notifications.closed(), ::testing::SizeIs(::testing::Le(1)));
+    EXPECT_TRUE(eventually([&] { return showed("Fjord"); })) << "the link that was chosen leads into the shop";
 
     // Whatever would have been told twice has been by the time the next click is.
     const auto plain = arrive("plain", 2);

@@ -86,7 +86,9 @@ int main(int argc, char** argv) {
             }
         });
         window->inbox().askForUnread();
-        notifications = std::make_unique<storefront::Notifications>(sdk, platform);
+        if (options.tour.empty()) { // it walks where nobody brings pushes
+            notifications = std::make_unique<storefront::Notifications>(sdk, platform);
+        }
     });
     app->signal_activate().connect([&] {
         window->present();
