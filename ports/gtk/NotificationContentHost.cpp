@@ -104,9 +104,9 @@ private:
         ++number_;
         if (!window_) {
             const auto weak = weak_from_this();
-            window_ = std::make_unique<NotificationWindow>(options_.title, options_.openLabel, options_.width,
-                                                           NotificationWindow::Actions{[weak] { weak.lock()->open(); },
-                                                                                       [weak] { weak.lock()->closeSoon(); }});
+            window_ = std::make_unique<NotificationWindow>(
+                options_.title, options_.openLabel, options_.width,
+                NotificationWindow::Actions{[weak] { weak.lock()->open(); }, [weak] { weak.lock()->closeSoon(); }});
             attach(window_->window(), *sdk_);
         }
         window_->present();

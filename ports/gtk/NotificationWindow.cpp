@@ -51,7 +51,8 @@ NotificationWindow::~NotificationWindow() {
 }
 
 void NotificationWindow::setContentHeight(double points) {
-    const int height = std::isfinite(points) ? static_cast<int>(std::clamp(std::ceil(points), 1.0, double{tallest})) : 1;
+    const int height =
+        std::isfinite(points) ? static_cast<int>(std::clamp(std::ceil(points), 1.0, double{tallest})) : 1;
     gtk_widget_set_size_request(room_.get(), width_, height);
 }
 

@@ -34,7 +34,8 @@ public:
 
 private:
     static gboolean closeRequested(GtkWindow* window, gpointer self);
-    static gboolean keyPressed(GtkEventControllerKey* keys, guint key, guint code, GdkModifierType state, gpointer self);
+    static gboolean keyPressed(GtkEventControllerKey* keys, guint key, guint code, GdkModifierType state,
+                               gpointer self);
     static void openClicked(GtkButton* button, gpointer self);
 
     const int width_;

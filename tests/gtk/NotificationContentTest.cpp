@@ -1,10 +1,9 @@
 // The program that draws rich notifications, with a service on a real bus that only writes down what it is told.
 
-#include "ports/gtk/NotificationContentHost.h"
-
 #include "ports/desktop/AppInterfaces.h"
 #include "ports/desktop/NotificationCodec.h"
 #include "ports/desktop/SessionBus.h"
+#include "ports/gtk/NotificationContentHost.h"
 #include "tests/gtk/GuiTest.h"
 #include "tests/push/PushTemplateTest.h"
 #include "zentavo/foundation/Mutex.h"
@@ -41,12 +40,13 @@ protected:
     NotificationContentTest() {
         memory.session->setDefault({404, "no"});
         Inbox<bool> owned;
-        service.serve(desktop::service_interface::path, desktop::service_interface::xml, [this](const MethodCall& call) {
-            const char* text = nullptr;
-            g_variant_get(call.parameters().get(), "(&s)", &text);
-            responses.put(desktop::codec::readResponse(text).value());
-            call.answer();
-        });
+        service.serve(desktop::service_interface::path, desktop::service_interface::xml,
+                      [this](const MethodCall& call) {
+                          const char* text = nullptr;
+                          g_variant_get(call.parameters().get(), "(&s)", &text);
+                          responses.put(desktop::codec::readResponse(text).value());
+                          call.answer();
+                      });
         service.own("com.example.host.NotificationService", [&](bool ours) { owned.put(ours); });
         EXPECT_TRUE(until([&] { return owned.values() == std::vector{true}; }));
     }
@@ -82,10 +82,11 @@ protected:
         return show(desktop::codec::write(notification).value());
     }
     static platform::Notification push(const std::string& title) {
-        return SampleTemplate::push(SampleTemplate::rating(5) + "," +
-                                        SampleTemplate::buttons(SampleTemplate::button("Send", "https://shop.example/1"),
-                                                                SampleTemplate::button("Later", "")),
-                                    title);
+        return SampleTemplate::push(
+            SampleTemplate::rating(5) + "," +
+                SampleTemplate::buttons(SampleTemplate::button("Send", "https://shop.example/1"),
+                                        SampleTemplate::button("Later", "")),
+            title);
     }
 
     /// The host's window, or null; the test's own is another.
@@ -165,8 +166,8 @@ TEST_F(NotificationContentTest, AnotherNotificationTakesThePlaceOfTheOneBefore) 
     const auto find = [](auto& self, GtkWidget* in) -> GtkWidget* {
         for (GtkWidget* child = gtk_widget_get_first_child(in); child != nullptr;
              child = gtk_widget_get_next_sibling(child)) {
-            GtkWidget* found = gtk_widget_get_name(child) == std::string("zentavo.notification.open") ? child
-                                                                                                      : self(self, child);
+            GtkWidget* found =
+                gtk_widget_get_name(child) == std::string("zentavo.notification.open") ? child : self(self, child);
             if (found != nullptr) {
                 return found;
             }

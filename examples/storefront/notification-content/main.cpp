@@ -11,11 +11,11 @@
 int main() {
     const auto settings = storefront::ShopSettings::fromEnvironment();
     const auto sdk = storefront::makeSdk(settings, storefront::makePlatform(settings));
-    zentavo::gtk::NotificationContentHost host(
-        sdk,
-        [](auto context, const auto& notification) {
-            return zentavo::PushTemplateBaseController::handleNotification(std::move(context), notification) != nullptr;
-        },
-        {.title = "News from Nordlys"});
+    zentavo::gtk::NotificationContentHost host(sdk,
+                                               [](auto context, const auto& notification) {
+                                                   return zentavo::PushTemplateBaseController::handleNotification(
+                                                              std::move(context), notification) != nullptr;
+                                               },
+                                               {.title = "News from Nordlys"});
     return host.run();
 }

@@ -153,8 +153,8 @@ bool Screen::savePicture(const std::string& file, std::optional<Area> part) {
     }
     XDestroyImage(image);
     GBytes* bytes = g_bytes_new(pixels.data(), pixels.size());
-    GdkTexture* texture = gdk_memory_texture_new(area.width, area.height, GDK_MEMORY_R8G8B8, bytes,
-                                                 static_cast<gsize>(area.width) * 3);
+    GdkTexture* texture =
+        gdk_memory_texture_new(area.width, area.height, GDK_MEMORY_R8G8B8, bytes, static_cast<gsize>(area.width) * 3);
     const bool saved = gdk_texture_save_to_png(texture, file.c_str()) != FALSE;
     g_object_unref(texture);
     g_bytes_unref(bytes);
