@@ -4,9 +4,9 @@
 #include "ports/desktop/NotificationCodec.h"
 #include "ports/desktop/SessionBus.h"
 #include "ports/gtk/NotificationContentHost.h"
+#include "tests/desktop/DesktopTest.h"
 #include "tests/gtk/GuiTest.h"
 #include "tests/push/PushTemplateTest.h"
-#include "zentavo/foundation/Mutex.h"
 
 namespace zentavo::tests {
 namespace {
@@ -17,38 +17,19 @@ using desktop::Variant;
 using ::testing::HasSubstr;
 using ::testing::SizeIs;
 
-/// What the bus's threads leave for the test.
-template <class T>
-class Inbox {
-public:
-    void put(T value) {
-        MutexLock lock(mutex_);
-        values_.push_back(std::move(value));
-    }
-    std::vector<T> values() const {
-        MutexLock lock(mutex_);
-        return values_;
-    }
-
-private:
-    mutable Mutex mutex_;
-    std::vector<T> values_ ZENTAVO_GUARDED_BY(mutex_);
-};
-
 class NotificationContentTest : public GuiTest {
 protected:
     NotificationContentTest() {
         memory.session->setDefault({404, "no"});
-        Inbox<bool> owned;
         service.serve(desktop::service_interface::path, desktop::service_interface::xml,
                       [this](const MethodCall& call) {
                           const char* text = nullptr;
                           g_variant_get(call.parameters().get(), "(&s)", &text);
-                          responses.put(desktop::codec::readResponse(text).value());
+                          responses.add(desktop::codec::readResponse(text).value());
                           call.answer();
                       });
-        service.own("com.example.host.NotificationService", [&](bool ours) { owned.put(ours); });
-        EXPECT_TRUE(until([&] { return owned.values() == std::vector{true}; }));
+        service.own("com.example.host.NotificationService", [this](bool ours) { owned.add(ours); });
+        EXPECT_TRUE(until([&] { return owned.all() == std::vector{true}; }));
     }
 
     void start(std::chrono::milliseconds idle = std::chrono::seconds(30)) {
@@ -62,21 +43,21 @@ protected:
             },
             gtk::NotificationContentOptions{"Nordlys", "Open", 360, idle});
         // No service file would start the program: nobody may call it before it is there.
-        Inbox<bool> presence;
+        Seen<bool> presence;
         SessionBus watcher;
-        watcher.watch("com.example.host.NotificationContent", [&](bool there) { presence.put(there); });
-        until([&] { return host->isOver() || (!presence.values().empty() && presence.values().back()); });
+        watcher.watch("com.example.host.NotificationContent", [&](bool there) { presence.add(there); });
+        until([&] { return host->isOver() || (!presence.all().empty() && presence.all().back()); });
     }
 
     /// Has the host show it, as the notification service does; what it answers, "" for no error.
     std::string show(const std::string& text) {
-        Inbox<std::string> answers;
+        Seen<std::string> answers;
         SessionBus caller;
         caller.call({"com.example.host.NotificationContent", desktop::content_interface::path,
                      desktop::content_interface::name, "Show", Variant::share(g_variant_new("(s)", text.c_str()))},
-                    [&](const Result<Variant>& answer) { answers.put(answer ? "" : answer.error().message); });
-        EXPECT_TRUE(until([&] { return !answers.values().empty(); }));
-        return answers.values().at(0);
+                    [&](const Result<Variant>& answer) { answers.add(answer ? "" : answer.error().message); });
+        EXPECT_TRUE(until([&] { return !answers.all().empty(); }));
+        return answers.all().at(0);
     }
     std::string show(const platform::Notification& notification) {
         return show(desktop::codec::write(notification).value());
@@ -112,7 +93,8 @@ protected:
                       top + around.frame().y + view.frame().y + view.frame().height / 2);
     }
 
-    Inbox<platform::NotificationResponse> responses;
+    Seen<bool> owned;
+    Seen<platform::NotificationResponse> responses;
     SessionBus service;
     std::vector<std::shared_ptr<platform::NotificationExtensionContext>> contexts;
     std::shared_ptr<PushTemplateBaseController> shown;
@@ -132,12 +114,12 @@ TEST_F(NotificationContentTest, AChoiceIsStoredAndTheServiceIsToldThatTheNotific
 
     tap(*shown->stackView, *shown->button2Label->view);
     settle(contentWindow());
-    EXPECT_THAT(responses.values(), SizeIs(0)) << "it leads nowhere, and the window stays";
+    EXPECT_THAT(responses.all(), SizeIs(0)) << "it leads nowhere, and the window stays";
 
     tap(*shown->stackView, *shown->button1Label->view);
-    ASSERT_TRUE(until([&] { return responses.values().size() == 1 && contentWindow() == nullptr; }));
-    EXPECT_EQ(responses.values()[0].actionIdentifier, platform::defaultActionIdentifier);
-    EXPECT_EQ(responses.values()[0].notification, push("How are your boots?"));
+    ASSERT_TRUE(until([&] { return responses.all().size() == 1 && contentWindow() == nullptr; }));
+    EXPECT_EQ(responses.all()[0].actionIdentifier, platform::defaultActionIdentifier);
+    EXPECT_EQ(responses.all()[0].notification, push("How are your boots?"));
     EXPECT_EQ(memory.preferences->suite("group.com.example.host.zentavo")->string("p1_url_clicked"),
               "https://shop.example/1");
     EXPECT_TRUE(until([&] { return !shown->isShown(); }));
@@ -178,10 +160,10 @@ TEST_F(NotificationContentTest, AnotherNotificationTakesThePlaceOfTheOneBefore) 
     ASSERT_NE(open, nullptr);
     g_signal_emit_by_name(open, "clicked");
     g_signal_emit_by_name(open, "clicked");
-    ASSERT_TRUE(until([&] { return !responses.values().empty() && contentWindow() == nullptr; }));
+    ASSERT_TRUE(until([&] { return !responses.all().empty() && contentWindow() == nullptr; }));
     settle(window);
-    ASSERT_THAT(responses.values(), SizeIs(1)) << "a second click on the way out is none";
-    EXPECT_EQ(responses.values()[0].notification.request.identifier, "n2");
+    ASSERT_THAT(responses.all(), SizeIs(1)) << "a second click on the way out is none";
+    EXPECT_EQ(responses.all()[0].notification.request.identifier, "n2");
 }
 
 TEST_F(NotificationContentTest, WhatCannotBeShownIsRefusedAndOpensNoWindow) {
@@ -206,7 +188,7 @@ TEST_F(NotificationContentTest, EndsOnceTheWindowIsClosedAndNothingElseComes) {
     gtk_window_close(contentWindow());
     EXPECT_EQ(host->run(), 0);
     EXPECT_EQ(contentWindow(), nullptr);
-    EXPECT_THAT(responses.values(), SizeIs(0)) << "to close the window is not to put the notification away";
+    EXPECT_THAT(responses.all(), SizeIs(0)) << "to close the window is not to put the notification away";
     host = nullptr;
 
     memory.bundles->mainBundle()->set("CFBundleIdentifier", "no name for a bus");
