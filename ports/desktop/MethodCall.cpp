@@ -19,8 +19,7 @@ public:
     GDBusMethodInvocation* get() const noexcept { return invocation_; }
     /// Null from the second time on. Each way to answer uses up a reference.
     GDBusMethodInvocation* take() {
-        return answered_.exchange(true) ? nullptr
-                                        : static_cast<GDBusMethodInvocation*>(g_object_ref(invocation_));
+        return answered_.exchange(true) ? nullptr : static_cast<GDBusMethodInvocation*>(g_object_ref(invocation_));
     }
 
 private:
@@ -30,9 +29,7 @@ private:
 
 MethodCall::MethodCall(GDBusMethodInvocation* invocation) : invocation_(std::make_shared<Invocation>(invocation)) {}
 
-std::string MethodCall::interface() const {
-    return g_dbus_method_invocation_get_interface_name(invocation_->get());
-}
+std::string MethodCall::interface() const { return g_dbus_method_invocation_get_interface_name(invocation_->get()); }
 
 std::string MethodCall::method() const { return g_dbus_method_invocation_get_method_name(invocation_->get()); }
 

@@ -52,8 +52,8 @@ public:
     }
 
     void run(Block block, std::chrono::milliseconds delay) {
-        GSource* source = delay.count() > 0 ? g_timeout_source_new(static_cast<guint>(delay.count()))
-                                            : g_idle_source_new();
+        GSource* source =
+            delay.count() > 0 ? g_timeout_source_new(static_cast<guint>(delay.count())) : g_idle_source_new();
         g_source_set_priority(source, G_PRIORITY_DEFAULT);
         g_source_set_callback(
             source,
@@ -281,15 +281,14 @@ void SessionBus::serve(std::string path, const char* interfaces, MethodHandler h
         g_assert(node != nullptr);
         static constexpr GDBusInterfaceVTable methods{
             [](GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*,
-               GDBusMethodInvocation* invocation, gpointer data) {
-                (*static_cast<MethodHandler*>(data))(MethodCall(invocation));
-            },
+               GDBusMethodInvocation* invocation,
+               gpointer data) { (*static_cast<MethodHandler*>(data))(MethodCall(invocation)); },
             nullptr,
             nullptr,
             {}};
         for (GDBusInterfaceInfo** each = node->interfaces; *each != nullptr; ++each) {
-            const guint id = g_dbus_connection_register_object(connection, path.c_str(), *each, &methods,
-                                                               new MethodHandler(handler), drop<MethodHandler>, nullptr);
+            const guint id = g_dbus_connection_register_object(
+                connection, path.c_str(), *each, &methods, new MethodHandler(handler), drop<MethodHandler>, nullptr);
             core->keep([connection, id] { g_dbus_connection_unregister_object(connection, id); });
         }
         g_dbus_node_info_unref(node);

@@ -1,0 +1,128 @@
+#include "ports/desktop/ForwardingDelegate.h"
+
+#include <utility>
+
+#include "ports/desktop/AppInterfaces.h"
+#include "ports/desktop/NotificationCodec.h"
+
+namespace zentavo::desktop {
+
+namespace {
+
+constexpr std::uint32_t everything = platform::presentBadge | platform::presentSound | platform::presentAlert;
+
+} // namespace
+
+ForwardingDelegate::ForwardingDelegate(std::shared_ptr<SessionBus> bus, std::string app,
+                                       std::shared_ptr<platform::SystemLog> log)
+    : bus_(std::move(bus)), app_(std::move(app)), log_(std::move(log)) {}
+
+std::shared_ptr<ForwardingDelegate> ForwardingDelegate::make(std::shared_ptr<SessionBus> bus, std::string app,
+                                                             std::shared_ptr<platform::SystemLog> log) {
+    const std::shared_ptr<ForwardingDelegate> made(
+        new ForwardingDelegate(std::move(bus), std::move(app), std::move(log)));
+    made->bus_->watch(made->app_, [weak = std::weak_ptr(made)](bool present) {
+        const auto self = weak.lock();
+        if (!self) {
+            return;
+        }
+        MutexLock lock(self->mutex_);
+        self->present_ = present;
+        self->failures_ = 0;
+        lock.unlock();
+        if (present) {
+            self->tellNext();
+        }
+    });
+    return made;
+}
+
+SessionBus::Call ForwardingDelegate::call(const char* method, const std::string& text) const {
+    return {app_, app_interface::path, app_interface::name, method, Variant::share(g_variant_new("(s)", text.c_str()))};
+}
+
+void ForwardingDelegate::userNotificationCenter(platform::UserNotifications&, const platform::Notification& willPresent,
+                                                std::function<void(std::uint32_t)> withCompletionHandler) {
+    const auto text = codec::write(willPresent);
+    if (!text) {
+        log_->write(platform::LogLevel::warning, "The app is not asked about a notification: " + text.error().message);
+        bus_->run([completion = std::move(withCompletionHandler)] { completion(everything); });
+        return;
+    }
+    auto question = call("WillPresent", *text);
+    question.answerType = "(u)";
+    question.mayStart = false;
+    question.timeout = presentationTimeout;
+    bus_->call(std::move(question), [completion = std::move(withCompletionHandler)](const Result<Variant>& answer) {
+        guint32 options = everything;
+        if (answer) {
+            g_variant_get(answer->get(), "(u)", &options);
+        }
+        completion(options & everything);
+    });
+}
+
+void ForwardingDelegate::userNotificationCenter(platform::UserNotifications&,
+                                                const platform::NotificationResponse& didReceive,
+                                                std::function<void()> withCompletionHandler) {
+    auto text = codec::write(didReceive);
+    if (text) {
+        MutexLock lock(mutex_);
+        const bool full = waiting_.size() == maximumWaiting;
+        if (full) {
+            // The first may be on its way, and is not to be told twice.
+            waiting_.erase(waiting_.begin() + (telling_ ? 1 : 0));
+        }
+        waiting_.push_back(std::move(*text));
+        lock.unlock();
+        if (full) {
+            log_->write(platform::LogLevel::warning, "Too many answers wait for the app: the oldest is dropped");
+        }
+        tellNext();
+    } else {
+        log_->write(platform::LogLevel::warning, "The app is not told of an answer: " + text.error().message);
+    }
+    bus_->run(std::move(withCompletionHandler));
+}
+
+void ForwardingDelegate::tellNext() {
+    MutexLock lock(mutex_);
+    if (telling_ || waiting_.empty()) {
+        return;
+    }
+    telling_ = true;
+    const std::string text = waiting_.front();
+    lock.unlock();
+    auto response = call("Respond", text);
+    response.timeout = responseTimeout;
+    bus_->call(std::move(response), [self = shared_from_this()](const Result<Variant>& outcome) { self->told(outcome); });
+}
+
+void ForwardingDelegate::told(const Result<Variant>& outcome) {
+    MutexLock lock(mutex_);
+    telling_ = false;
+    if (outcome) {
+        waiting_.pop_front();
+        failures_ = 0;
+        lock.unlock();
+        return tellNext();
+    }
+    ++failures_;
+    const bool again = present_ && failures_ < attempts;
+    const bool first = failures_ == 1;
+    lock.unlock();
+    if (first) {
+        log_->write(platform::LogLevel::warning, "The app is not told of an answer yet: " + outcome.error().message);
+    }
+    // It has its name, but perhaps not yet what it answers with.
+    if (again) {
+        bus_->after(pause, [self = shared_from_this()] { self->tellNext(); });
+    }
+}
+
+std::size_t ForwardingDelegate::waiting() const {
+    MutexLock lock(mutex_);
+    return waiting_.size();
+}
+
+} // namespace zentavo::desktop
