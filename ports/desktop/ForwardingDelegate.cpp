@@ -95,7 +95,8 @@ void ForwardingDelegate::tellNext() {
     lock.unlock();
     auto response = call("Respond", text);
     response.timeout = responseTimeout;
-    bus_->call(std::move(response), [self = shared_from_this()](const Result<Variant>& outcome) { self->told(outcome); });
+    bus_->call(std::move(response),
+               [self = shared_from_this()](const Result<Variant>& outcome) { self->told(outcome); });
 }
 
 void ForwardingDelegate::told(const Result<Variant>& outcome) {

@@ -6,12 +6,13 @@
 #include <gio/gio.h>
 
 #include "ports/desktop/Variant.h"
+#include "zentavo/foundation/Export.h"
 
 namespace zentavo::desktop {
 
 /// A call that another program makes of an object of ours, to be answered once, on any thread. One that nobody answers
 /// is refused when the last copy goes, so that no caller waits for ever.
-class MethodCall {
+class ZENTAVO_EXPORT MethodCall {
 public:
     /// Takes over the invocation.
     explicit MethodCall(GDBusMethodInvocation* invocation);

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "zentavo/foundation/Export.h"
 #include "zentavo/foundation/Result.h"
 #include "zentavo/platform/Notification.h"
 
@@ -14,12 +15,12 @@ namespace codec {
 /// More than this is refused, either way.
 inline constexpr std::size_t maximumBytes = 256U << 10U;
 
-Result<std::string> write(const platform::Notification& notification);
+ZENTAVO_EXPORT Result<std::string> write(const platform::Notification& notification);
 /// Strict: what another program sends is not to be trusted. Without an identifier it is no notification.
-Result<platform::Notification> readNotification(std::string_view text);
+ZENTAVO_EXPORT Result<platform::Notification> readNotification(std::string_view text);
 
-Result<std::string> write(const platform::NotificationResponse& response);
-Result<platform::NotificationResponse> readResponse(std::string_view text);
+ZENTAVO_EXPORT Result<std::string> write(const platform::NotificationResponse& response);
+ZENTAVO_EXPORT Result<platform::NotificationResponse> readResponse(std::string_view text);
 
 } // namespace codec
 } // namespace zentavo::desktop

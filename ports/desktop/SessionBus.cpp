@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <map>
 #include <memory>
 #include <thread>
 #include <utility>
@@ -45,51 +46,40 @@ public:
     };
 
     explicit Core(std::string address)
-        : address_(std::move(address)), context_(g_main_context_new()), loop_(g_main_loop_new(context_, FALSE)) {}
+        : address_(std::move(address)), context_(g_main_context_new()), loop_(g_main_loop_new(context_, FALSE)),
+          pump_(g_source_new(pumpFunctions(), sizeof(Pump))) {
+        reinterpret_cast<Pump*>(pump_)->core = this;
+        g_source_attach(pump_, context_);
+    }
     ~Core() {
+        g_source_destroy(pump_);
+        g_source_unref(pump_);
         g_main_loop_unref(loop_);
         g_main_context_unref(context_);
     }
 
-    void run(Block block, std::chrono::milliseconds delay) {
-        GSource* source =
-            delay.count() > 0 ? g_timeout_source_new(static_cast<guint>(delay.count())) : g_idle_source_new();
-        g_source_set_priority(source, G_PRIORITY_DEFAULT);
-        g_source_set_callback(
-            source,
-            [](gpointer data) -> gboolean {
-                const auto* posted = static_cast<Posted<Block>*>(data);
-                if (!posted->core.stopping_) {
-                    posted->handler();
-                }
-                return G_SOURCE_REMOVE;
-            },
-            new Posted<Block>{*this, std::move(block)}, drop<Posted<Block>>);
-        g_source_attach(source, context_);
-        g_source_unref(source);
-
+    void run(Block block) {
         MutexLock lock(mutex_);
-        if (!thread_.joinable()) {
-            start();
-        }
+        ready_.push_back(std::move(block));
+        wake();
+    }
+    void run(Block block, std::chrono::milliseconds delay) {
+        const gint64 due = g_get_monotonic_time() + std::chrono::microseconds(delay).count();
+        MutexLock lock(mutex_);
+        timers_.emplace(due, std::move(block));
+        wake();
     }
 
     void stop() {
         stopping_ = true;
         MutexLock lock(mutex_);
         std::thread thread = std::move(thread_);
+        started_ = true;
+        wake();
         lock.unlock();
         if (!thread.joinable()) {
             return;
         }
-        // As a block, since a loop that has not begun forgets that it was asked to end.
-        g_main_context_invoke(
-            context_,
-            [](gpointer loop) -> gboolean {
-                g_main_loop_quit(static_cast<GMainLoop*>(loop));
-                return G_SOURCE_REMOVE;
-            },
-            loop_);
         if (thread.get_id() == std::this_thread::get_id()) {
             thread.detach();
         } else {
@@ -108,8 +98,76 @@ public:
     bool stopping() const noexcept { return stopping_; }
     void keep(Block undo) { undo_.push_back(std::move(undo)); }
 
+    void serve(GDBusConnection* connection, const std::string& path, const char* interfaces,
+               const MethodHandler& handler) {
+        // The text is ours: one that cannot be read is a mistake that the first test sees.
+        GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(interfaces, nullptr);
+        g_assert(node != nullptr);
+        static constexpr GDBusInterfaceVTable methods{
+            [](GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*,
+               GDBusMethodInvocation* invocation,
+               gpointer data) { (*static_cast<MethodHandler*>(data))(MethodCall(invocation)); },
+            nullptr,
+            nullptr,
+            {}};
+        for (GDBusInterfaceInfo** each = node->interfaces; *each != nullptr; ++each) {
+            const guint id = g_dbus_connection_register_object(
+                connection, path.c_str(), *each, &methods, new MethodHandler(handler), drop<MethodHandler>, nullptr);
+            keep([connection, id] { g_dbus_connection_unregister_object(connection, id); });
+        }
+        g_dbus_node_info_unref(node);
+    }
+
 private:
+    /// Hands blocks over under a lock of ours, not the library's: sanitizers see into ours alone.
+    struct Pump {
+        GSource base;
+        Core* core;
+    };
+    static GSourceFuncs* pumpFunctions() {
+        static GSourceFuncs functions{nullptr,
+                                      nullptr,
+                                      [](GSource* source, GSourceFunc, gpointer) -> gboolean {
+                                          reinterpret_cast<Pump*>(source)->core->runWhatIsDue();
+                                          return G_SOURCE_CONTINUE;
+                                      },
+                                      nullptr,
+                                      nullptr,
+                                      nullptr};
+        return &functions;
+    }
+
+    void wake() ZENTAVO_REQUIRES(mutex_) {
+        g_source_set_ready_time(pump_, 0);
+        if (!started_) {
+            start();
+        }
+    }
+
+    void runWhatIsDue() {
+        MutexLock lock(mutex_);
+        const gint64 now = g_get_monotonic_time();
+        const auto waiting = timers_.upper_bound(now);
+        for (auto timer = timers_.begin(); timer != waiting; ++timer) {
+            ready_.push_back(std::move(timer->second));
+        }
+        timers_.erase(timers_.begin(), waiting);
+        auto blocks = std::exchange(ready_, {});
+        g_source_set_ready_time(pump_, timers_.empty() ? -1 : timers_.begin()->first);
+        lock.unlock();
+        for (const Block& block : blocks) {
+            if (!stopping_) {
+                block();
+            }
+        }
+        // Here, since a loop that has not begun forgets that it was asked to end.
+        if (stopping_) {
+            g_main_loop_quit(loop_);
+        }
+    }
+
     void start() ZENTAVO_REQUIRES(mutex_) {
+        started_ = true;
         // The host's signals are for the host's threads.
         sigset_t all;
         sigset_t before;
@@ -161,19 +219,24 @@ private:
     const std::string address_;
     GMainContext* const context_;
     GMainLoop* const loop_;
+    GSource* const pump_;
     GDBusConnection* connection_ = nullptr;
     Error whyNot_;
     std::vector<Block> undo_;
     std::atomic<bool> stopping_ = false;
     Mutex mutex_;
+    bool started_ ZENTAVO_GUARDED_BY(mutex_) = false;
     std::thread thread_ ZENTAVO_GUARDED_BY(mutex_);
+    std::vector<Block> ready_ ZENTAVO_GUARDED_BY(mutex_);
+    /// By when they are due, in microseconds of the monotonic clock.
+    std::multimap<gint64, Block> timers_ ZENTAVO_GUARDED_BY(mutex_);
 };
 
 SessionBus::SessionBus(std::string address) : core_(std::make_shared<Core>(std::move(address))) {}
 
 SessionBus::~SessionBus() { core_->stop(); }
 
-void SessionBus::run(Block block) { core_->run(std::move(block), {}); }
+void SessionBus::run(Block block) { core_->run(std::move(block)); }
 
 void SessionBus::after(std::chrono::milliseconds delay, Block block) { core_->run(std::move(block), delay); }
 
@@ -272,26 +335,18 @@ void SessionBus::own(std::string name, PresenceHandler handler) {
 
 void SessionBus::serve(std::string path, const char* interfaces, MethodHandler handler) {
     run([core = core_.get(), path = std::move(path), interfaces, handler = std::move(handler)] {
-        GDBusConnection* connection = core->connection();
-        if (connection == nullptr) {
-            return;
+        if (GDBusConnection* connection = core->connection()) {
+            core->serve(connection, path, interfaces, handler);
         }
-        // The text is ours: one that cannot be read is a mistake that the first test sees.
-        GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(interfaces, nullptr);
-        g_assert(node != nullptr);
-        static constexpr GDBusInterfaceVTable methods{
-            [](GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*,
-               GDBusMethodInvocation* invocation,
-               gpointer data) { (*static_cast<MethodHandler*>(data))(MethodCall(invocation)); },
-            nullptr,
-            nullptr,
-            {}};
-        for (GDBusInterfaceInfo** each = node->interfaces; *each != nullptr; ++each) {
-            const guint id = g_dbus_connection_register_object(
-                connection, path.c_str(), *each, &methods, new MethodHandler(handler), drop<MethodHandler>, nullptr);
-            core->keep([connection, id] { g_dbus_connection_unregister_object(connection, id); });
-        }
-        g_dbus_node_info_unref(node);
+    });
+}
+
+void SessionBus::serveOn(GDBusConnection* connection, std::string path, const char* interfaces, MethodHandler handler) {
+    const std::shared_ptr<GDBusConnection> kept(static_cast<GDBusConnection*>(g_object_ref(connection)),
+                                                g_object_unref);
+    run([core = core_.get(), kept, path = std::move(path), interfaces, handler = std::move(handler)] {
+        core->serve(kept.get(), path, interfaces, handler);
+        core->keep([kept] {});
     });
 }
 

@@ -7,6 +7,7 @@
 
 #include "ports/desktop/MethodCall.h"
 #include "ports/desktop/Variant.h"
+#include "zentavo/foundation/Export.h"
 #include "zentavo/foundation/Result.h"
 
 namespace zentavo::desktop {
@@ -17,7 +18,7 @@ namespace zentavo::desktop {
 ///
 /// Where there is no bus, calls fail with an error and nothing else ever happens. A bus that is lost is not sought again:
 /// it ends with the user's session.
-class SessionBus {
+class ZENTAVO_EXPORT SessionBus {
 public:
     using Block = std::function<void()>;
     using Answer = std::function<void(Result<Variant> values)>;
@@ -70,6 +71,8 @@ public:
     /// interfaces; calls that do not fit it are refused before `handler` sees them. To be called before `own`, or a
     /// program that was started for a call misses it.
     void serve(std::string path, const char* interfaces, MethodHandler handler);
+    /// The same on a connection that the process has besides this one, and on which it may have a name.
+    void serveOn(GDBusConnection* connection, std::string path, const char* interfaces, MethodHandler handler);
 
 private:
     class Core;

@@ -44,7 +44,8 @@ PrivateBus::PrivateBus(const std::vector<Startable>& programs) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, inherited, 99);
-    const int failure = posix_spawnp(&daemon_, "dbus-daemon", &actions, nullptr, const_cast<char**>(words.data()), environ);
+    const int failure =
+        posix_spawnp(&daemon_, "dbus-daemon", &actions, nullptr, const_cast<char**>(words.data()), environ);
     posix_spawn_file_actions_destroy(&actions);
     close(told[1]);
     close(inherited);
