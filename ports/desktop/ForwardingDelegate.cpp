@@ -3,15 +3,10 @@
 #include <utility>
 
 #include "ports/desktop/AppInterfaces.h"
+#include "ports/desktop/DelegateDoor.h"
 #include "ports/desktop/NotificationCodec.h"
 
 namespace zentavo::desktop {
-
-namespace {
-
-constexpr std::uint32_t everything = platform::presentBadge | platform::presentSound | platform::presentAlert;
-
-} // namespace
 
 ForwardingDelegate::ForwardingDelegate(std::shared_ptr<SessionBus> bus, std::string app,
                                        std::shared_ptr<platform::SystemLog> log)
@@ -46,7 +41,7 @@ void ForwardingDelegate::userNotificationCenter(platform::UserNotifications&, co
     const auto text = codec::write(willPresent);
     if (!text) {
         log_->write(platform::LogLevel::warning, "The app is not asked about a notification: " + text.error().message);
-        bus_->run([completion = std::move(withCompletionHandler)] { completion(everything); });
+        bus_->run([completion = std::move(withCompletionHandler)] { completion(presentEverything); });
         return;
     }
     auto question = call("WillPresent", *text);
@@ -54,11 +49,11 @@ void ForwardingDelegate::userNotificationCenter(platform::UserNotifications&, co
     question.mayStart = false;
     question.timeout = presentationTimeout;
     bus_->call(std::move(question), [completion = std::move(withCompletionHandler)](const Result<Variant>& answer) {
-        guint32 options = everything;
+        guint32 options = presentEverything;
         if (answer) {
             g_variant_get(answer->get(), "(u)", &options);
         }
-        completion(options & everything);
+        completion(options & presentEverything);
     });
 }
 

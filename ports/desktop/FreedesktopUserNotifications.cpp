@@ -1,0 +1,321 @@
+#include "ports/desktop/FreedesktopUserNotifications.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zentavo::desktop {
+
+using platform::AuthorizationStatus;
+
+FreedesktopUserNotifications::FreedesktopUserNotifications(Parts parts)
+    : parts_(std::move(parts)), server_(std::make_shared<NotificationServer>(parts_.bus)),
+      badge_(parts_.bus, parts_.app.desktopEntry), service_(parts_.bus, parts_.notificationService),
+      door_(parts_.mainQueue) {}
+
+template <class... Arguments>
+auto FreedesktopUserNotifications::weakly(void (FreedesktopUserNotifications::*member)(Arguments...)) {
+    return [weak = weak_from_this(), member](Arguments... arguments) {
+        if (const auto self = weak.lock()) {
+            (self.get()->*member)(arguments...);
+        }
+    };
+}
+
+std::shared_ptr<FreedesktopUserNotifications> FreedesktopUserNotifications::make(Parts parts) {
+    const std::shared_ptr<FreedesktopUserNotifications> made(new FreedesktopUserNotifications(std::move(parts)));
+    made->server_->listen({made->weakly(&FreedesktopUserNotifications::invoked),
+                           made->weakly(&FreedesktopUserNotifications::closed),
+                           made->weakly(&FreedesktopUserNotifications::gone)});
+    return made;
+}
+
+// --- Permission, kinds, badge ----------------------------------------------------------------------------------------
+
+void FreedesktopUserNotifications::settings(std::function<void(AuthorizationStatus)> completion) {
+    parts_.bus->run([server = server_, completion = std::move(completion)] {
+        server->available([completion](const Result<bool>& available) {
+            completion(available && *available ? AuthorizationStatus::authorized : AuthorizationStatus::denied);
+        });
+    });
+}
+
+void FreedesktopUserNotifications::requestAuthorization(
+    std::uint32_t, std::function<void(bool, std::optional<std::string>)> completion) {
+    parts_.bus->run([server = server_, completion = std::move(completion)] {
+        server->available([completion](const Result<bool>& available) {
+            if (available) {
+                completion(*available, std::nullopt);
+            } else {
+                completion(false, available.error().message);
+            }
+        });
+    });
+}
+
+void FreedesktopUserNotifications::addCategory(platform::NotificationCategory category) {
+    MutexLock lock(mutex_);
+    const bool known = std::any_of(categories_.begin(), categories_.end(),
+                                   [&](const auto& other) { return other.identifier == category.identifier; });
+    if (!known) {
+        categories_.push_back(std::move(category));
+    }
+}
+
+void FreedesktopUserNotifications::categories(
+    std::function<void(std::vector<platform::NotificationCategory>)> completion) {
+    MutexLock lock(mutex_);
+    auto known = categories_;
+    lock.unlock();
+    parts_.bus->run([known = std::move(known), completion = std::move(completion)] { completion(known); });
+}
+
+void FreedesktopUserNotifications::setBadgeCount(std::int64_t count) { badge_.set(count); }
+
+// --- Delegate --------------------------------------------------------------------------------------------------------
+
+void FreedesktopUserNotifications::setDelegate(std::weak_ptr<platform::UserNotificationDelegate> delegate) {
+    door_.setDelegate(shared_from_this(), std::move(delegate));
+}
+
+void FreedesktopUserNotifications::respond(platform::NotificationResponse response) {
+    parts_.bus->run([self = shared_from_this(), response = std::move(response)] {
+        self->takeAway({response.notification.request.identifier});
+        self->door_.tell(self, response);
+    });
+}
+
+void FreedesktopUserNotifications::presentation(const platform::Notification& notification,
+                                                std::function<void(std::uint32_t)> completion) {
+    door_.onMain([self = shared_from_this(), notification, completion = std::move(completion)] {
+        if (self->parts_.isInFront && self->parts_.isInFront()) {
+            self->door_.ask(self, notification, completion);
+        } else {
+            completion(presentEverything);
+        }
+    });
+}
+
+// --- Showing: one at a time ------------------------------------------------------------------------------------------
+
+void FreedesktopUserNotifications::add(platform::NotificationRequest request,
+                                       std::function<void(std::optional<std::string>)> completion) {
+    parts_.bus->run([self = shared_from_this(), request = std::move(request), completion = std::move(completion)] {
+        self->enqueue({++self->lastNumber_, {request}, completion});
+    });
+}
+
+void FreedesktopUserNotifications::enqueue(Pending pending) {
+    if (pending_.size() == maximumPending) {
+        removeFiles(pending.notification);
+        if (pending.completion) {
+            pending.completion("too many notifications wait to be shown");
+        }
+        return;
+    }
+    pending_.push_back(std::move(pending));
+    tellShownChanged();
+    if (pending_.size() == 1) {
+        begin();
+    }
+}
+
+void FreedesktopUserNotifications::begin() {
+    const std::uint64_t number = pending_.front().number;
+    if (!parts_.isInFront) {
+        return present(number, presentEverything);
+    }
+    // Whichever comes first; the other finds another notification in front, or none.
+    const auto presented = weakly(&FreedesktopUserNotifications::present);
+    parts_.bus->after(presentationTimeout, [presented, number] { presented(number, presentEverything); });
+    presentation(pending_.front().notification, [weak = weak_from_this(), presented, number](std::uint32_t options) {
+        if (const auto self = weak.lock()) {
+            self->parts_.bus->run([presented, number, options] { presented(number, options); });
+        }
+    });
+}
+
+void FreedesktopUserNotifications::present(std::uint64_t number, std::uint32_t options) {
+    if (pending_.empty() || pending_.front().number != number || presenting_ == number) {
+        return;
+    }
+    presenting_ = number;
+    const platform::Notification& notification = pending_.front().notification;
+    if (notification.request.content.badge && (options & platform::presentBadge) != 0) {
+        badge_.set(*notification.request.content.badge);
+    }
+    if ((options & platform::presentAlert) == 0) {
+        removeFiles(notification);
+        return finish(std::nullopt);
+    }
+    server_->capabilities([self = shared_from_this(), options](const Result<ServerCapabilities>& capabilities) {
+        if (capabilities) {
+            self->show(options, *capabilities);
+        } else {
+            self->failed(capabilities.error());
+        }
+    });
+}
+
+void FreedesktopUserNotifications::show(std::uint32_t options, const ServerCapabilities& capabilities) {
+    const platform::NotificationRequest& request = pending_.front().notification.request;
+    MutexLock lock(mutex_);
+    auto actions = actionsOf(request.content, categories_, static_cast<bool>(parts_.expand));
+    lock.unlock();
+    const auto earlier = find(request.identifier);
+    const Variant arguments = notifyArguments(parts_.app, request.content, actions, capabilities, options,
+                                              earlier != shown_.end() ? earlier->id : 0);
+    server_->show(arguments, [self = shared_from_this(), actions = std::move(actions)](const Result<std::uint32_t>& id) {
+        if (id) {
+            self->shown(*id, actions);
+        } else {
+            self->failed(id.error());
+        }
+    });
+}
+
+void FreedesktopUserNotifications::shown(std::uint32_t id, std::vector<DesktopAction> actions) {
+    const platform::Notification& notification = pending_.front().notification;
+    if (const auto earlier = find(notification.request.identifier); earlier != shown_.end()) {
+        removeFiles(earlier->notification, &notification);
+        shown_.erase(earlier);
+    }
+    shown_.push_back({id, notification, std::move(actions)});
+    if (shown_.size() > maximumShown) {
+        server_->close(shown_.front().id);
+        forget(shown_.begin());
+    }
+    finish(std::nullopt);
+}
+
+void FreedesktopUserNotifications::failed(const Error& error) {
+    removeFiles(pending_.front().notification);
+    finish("the notification is not shown: " + error.message);
+}
+
+void FreedesktopUserNotifications::finish(std::optional<std::string> error) {
+    const auto completion = std::move(pending_.front().completion);
+    pending_.pop_front();
+    if (completion) {
+        completion(std::move(error));
+    }
+    tellShownChanged();
+    if (!pending_.empty()) {
+        begin();
+    }
+}
+
+// --- What is shown ---------------------------------------------------------------------------------------------------
+
+void FreedesktopUserNotifications::delivered(std::function<void(std::vector<platform::Notification>)> completion) {
+    service_.delivered([self = shared_from_this(), completion = std::move(completion)](auto elsewhere) {
+        self->deliveredHere([completion, elsewhere = std::move(elsewhere)](const auto& here) {
+            auto all = elsewhere;
+            all.insert(all.end(), here.begin(), here.end());
+            completion(std::move(all));
+        });
+    });
+}
+
+void FreedesktopUserNotifications::deliveredHere(std::function<void(std::vector<platform::Notification>)> completion) {
+    parts_.bus->run([self = shared_from_this(), completion = std::move(completion)] {
+        std::vector<platform::Notification> notifications;
+        for (const Shown& shown : self->shown_) {
+            notifications.push_back(shown.notification);
+        }
+        completion(std::move(notifications));
+    });
+}
+
+void FreedesktopUserNotifications::removeDelivered(std::vector<std::string> identifiers) {
+    service_.removeDelivered(identifiers);
+    parts_.bus->run(
+        [self = shared_from_this(), identifiers = std::move(identifiers)] { self->takeAway(identifiers); });
+}
+
+void FreedesktopUserNotifications::takeAway(const std::vector<std::string>& identifiers) {
+    for (const std::string& identifier : identifiers) {
+        if (const auto shown = find(identifier); shown != shown_.end()) {
+            server_->close(shown->id);
+            forget(shown);
+        }
+    }
+}
+
+void FreedesktopUserNotifications::invoked(std::uint32_t id, const std::string& key) {
+    const auto shown = find(id);
+    if (shown == shown_.end()) {
+        return; // another program's
+    }
+    const auto action = std::find_if(shown->actions.begin(), shown->actions.end(),
+                                     [&](const DesktopAction& each) { return each.key == key; });
+    if (action == shown->actions.end()) {
+        return;
+    }
+    if (action->key == expandKey) {
+        shown->expanded = true;
+        door_.onMain([self = shared_from_this(), notification = shown->notification] {
+            self->parts_.expand(notification);
+        });
+        return;
+    }
+    platform::NotificationResponse response{shown->notification, action->identifier};
+    // Most services take it away by themselves, and say so; nobody listens to that any more.
+    server_->close(id);
+    forget(shown);
+    door_.tell(shared_from_this(), std::move(response));
+}
+
+void FreedesktopUserNotifications::closed(std::uint32_t id, std::uint32_t reason) {
+    const auto shown = find(id);
+    if (shown == shown_.end()) {
+        return;
+    }
+    const bool dismissed = reason == NotificationServer::dismissedByUser && !shown->expanded;
+    platform::NotificationResponse response{shown->notification, platform::dismissActionIdentifier};
+    forget(shown);
+    if (dismissed) {
+        door_.tell(shared_from_this(), std::move(response));
+    }
+}
+
+void FreedesktopUserNotifications::gone() {
+    while (!shown_.empty()) {
+        forget(shown_.begin());
+    }
+}
+
+std::vector<FreedesktopUserNotifications::Shown>::iterator FreedesktopUserNotifications::find(std::uint32_t id) {
+    return std::find_if(shown_.begin(), shown_.end(), [&](const Shown& each) { return each.id == id; });
+}
+
+std::vector<FreedesktopUserNotifications::Shown>::iterator
+FreedesktopUserNotifications::find(const std::string& identifier) {
+    return std::find_if(shown_.begin(), shown_.end(),
+                        [&](const Shown& each) { return each.notification.request.identifier == identifier; });
+}
+
+void FreedesktopUserNotifications::forget(std::vector<Shown>::iterator shown) {
+    removeFiles(shown->notification);
+    shown_.erase(shown);
+    tellShownChanged();
+}
+
+void FreedesktopUserNotifications::removeFiles(const platform::Notification& of, const platform::Notification* kept) {
+    for (const platform::NotificationAttachment& attachment : of.request.content.attachments) {
+        const bool needed =
+            kept != nullptr && std::any_of(kept->request.content.attachments.begin(),
+                                           kept->request.content.attachments.end(),
+                                           [&](const auto& other) { return other.path == attachment.path; });
+        if (!needed) {
+            parts_.diskQueue->async([files = parts_.attachmentFiles, path = attachment.path] { files->remove(path); });
+        }
+    }
+}
+
+void FreedesktopUserNotifications::tellShownChanged() const {
+    if (parts_.shownChanged) {
+        parts_.shownChanged(shown_.size() + pending_.size());
+    }
+}
+
+} // namespace zentavo::desktop

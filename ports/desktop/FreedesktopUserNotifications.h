@@ -1,0 +1,133 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ports/desktop/DelegateDoor.h"
+#include "ports/desktop/LauncherBadge.h"
+#include "ports/desktop/NotificationServer.h"
+#include "ports/desktop/NotificationServiceClient.h"
+#include "zentavo/foundation/Export.h"
+#include "zentavo/platform/AttachmentFiles.h"
+#include "zentavo/platform/DispatchQueue.h"
+#include "zentavo/platform/SystemLog.h"
+#include "zentavo/platform/UserNotifications.h"
+
+namespace zentavo::desktop {
+
+/// The notification centre over org.freedesktop.Notifications. Any thread; completions are called on the bus's thread, the
+/// delegate on the main queue.
+///
+/// Notifications are shown one after the other, in the order in which they were added. With one that is added its
+/// attachments' files become ours: they are removed when it is gone from the screen, or could not be shown. What is up
+/// when the process ends stays up, and a click on it is lost.
+class ZENTAVO_EXPORT FreedesktopUserNotifications final
+    : public platform::UserNotifications,
+      public std::enable_shared_from_this<FreedesktopUserNotifications> {
+public:
+    /// Of more that are up, the oldest are taken away; of more that wait to be shown, the newest are refused.
+    static constexpr std::size_t maximumShown = 128;
+    static constexpr std::size_t maximumPending = 128;
+    /// How long a delegate may think; then everything is shown.
+    static constexpr std::chrono::milliseconds presentationTimeout{5'000};
+
+    /// What it is made of; of the functions, each may be empty.
+    struct Parts {
+        std::shared_ptr<SessionBus> bus;
+        std::shared_ptr<platform::MainQueue> mainQueue;
+        /// Waits for the disk in our place, to remove files.
+        std::shared_ptr<platform::DispatchQueue> diskQueue;
+        std::shared_ptr<platform::AttachmentFiles> attachmentFiles;
+        AppOnDesktop app;
+        /// The bus name of the extension that shows notifications as well, where this is not it.
+        std::string notificationService = {};
+        /// Whether the delegate is asked how to show a notification: the app is in front. On the main queue.
+        std::function<bool()> isInFront = {};
+        /// The user wants to see all of a rich notification. On the main queue. Without it there is no button for it.
+        std::function<void(platform::Notification)> expand = {};
+        /// How many notifications are up, or wait to be. On the bus's thread, after each change.
+        std::function<void(std::size_t)> shownChanged = {};
+    };
+    static std::shared_ptr<FreedesktopUserNotifications> make(Parts parts);
+
+    void settings(std::function<void(platform::AuthorizationStatus)> completion) override;
+    void requestAuthorization(std::uint32_t options,
+                              std::function<void(bool, std::optional<std::string>)> completion) override;
+    void setDelegate(std::weak_ptr<platform::UserNotificationDelegate> delegate) override;
+    void add(platform::NotificationRequest request,
+             std::function<void(std::optional<std::string>)> completion) override;
+    void delivered(std::function<void(std::vector<platform::Notification>)> completion) override;
+    void removeDelivered(std::vector<std::string> identifiers) override;
+    void addCategory(platform::NotificationCategory category) override;
+    void categories(std::function<void(std::vector<platform::NotificationCategory>)> completion) override;
+    void setBadgeCount(std::int64_t count) override;
+
+    /// The user answered a notification somewhere else, in another program or window of the app: takes it away where it is
+    /// up here, and tells the delegate.
+    void respond(platform::NotificationResponse response);
+    /// How a notification is to be shown now: everything where the app is not in front.
+    void presentation(const platform::Notification& notification, std::function<void(std::uint32_t)> completion);
+    void setMainQueue(std::shared_ptr<platform::MainQueue> mainQueue) { door_.setMainQueue(std::move(mainQueue)); }
+    /// What this process itself shows, on the bus's thread.
+    void deliveredHere(std::function<void(std::vector<platform::Notification>)> completion);
+
+private:
+    struct Pending {
+        std::uint64_t number = 0;
+        platform::Notification notification;
+        std::function<void(std::optional<std::string>)> completion;
+    };
+    struct Shown {
+        std::uint32_t id = 0; ///< the service's
+        platform::Notification notification;
+        std::vector<DesktopAction> actions;
+        bool expanded = false; ///< the user sees it elsewhere: its end here is no answer
+    };
+
+    explicit FreedesktopUserNotifications(Parts parts);
+    /// A function that calls `member` on this, where it still is.
+    template <class... Arguments>
+    auto weakly(void (FreedesktopUserNotifications::*member)(Arguments...));
+
+    // All below on the bus's thread.
+    void enqueue(Pending pending);
+    void begin();
+    void present(std::uint64_t number, std::uint32_t options);
+    void show(std::uint32_t options, const ServerCapabilities& capabilities);
+    void shown(std::uint32_t id, std::vector<DesktopAction> actions);
+    void failed(const Error& error);
+    void finish(std::optional<std::string> error);
+
+    void invoked(std::uint32_t id, const std::string& key);
+    void closed(std::uint32_t id, std::uint32_t reason);
+    void gone();
+    void takeAway(const std::vector<std::string>& identifiers);
+    std::vector<Shown>::iterator find(std::uint32_t id);
+    std::vector<Shown>::iterator find(const std::string& identifier);
+    void forget(std::vector<Shown>::iterator shown);
+    /// Those that `kept` does not need.
+    void removeFiles(const platform::Notification& of, const platform::Notification* kept = nullptr);
+    void tellShownChanged() const;
+
+    const Parts parts_;
+    const std::shared_ptr<NotificationServer> server_;
+    const LauncherBadge badge_;
+    const NotificationServiceClient service_;
+    DelegateDoor door_;
+
+    Mutex mutex_;
+    std::vector<platform::NotificationCategory> categories_ ZENTAVO_GUARDED_BY(mutex_);
+
+    std::deque<Pending> pending_; ///< the first is being shown
+    std::uint64_t lastNumber_ = 0;
+    std::uint64_t presenting_ = 0; ///< the last that it was decided of how it is shown
+    std::vector<Shown> shown_; ///< in the order of arrival
+};
+
+} // namespace zentavo::desktop
