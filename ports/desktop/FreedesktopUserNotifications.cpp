@@ -120,6 +120,10 @@ void FreedesktopUserNotifications::enqueue(Pending pending) {
 }
 
 void FreedesktopUserNotifications::begin() {
+    if (pending_.front().cancelled) {
+        removeFiles(pending_.front().notification);
+        return finish(std::nullopt);
+    }
     const std::uint64_t number = pending_.front().number;
     if (!parts_.isInFront) {
         return present(number, presentEverything);
@@ -164,13 +168,14 @@ void FreedesktopUserNotifications::show(std::uint32_t options, const ServerCapab
     const auto earlier = find(request.identifier);
     const Variant arguments = notifyArguments(parts_.app, request.content, actions, capabilities, options,
                                               earlier != shown_.end() ? earlier->id : 0);
-    server_->show(arguments, [self = shared_from_this(), actions = std::move(actions)](const Result<std::uint32_t>& id) {
-        if (id) {
-            self->shown(*id, actions);
-        } else {
-            self->failed(id.error());
-        }
-    });
+    server_->show(arguments,
+                  [self = shared_from_this(), actions = std::move(actions)](const Result<std::uint32_t>& id) {
+                      if (id) {
+                          self->shown(*id, actions);
+                      } else {
+                          self->failed(id.error());
+                      }
+                  });
 }
 
 void FreedesktopUserNotifications::shown(std::uint32_t id, std::vector<DesktopAction> actions) {
@@ -180,9 +185,10 @@ void FreedesktopUserNotifications::shown(std::uint32_t id, std::vector<DesktopAc
         shown_.erase(earlier);
     }
     shown_.push_back({id, notification, std::move(actions)});
-    if (shown_.size() > maximumShown) {
-        server_->close(shown_.front().id);
-        forget(shown_.begin());
+    if (pending_.front().cancelled || shown_.size() > maximumShown) {
+        const auto unwanted = pending_.front().cancelled ? shown_.end() - 1 : shown_.begin();
+        server_->close(unwanted->id);
+        forget(unwanted);
     }
     finish(std::nullopt);
 }
@@ -228,8 +234,7 @@ void FreedesktopUserNotifications::deliveredHere(std::function<void(std::vector<
 
 void FreedesktopUserNotifications::removeDelivered(std::vector<std::string> identifiers) {
     service_.removeDelivered(identifiers);
-    parts_.bus->run(
-        [self = shared_from_this(), identifiers = std::move(identifiers)] { self->takeAway(identifiers); });
+    parts_.bus->run([self = shared_from_this(), identifiers = std::move(identifiers)] { self->takeAway(identifiers); });
 }
 
 void FreedesktopUserNotifications::takeAway(const std::vector<std::string>& identifiers) {
@@ -237,6 +242,9 @@ void FreedesktopUserNotifications::takeAway(const std::vector<std::string>& iden
         if (const auto shown = find(identifier); shown != shown_.end()) {
             server_->close(shown->id);
             forget(shown);
+        }
+        for (Pending& pending : pending_) {
+            pending.cancelled = pending.cancelled || pending.notification.request.identifier == identifier;
         }
     }
 }
@@ -253,9 +261,8 @@ void FreedesktopUserNotifications::invoked(std::uint32_t id, const std::string& 
     }
     if (action->key == expandKey) {
         shown->expanded = true;
-        door_.onMain([self = shared_from_this(), notification = shown->notification] {
-            self->parts_.expand(notification);
-        });
+        door_.onMain(
+            [self = shared_from_this(), notification = shown->notification] { self->parts_.expand(notification); });
         return;
     }
     platform::NotificationResponse response{shown->notification, action->identifier};
@@ -303,9 +310,9 @@ void FreedesktopUserNotifications::forget(std::vector<Shown>::iterator shown) {
 void FreedesktopUserNotifications::removeFiles(const platform::Notification& of, const platform::Notification* kept) {
     for (const platform::NotificationAttachment& attachment : of.request.content.attachments) {
         const bool needed =
-            kept != nullptr && std::any_of(kept->request.content.attachments.begin(),
-                                           kept->request.content.attachments.end(),
-                                           [&](const auto& other) { return other.path == attachment.path; });
+            kept != nullptr &&
+            std::any_of(kept->request.content.attachments.begin(), kept->request.content.attachments.end(),
+                        [&](const auto& other) { return other.path == attachment.path; });
         if (!needed) {
             parts_.diskQueue->async([files = parts_.attachmentFiles, path = attachment.path] { files->remove(path); });
         }

@@ -82,6 +82,7 @@ private:
         std::uint64_t number = 0;
         platform::Notification notification;
         std::function<void(std::optional<std::string>)> completion;
+        bool cancelled = false; ///< taken away before it was there
     };
     struct Shown {
         std::uint32_t id = 0; ///< the service's
@@ -127,7 +128,7 @@ private:
     std::deque<Pending> pending_; ///< the first is being shown
     std::uint64_t lastNumber_ = 0;
     std::uint64_t presenting_ = 0; ///< the last that it was decided of how it is shown
-    std::vector<Shown> shown_; ///< in the order of arrival
+    std::vector<Shown> shown_;     ///< in the order of arrival
 };
 
 } // namespace zentavo::desktop

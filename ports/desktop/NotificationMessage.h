@@ -1,20 +1,13 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
-#include <string>
 #include <vector>
 
+#include "ports/desktop/AppOnDesktop.h"
 #include "ports/desktop/NotificationActions.h"
 #include "ports/desktop/Variant.h"
 
 namespace zentavo::desktop {
-
-/// Whose notifications they are, as the desktop knows the app.
-struct AppOnDesktop {
-    std::string name;         ///< for readers
-    std::string desktopEntry; ///< the app's file "….desktop" without the suffix; its icon has the same name
-};
 
 /// What a notification service can do, of what matters to us.
 struct ServerCapabilities {

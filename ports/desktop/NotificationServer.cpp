@@ -75,9 +75,10 @@ void NotificationServer::available(std::function<void(Result<bool>)> answer) {
                    if (has != FALSE) {
                        return answer(true);
                    }
-                   self->bus_->call(busCall("ListActivatableNames", {}, "(as)"), [answer](const Result<Variant>& names) {
-                       answer(names ? Result<bool>(contains(*names, serverName)) : names.error());
-                   });
+                   self->bus_->call(busCall("ListActivatableNames", {}, "(as)"),
+                                    [answer](const Result<Variant>& names) {
+                                        answer(names ? Result<bool>(contains(*names, serverName)) : names.error());
+                                    });
                });
 }
 

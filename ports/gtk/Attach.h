@@ -8,7 +8,8 @@ typedef struct _GtkWindow GtkWindow;
 namespace zentavo::gtk {
 
 /// Lets the SDK show its messages over `window` and run its main queue on the toolkit's main loop. One call, on the
-/// toolkit's main thread, once the toolkit is initialised; the window may be shown later. Again with another window: that
+/// toolkit's main thread, once the toolkit is initialised; the window may be shown later. Notifications and pushes go
+/// over the user's message bus, as `zentavo::desktop::attach` says. Again with another window: that
 /// one is used from then on. False when there is no window or no display.
 ///
 /// The window's child is put into a `GtkOverlay`, which is the window's child from then on; the host may give the window

@@ -22,11 +22,11 @@ struct Opening {
 
 } // namespace
 
-GtkApplicationAnswers::GtkApplicationAnswers(std::shared_ptr<platform::SystemLog> log) : log_(std::move(log)) {}
+GtkApplicationAnswers::GtkApplicationAnswers(std::shared_ptr<platform::SystemLog> log,
+                                             const desktop::DesktopProcess& process)
+    : log_(std::move(log)), process_(process) {}
 
-void GtkApplicationAnswers::registerForRemoteNotifications() {
-    log_->write(platform::LogLevel::info, "No registration for push notifications: there is no push service here");
-}
+void GtkApplicationAnswers::registerForRemoteNotifications() { process_.registerForRemoteNotifications(); }
 
 void GtkApplicationAnswers::open(const URL& url) {
     MainThread::require();

@@ -1,0 +1,97 @@
+#include "ports/desktop/DesktopProcess.h"
+
+#include <string>
+#include <utility>
+
+#include "ports/desktop/AppEndpoint.h"
+#include "zentavo/foundation/Mutex.h"
+
+namespace zentavo::desktop {
+
+/// The host's answer to whether it is in front; another host may come to give it.
+class DesktopProcess::Foreground {
+public:
+    explicit Foreground(std::function<bool()> ask) : ask_(std::move(ask)) {}
+
+    void replace(std::function<bool()> ask) {
+        MutexLock lock(mutex_);
+        ask_.swap(ask);
+        lock.unlock();
+    }
+    bool ask() {
+        MutexLock lock(mutex_);
+        const auto asked = ask_;
+        lock.unlock();
+        return asked && asked();
+    }
+
+private:
+    Mutex mutex_;
+    std::function<bool()> ask_ ZENTAVO_GUARDED_BY(mutex_);
+};
+
+namespace {
+
+/// Of an extension none: it is not to answer in the app's place.
+std::optional<BusNames> namesOfApp(const platform::Bundle& program) {
+    auto names = BusNames::of(program);
+    return names && names->app == program.identifier() ? names : std::nullopt;
+}
+
+std::shared_ptr<FreedesktopUserNotifications> makeNotifications(std::shared_ptr<SessionBus> bus,
+                                                                const platform::Platform& system,
+                                                                std::shared_ptr<platform::MainQueue> mainQueue,
+                                                                std::function<bool()> isInFront) {
+    const auto program = system.bundles->main();
+    const auto names = BusNames::of(*program);
+    FreedesktopUserNotifications::Parts parts{
+        std::move(bus),
+        std::move(mainQueue),
+        system.queues->make("zentavo.attachments", platform::QueueKind::serial),
+        system.attachmentFiles,
+        AppOnDesktop::of(*program),
+    };
+    if (names && names->app == program->identifier()) {
+        parts.notificationService = names->notificationService;
+    }
+    parts.isInFront = std::move(isInFront);
+    return FreedesktopUserNotifications::make(std::move(parts));
+}
+
+} // namespace
+
+DesktopProcess::DesktopProcess(std::shared_ptr<SessionBus> bus, std::shared_ptr<RemoteNotifications> remote,
+                               const platform::Platform& system, std::shared_ptr<platform::MainQueue> mainQueue,
+                               std::function<bool()> isInFront)
+    : log_(system.systemLog), remote_(std::move(remote)),
+      foreground_(std::make_shared<Foreground>(std::move(isInFront))), names_(namesOfApp(*system.bundles->main())),
+      notifications_(makeNotifications(bus, system, mainQueue, [front = foreground_] { return front->ask(); })),
+      service_(bus, names_ ? names_->notificationService : "") {
+    remote_->setMainQueue(std::move(mainQueue));
+    if (names_) {
+        AppEndpoint::open(*bus, names_->app, notifications_, remote_, log_);
+    } else if (!BusNames::of(*system.bundles->main())) {
+        log_->write(platform::LogLevel::info, "No pushes, and no clicks that start the app: the program has no bundle "
+                                              "identifier that can be a name on the message bus");
+    }
+}
+
+DesktopProcess& DesktopProcess::of(const platform::Platform& system, std::shared_ptr<platform::MainQueue> mainQueue,
+                                   std::function<bool()> isInFront) {
+    // For ever: the bus's thread may be at work while the process exits.
+    static auto& only = *new DesktopProcess(std::make_shared<SessionBus>(), RemoteNotifications::shared(), system,
+                                            mainQueue, isInFront);
+    only.notifications_->setMainQueue(mainQueue);
+    only.remote_->setMainQueue(std::move(mainQueue));
+    only.foreground_->replace(std::move(isInFront));
+    return only;
+}
+
+void DesktopProcess::registerForRemoteNotifications() const {
+    service_.registerForPushes([log = log_, remote = remote_](const std::string& reason) {
+        log->write(platform::LogLevel::info, "No registration for push notifications: " + reason);
+        remote->failed(reason);
+    });
+}
+
+} // namespace zentavo::desktop
