@@ -100,7 +100,8 @@ TEST_F(AppEndpointTest, SaysHowToShowWhatArrives) {
     app->userNotifications()->setDelegate(delegate);
     delegate->options = platform::presentBadge;
     const auto options = [&] {
-        const auto answer = tell("WillPresent", desktop::codec::write(platform::Notification{request("a")}).value(), "(u)");
+        const auto answer =
+            tell("WillPresent", desktop::codec::write(platform::Notification{request("a")}).value(), "(u)");
         guint32 mask = 100;
         if (answer) {
             g_variant_get(answer->get(), "(u)", &mask);
@@ -174,7 +175,7 @@ TEST_F(AppEndpointTest, AProgramWithoutAnIdentifierAndAnExtensionHaveNoPlaceOnTh
         EXPECT_TRUE(shown.all().at(0)) << "notifications work";
         EXPECT_EQ(memory.systemLog->entries().size(), *identifier == '\0' ? 2U : 1U);
     }
-    EXPECT_EQ(server.shown().at(0).hints.at("desktop-entry"), "'desktop_test'");
+    EXPECT_EQ(server.shown().at(0).hints.at("desktop-entry"), "'desktop_push_test'");
     EXPECT_EQ(server.shown().at(1).hints.at("desktop-entry"), "'com.example.host'");
 }
 

@@ -15,9 +15,12 @@ protected:
             return;
         }
         server.emplace(bus.address());
-        desktop_ = desktop::FreedesktopUserNotifications::make(
-            {session, memory.queues->mainQueue(), memory.queues->make("disk", platform::QueueKind::serial),
-             memory.attachmentFiles, {"Shop", "com.example.shop"}});
+        desktop_ =
+            desktop::FreedesktopUserNotifications::make({session,
+                                                         memory.queues->mainQueue(),
+                                                         memory.queues->make("disk", platform::QueueKind::serial),
+                                                         memory.attachmentFiles,
+                                                         {"Shop", "com.example.shop"}});
         center = desktop_;
     }
     void respond(const std::string& identifier) {
