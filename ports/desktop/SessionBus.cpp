@@ -137,26 +137,6 @@ public:
         g_dbus_node_info_unref(node);
     }
 
-    void serve(GDBusConnection* connection, const std::string& path, const char* interfaces,
-               const MethodHandler& handler) {
-        // The text is ours: one that cannot be read is a mistake that the first test sees.
-        GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(interfaces, nullptr);
-        g_assert(node != nullptr);
-        static constexpr GDBusInterfaceVTable methods{
-            [](GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*,
-               GDBusMethodInvocation* invocation,
-               gpointer data) { (*static_cast<MethodHandler*>(data))(MethodCall(invocation)); },
-            nullptr,
-            nullptr,
-            {}};
-        for (GDBusInterfaceInfo** each = node->interfaces; *each != nullptr; ++each) {
-            const guint id = g_dbus_connection_register_object(
-                connection, path.c_str(), *each, &methods, new MethodHandler(handler), drop<MethodHandler>, nullptr);
-            keep([connection, id] { g_dbus_connection_unregister_object(connection, id); });
-        }
-        g_dbus_node_info_unref(node);
-    }
-
 private:
     /// Hands blocks over under a lock of ours, not the library's: sanitizers see into ours alone.
     struct Pump {
