@@ -33,9 +33,11 @@ protected:
     }
     std::shared_ptr<desktop::FreedesktopUserNotifications> makeCenter() {
         session = std::make_shared<desktop::SessionBus>();
-        return desktop::FreedesktopUserNotifications::make(
-            {session, memory.queues->mainQueue(), memory.queues->make("disk", platform::QueueKind::serial),
-             memory.attachmentFiles, {"Shop", "com.example.shop"}});
+        return desktop::FreedesktopUserNotifications::make({session,
+                                                            memory.queues->mainQueue(),
+                                                            memory.queues->make("disk", platform::QueueKind::serial),
+                                                            memory.attachmentFiles,
+                                                            {"Shop", "com.example.shop"}});
     }
 
     const std::shared_ptr<desktop::FreedesktopUserNotifications> center = makeCenter();
