@@ -79,7 +79,8 @@ void AppEndpoint::open(SessionBus& bus, const std::string& name,
     bus.own(name, [log, name](bool ours) {
         if (!ours) {
             log->write(platform::LogLevel::info, "Clicks on notifications do not come here while another program, or "
-                                                 "nobody, has the name " + name + " on the message bus");
+                                                 "nobody, has the name " +
+                                                     name + " on the message bus");
         }
     });
 }

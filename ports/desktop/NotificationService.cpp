@@ -115,8 +115,18 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
         platform, *bus,
         {*names, options.description.empty() ? app.name : std::move(options.description), std::move(options.vapid)},
         std::move(makeExtension),
-        {.respond = [centre](platform::NotificationResponse response) { centre->respond(std::move(response)); },
-         .busy = [delegate] { return delegate->waiting() > 0; },
+        // The bus keeps these, and what it keeps must not keep the bus.
+        {.respond =
+             [weak = std::weak_ptr(centre)](platform::NotificationResponse response) {
+                 if (const auto shows = weak.lock()) {
+                     shows->respond(std::move(response));
+                 }
+             },
+         .busy =
+             [weak = std::weak_ptr(delegate)] {
+                 const auto tells = weak.lock();
+                 return tells && tells->waiting() > 0;
+             },
          .ended =
              [end](bool name) {
                  end->status = name ? 0 : 1;
@@ -131,7 +141,7 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
             end->signals.wait();
         }
     }
-    platform->attach(before); // the bus ends with the last who holds it
+    platform->attach(before); // the bus ends with the last who holds it, and says what it has still to say
     return end->status;
 }
 

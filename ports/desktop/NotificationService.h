@@ -20,9 +20,10 @@ struct NotificationServiceOptions {
 /// All that the main function of a notification-service extension does:
 ///
 ///     int main() {
+///         const auto platform = zentavo::linux_port::makeLinuxPlatform();
+///         const auto sdk = std::make_shared<zentavo::Zentavo>(platform);
 ///         return zentavo::desktop::runNotificationService(
-///             zentavo::linux_port::makeLinuxPlatform(),
-///             [] { return std::make_shared<zentavo::ZentavoNotificationService>(); });
+///             platform, [sdk] { return std::make_shared<zentavo::ZentavoNotificationService>(sdk); });
 ///     }
 ///
 /// Receives the pushes of the app that the program belongs to, hands those with "mutable-content" to an extension that

@@ -32,8 +32,11 @@ bool saysUnknown(const GError* error) {
 Error taken(GError* error) {
     // What the other side calls its error stands in front of the text; a reader has no use for that.
     g_dbus_error_strip_remote_error(error);
-    Error result{error->message};
+    // Copied by the library, which wrote it on a thread of its own: sanitizers do not see how it was handed over.
+    char* message = g_strdup(error->message);
     g_error_free(error);
+    Error result{message};
+    g_free(message);
     return result;
 }
 

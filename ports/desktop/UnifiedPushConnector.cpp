@@ -32,12 +32,7 @@ public:
     }
 
     void request() {
-        const std::string chosen = store_.chosenDistributor();
-        if (registration_ && (chosen.empty() || chosen == registration_->distributor)) {
-            tellEndpoint();
-        } else {
-            asked_ = true;
-        }
+        asked_ = true;
         renew();
     }
 
@@ -75,6 +70,7 @@ private:
     void tellEndpoint() {
         asked_ = registration_->endpoint.empty();
         if (!asked_) {
+            failed_ = false;
             handlers_.tokenChanged(registration_->senderText());
         }
     }
@@ -82,6 +78,7 @@ private:
     void fail(const std::string& why) {
         warn(why);
         if (std::exchange(asked_, false)) {
+            failed_ = true;
             handlers_.registrationFailed(why);
         }
     }
@@ -100,7 +97,7 @@ private:
     void registerWith(const std::string& distributor, const std::vector<std::string>& names) {
         const bool moves = registration_ && registration_->distributor != distributor;
         if (distributor.empty() || (moves && !asked_ && distributor != store_.chosenDistributor())) {
-            // Without being asked we leave the one that we have for none but the host's own choice: it may come back.
+            // It may come back. Unless the app waits, we leave it for none but the host's own choice.
             registering_ = false;
             if (registration_) {
                 watch(registration_->distributor);
@@ -117,6 +114,9 @@ private:
             store_.save(*registration_);
         }
         watch(distributor);
+        if (asked_) {
+            tellEndpoint(); // it need not wait for the distributor, which seldom says anything new
+        }
         distributors_.add(distributor,
                           {settings_.service, registration_->token, settings_.description, settings_.vapid},
                           [self = shared_from_this(), token = registration_->token](const Result<int>& version) {
@@ -139,7 +139,7 @@ private:
             registration_->endpoint.clear();
             store_.save(*registration_);
         }
-        if (asked_) {
+        if (asked_ || failed_) {
             tellEndpoint();
         }
     }
@@ -201,9 +201,7 @@ private:
         }
         auto endpoint = readPushEndpoint(call.endpoint);
         if (!endpoint) {
-            if (std::exchange(asked_, false)) {
-                handlers_.registrationFailed(endpoint.error().message);
-            }
+            fail(endpoint.error().message);
             return endpoint.error();
         }
         const bool changed = registration_->endpoint != *endpoint || registration_->version != call.version;
@@ -237,6 +235,7 @@ private:
     std::optional<PushRegistration> registration_;
     std::set<std::string> watched_;
     bool asked_ = false;       ///< the app waits for an answer
+    bool failed_ = false;      ///< the last that the app was told is that there are no pushes
     bool registering_ = false; ///< a distributor has been asked and has not answered
     bool away_ = false;        ///< our distributor has left the bus since it last took the registration
 };

@@ -93,12 +93,9 @@ TEST_F(ForwardingDelegateTest, WhatCannotBeToldWaitsForTheApp) {
 TEST_F(ForwardingDelegateTest, AnAppThatHasItsNameAndNothingElseYetIsToldLater) {
     FakeApp app(bus.address(), false);
     ASSERT_TRUE(until([&] {
-        return ForwardingDelegateTest::DesktopTest::ask({"org.freedesktop.DBus",
-                                                         "/org/freedesktop/DBus",
-                                                         "org.freedesktop.DBus",
-                                                         "GetNameOwner",
-                                                         desktop::Variant::share(g_variant_new("(s)", appName)),
-                                                         "(s)"})
+        return ForwardingDelegateTest::DesktopTest::ask({"org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                         "org.freedesktop.DBus", "GetNameOwner",
+                                                         desktop::Variant::share(g_variant_new("(s)", appName)), "(s)"})
             .ok();
     }));
     respond("a");
@@ -111,7 +108,8 @@ TEST_F(ForwardingDelegateTest, AnAppThatHasItsNameAndNothingElseYetIsToldLater) 
 
 TEST_F(ForwardingDelegateTest, AClickStartsTheApp) {
     const auto started = bus.folder() / "started";
-    const PrivateBus starting({{appName, "/usr/bin/touch " + started.string()}});
+    const PrivateBus starting(
+        {PrivateBus::Startable{appName, "/bin/sh -c \"touch " + started.string() + "; exit 1\""}});
     session = std::make_shared<SessionBus>(starting.address());
     const auto starter = ForwardingDelegate::make(session, appName, memory.systemLog);
     starter->userNotificationCenter(*memory.userNotifications, platform::Notification{request("a")}, [](auto) {});

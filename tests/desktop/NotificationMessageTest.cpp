@@ -57,9 +57,8 @@ TEST(NotificationMessageTest, TextThatTheBusWouldNotCarryIsMadeToFit) {
     content.categoryIdentifier = "\xFF";
     content.attachments = {{"one", "relative.jpg"}};
     content.userInfo = {{"aps", Map{{"actionButtons", Map{{"button1", Map{{"id", "x"}, {"label", "\xFF"}}}}}}}};
-    EXPECT_THAT(printed(content, {true, true}),
-                AllOf(HasSubstr("'a�b', '�('"), HasSubstr("'button1', '�'"), HasSubstr("message-new-instant"),
-                      Not(HasSubstr("image-path"))));
+    EXPECT_THAT(printed(content, {true, true}), AllOf(HasSubstr("'a�b', '�('"), HasSubstr("'button1', '�'"),
+                                                      HasSubstr("message-new-instant"), Not(HasSubstr("image-path"))));
 }
 
 TEST(NotificationActionsTest, ButtonsOfThePushThenOfItsCategory) {
@@ -70,7 +69,8 @@ TEST(NotificationActionsTest, ButtonsOfThePushThenOfItsCategory) {
                                                           {"button2", button("later", "Later")},
                                                           {"button3", button("never", "Never")}}}}}};
     const std::vector<platform::NotificationCategory> categories{
-        {"other", {{"no", "No"}}}, {"news", {{"later", "Another later"}, {"mute", "Mute"}, {"", "Nothing"}, {"x", ""}}}};
+        {"other", {{"no", "No"}}},
+        {"news", {{"later", "Another later"}, {"mute", "Mute"}, {"", "Nothing"}, {"x", ""}}}};
     const DesktopAction open{"default", "Open", platform::defaultActionIdentifier};
     EXPECT_THAT(actionsOf(content, categories, true),
                 ElementsAre(open, DesktopAction{"button1", "Read", "read"}, DesktopAction{"button2", "Later", "later"},
@@ -111,7 +111,7 @@ TEST(NotificationCodecTest, ReadsWhatItWroteAndNothingElse) {
 
 TEST(BusNamesTest, ExtensionsAreNamedAfterTheirApp) {
     const auto names = [](const char* identifier) {
-        return desktop::BusNames::of(*testing::MemoryBundles({{"CFBundleIdentifier", identifier}}).main());
+        return desktop::BusNames::of(*testing::MemoryBundles("/memory/Shop.app", identifier).main());
     };
     const desktop::BusNames shop{"example.shop", "example.shop.NotificationService",
                                  "example.shop.NotificationContent"};
@@ -119,8 +119,8 @@ TEST(BusNamesTest, ExtensionsAreNamedAfterTheirApp) {
          {"example.shop", "example.shop.NotificationService", "example.shop.NotificationContent"}) {
         EXPECT_EQ(names(identifier), shop) << identifier;
     }
-    for (const char* identifier : {"", "shop", "example..shop", "example.1shop", ":1.2", "example.sh\xC3\xB6p",
-                                   ".NotificationService"}) {
+    for (const char* identifier :
+         {"", "shop", "example..shop", "example.1shop", ":1.2", "example.sh\xC3\xB6p", ".NotificationService"}) {
         EXPECT_EQ(names(identifier), std::nullopt) << identifier;
     }
 }

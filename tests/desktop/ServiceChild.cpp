@@ -12,9 +12,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     const auto platform = linux_port::makeLinuxPlatform({.dataFolder = argv[1], .mainBundle = argv[2]});
-    Zentavo::setShared(std::make_shared<Zentavo>(platform));
-    const int status =
-        desktop::runNotificationService(platform, [] { return std::make_shared<ZentavoNotificationService>(); });
-    Zentavo::setShared(nullptr);
-    return status;
+    const auto sdk = std::make_shared<Zentavo>(platform);
+    return desktop::runNotificationService(platform,
+                                           [sdk] { return std::make_shared<ZentavoNotificationService>(sdk); });
 }

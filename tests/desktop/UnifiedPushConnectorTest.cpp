@@ -258,14 +258,24 @@ TEST_F(UnifiedPushConnectorTest, AStartWithoutTheDistributorWaitsForItAndAsksNoO
     distributor = std::make_unique<FakeDistributor>(bus.address(), "One", 1);
     EXPECT_EQ(distributor->asked.next().token, token);
     EXPECT_TRUE(other.asked.empty());
+
+    // The app is not left with an endpoint that nobody serves any more.
+    distributor.reset();
+    EXPECT_NE(registered(other, receiver, 1), token);
+    EXPECT_EQ(receiver.told(), std::string("token ") + endpoint);
 }
 
-TEST_F(UnifiedPushConnectorTest, WithoutADistributorTheAppIsToldWhenItAsks) {
+TEST_F(UnifiedPushConnectorTest, WithoutADistributorTheAppIsToldWhenItAsksAndAgainWhenOneIsBack) {
     Receiver receiver(bus, memory.platform());
     receiver.request();
     EXPECT_EQ(receiver.told(), "failed there is no distributor of pushes");
-    FakeDistributor distributor(bus.address(), "One", 1);
-    registered(distributor, receiver, 1);
+    auto distributor = std::make_unique<FakeDistributor>(bus.address(), "One", 1);
+    registered(*distributor, receiver, 1);
+    EXPECT_EQ(receiver.told(), std::string("token ") + endpoint);
+    distributor.reset();
+    receiver.request();
+    EXPECT_EQ(receiver.told(), "failed there is no distributor of pushes");
+    distributor = std::make_unique<FakeDistributor>(bus.address(), "One", 1);
     EXPECT_EQ(receiver.told(), std::string("token ") + endpoint);
 }
 
