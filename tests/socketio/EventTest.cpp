@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-using EventTest = test::ManagerTest;
+class EventTest : public test::ManagerFixture {};
 
 TEST_F(EventTest, callsHandlersOnceEachAndNoneThatIsGone) {
     start();

@@ -16,7 +16,7 @@ namespace zentavo::socketio::test {
 using namespace std::chrono_literals;
 
 /// A manager and its sockets between a scripted server and a turned clock. What handlers hear is written down.
-class ManagerTest : public ::testing::Test {
+class ManagerFixture : public ::testing::Test {
 protected:
     void start(ManagerOptions options = {}) {
         options.transports = {TransportKind::webSocket};

@@ -11,7 +11,7 @@ namespace {
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 
-using NamespaceTest = test::ManagerTest;
+class NamespaceTest : public test::ManagerFixture {};
 
 TEST_F(NamespaceTest, joinsSeveralNamespacesOverOneConnection) {
     start();

@@ -13,7 +13,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-using ReconnectionTest = test::ManagerTest;
+class ReconnectionTest : public test::ManagerFixture {};
 
 TEST_F(ReconnectionTest, reconnectsAsksForAuthAnewAndJoinsAgain) {
     start();
