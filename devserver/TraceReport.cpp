@@ -26,10 +26,8 @@ constexpr std::array<MemberRule, 4> campaignRules{{{"story_id", Kind::integer},
                                                    {"template", Kind::text},
                                                    {"capped", Kind::map, Need::optional},
                                                    {"type_dropped", Kind::any, Need::optional}}};
-constexpr std::array<MemberRule, 4> cappedRules{{{"level", Kind::filledText},
-                                                 {"event", Kind::text},
-                                                 {"counter", Kind::integer},
-                                                 {"limit", Kind::integer}}};
+constexpr std::array<MemberRule, 4> cappedRules{
+    {{"level", Kind::filledText}, {"event", Kind::text}, {"counter", Kind::integer}, {"limit", Kind::integer}}};
 
 using Words = std::pair<std::string_view, std::string_view>;
 constexpr std::array<Words, 6> outcomes{{{"noAnswer", "not shown: the app got no answer"},
@@ -124,7 +122,8 @@ std::string TraceReport::verdict() const {
     if (outcome == "nothingToShow") {
         std::string reasons;
         for (const Campaign& campaign : campaigns) {
-            reasons += (reasons.empty() ? ": " : "; ") + ("story " + std::to_string(campaign.story)) + " is " + campaign.leftOut;
+            reasons += (reasons.empty() ? ": " : "; ") + ("story " + std::to_string(campaign.story)) + " is " +
+                       campaign.leftOut;
             if (reasons.size() > longestText) {
                 reasons += " …";
                 break;
