@@ -1,0 +1,33 @@
+#include "popup/PageStages.h"
+
+namespace bench {
+
+PageStages::PageStages(WebKitWebView* view) : view_(static_cast<WebKitWebView*>(g_object_ref(view))) {
+    g_signal_connect(view, "load-changed", G_CALLBACK(&PageStages::loadChanged), this);
+    g_signal_connect(webkit_web_view_get_user_content_manager(view), "script-message-received::eventHandler",
+                     G_CALLBACK(&PageStages::messageCame), this);
+}
+
+PageStages::~PageStages() {
+    g_signal_handlers_disconnect_by_data(view_, this);
+    g_signal_handlers_disconnect_by_data(webkit_web_view_get_user_content_manager(view_), this);
+    g_object_unref(view_);
+}
+
+void PageStages::loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer self) {
+    auto& stages = *static_cast<PageStages*>(self);
+    if (event == WEBKIT_LOAD_COMMITTED) {
+        stages.committed = now();
+    } else if (event == WEBKIT_LOAD_FINISHED) {
+        stages.finished = now();
+    }
+}
+
+void PageStages::messageCame(WebKitUserContentManager*, JSCValue*, gpointer self) {
+    auto& stages = *static_cast<PageStages*>(self);
+    if (stages.spoke == Moment()) {
+        stages.spoke = now();
+    }
+}
+
+} // namespace bench
