@@ -1,5 +1,7 @@
 #include "popup/BarePage.h"
 
+#include "popup/PageStages.h"
+
 namespace bench {
 
 namespace {
@@ -49,8 +51,10 @@ void BarePage::loadChanged(WebKitWebView* view, WebKitLoadEvent event, gpointer 
     }
 }
 
-void BarePage::messageCame(WebKitUserContentManager*, JSCValue*, gpointer self) {
-    gtk_widget_set_opacity(static_cast<BarePage*>(self)->view(), 1); // the first thing that a page says is its size
+void BarePage::messageCame(WebKitUserContentManager*, JSCValue* message, gpointer self) {
+    if (PageStages::isSize(message)) {
+        gtk_widget_set_opacity(static_cast<BarePage*>(self)->view(), 1);
+    }
 }
 
 } // namespace bench

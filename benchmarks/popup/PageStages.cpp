@@ -23,9 +23,18 @@ void PageStages::loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer sel
     }
 }
 
-void PageStages::messageCame(WebKitUserContentManager*, JSCValue*, gpointer self) {
+bool PageStages::isSize(JSCValue* message) {
+    JSCValue* type = jsc_value_object_get_property(message, "type");
+    char* text = jsc_value_to_string(type);
+    const bool is = g_strcmp0(text, "zentavo-cdp-campaign-size") == 0;
+    g_free(text);
+    g_object_unref(type);
+    return is;
+}
+
+void PageStages::messageCame(WebKitUserContentManager*, JSCValue* message, gpointer self) {
     auto& stages = *static_cast<PageStages*>(self);
-    if (stages.spoke == Moment()) {
+    if (stages.spoke == Moment() && isSize(message)) {
         stages.spoke = now();
     }
 }

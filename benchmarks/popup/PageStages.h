@@ -21,6 +21,9 @@ public:
     Moment finished;
     Moment spoke;
 
+    /// Whether a page says its size: it may say other things before, and finds its size out by laying itself out.
+    static bool isSize(JSCValue* message);
+
 private:
     static void loadChanged(WebKitWebView* view, WebKitLoadEvent event, gpointer self);
     static void messageCame(WebKitUserContentManager* manager, JSCValue* value, gpointer self);

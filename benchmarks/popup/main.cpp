@@ -205,7 +205,8 @@ int main(int argc, char** argv) {
     line("the same, with the SDK's settings of the engine", ownEngineTimes, "ms");
     ownEngineProfile.print();
     std::printf("%-58s %9.2f\n", "ratio", bench::median(sdkTimes) / bench::median(bareTimes));
-    std::printf("%-58s %9.2f\n", "ratio with the same settings", bench::median(sdkTimes) / bench::median(ownEngineTimes));
+    std::printf("%-58s %9.2f\n", "ratio with the same settings",
+                bench::median(sdkTimes) / bench::median(ownEngineTimes));
     std::printf("%-58s %9.1f MB\n", "processes of the host before the first message", before / 1024);
     line("with a message on screen", open, "MB");
     line("with the bare page on screen", bareOpen, "MB");
