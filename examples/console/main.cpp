@@ -17,9 +17,9 @@
 #include <zentavo/foundation/Hex.h>
 #include <zentavo/foundation/JSON.h>
 
-#include "../support/TracePost.h"
 #include "InboxVerbs.h"
 #include "ObservedPlatform.h"
+#include "examples/support/TracePost.h"
 
 using namespace zentavo;
 

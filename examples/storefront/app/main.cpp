@@ -15,10 +15,10 @@
 #include <ports/linux/LinuxPlatform.h>
 #include <zentavo/Zentavo.h>
 
-#include "../../support/TracePost.h"
 #include "ShopWindow.h"
 #include "Style.h"
 #include "Tour.h"
+#include "examples/support/TracePost.h"
 
 namespace {
 
