@@ -22,7 +22,7 @@ std::vector<Record> takeEntries(std::map<std::string, std::vector<Record>>& data
 
 InboxItemAPIResponse InboxItemAPIResponse::decode(KeyedDecoder& decoder, RecordLists<Record>& lists) {
     InboxItemAPIResponse response;
-    response.data = decoder.nested("data", [&](KeyedDecoder& data) { return lists.in(data); });
+    response.data = decoder.nested("data", [&](KeyedDecoder& members) { return lists.in(members); });
     decodeRest(decoder, response);
     return response;
 }
@@ -31,7 +31,7 @@ std::vector<InboxItem> InboxItemAPIResponse::entries() && { return takeEntries(d
 
 CatalogAPIResponse CatalogAPIResponse::decode(KeyedDecoder& decoder, RecordLists<Record>& lists) {
     CatalogAPIResponse response;
-    response.data = decoder.nested("data", [&](KeyedDecoder& data) { return lists.in(data); });
+    response.data = decoder.nested("data", [&](KeyedDecoder& members) { return lists.in(members); });
     decodeRest(decoder, response);
     return response;
 }
@@ -47,10 +47,10 @@ GetMessageByIdAPIResponse GetMessageByIdAPIResponse::decode(KeyedDecoder& decode
 
 UnreadMessageAPIResponse UnreadMessageAPIResponse::decode(KeyedDecoder& decoder) {
     UnreadMessageAPIResponse response;
-    response.data = decoder.nested("data", [](KeyedDecoder& data) {
+    response.data = decoder.nested("data", [](KeyedDecoder& members) {
         std::map<std::string, std::int64_t> counts;
-        for (const auto& [key, value] : data.source()) {
-            counts.emplace(key, data.integer(key));
+        for (const auto& [key, value] : members.source()) {
+            counts.emplace(key, members.integer(key));
         }
         return counts;
     });
