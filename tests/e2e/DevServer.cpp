@@ -57,6 +57,17 @@ std::map<std::string, std::int64_t> DevServer::inboxStates(const std::string& us
     return found;
 }
 
+std::vector<std::string> DevServer::verdicts() const {
+    httplib::Client client(url_);
+    const auto answer = client.Get("/_dev/deliveries");
+    const Map all = answer ? json::readMap(answer->body).value() : Map{{"deliveries", List()}};
+    std::vector<std::string> verdicts;
+    for (const Value& delivery : *all.find("deliveries")->asList()) {
+        verdicts.push_back(*delivery.asMap()->find("verdict")->asString());
+    }
+    return verdicts;
+}
+
 std::vector<Map> DevServer::events(std::size_t count) const {
     std::vector<Map> bodies;
     for (const Map& request : requests("/event", count)) {

@@ -28,6 +28,8 @@ public:
     std::vector<Map> requests(const std::string& path, std::size_t count) const;
     /// The messages of the server's inbox store as `user` has them, by id: 1 unread, 2 read, 3 removed.
     std::map<std::string, std::int64_t> inboxStates(const std::string& user) const;
+    /// What the server says became of each in-app delivery, the newest first.
+    std::vector<std::string> verdicts() const;
     /// The bodies of the events that came.
     std::vector<Map> events(std::size_t count) const;
 

@@ -18,6 +18,7 @@
 #include "ShopWindow.h"
 #include "Style.h"
 #include "Tour.h"
+#include "examples/support/TracePost.h"
 
 namespace {
 
@@ -55,6 +56,8 @@ int main(int argc, char** argv) {
     const auto sdk = std::make_shared<zentavo::Zentavo>(platform);
     zentavo::Zentavo::setShared(sdk);
     sdk->setEndpoints(zentavo::Endpoints::all(options.server));
+    // So that the dev server's page can say why a message was not shown.
+    sdk->setDeliveryTraceCallback(examples::TracePost(platform, options.server));
 
     const auto app = Gtk::Application::create("example.nordlys.shop", Gio::Application::Flags::NON_UNIQUE);
     std::unique_ptr<storefront::ShopWindow> window;
