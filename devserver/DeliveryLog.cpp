@@ -12,6 +12,8 @@ namespace {
 
 /// Names come from outside and are kept for long.
 constexpr std::size_t longestName = 200;
+/// Bytes by which an event is recognised in an app's trace.
+constexpr std::size_t comparedName = 60;
 
 std::string shortened(const std::string& text) {
     return text.size() <= longestName ? text : utf8Text(text.substr(0, longestName)) + "…";
@@ -65,7 +67,7 @@ std::string DeliveryLog::Offer::verdict() const {
     return "nothing heard of it yet";
 }
 
-Map DeliveryLog::Offer::map() const {
+Map DeliveryLog::Offer::map(const TraceReport::Campaign* traced) const {
     return {{"name", name},
             {"story_id", story},
             {"template", type},
@@ -78,6 +80,7 @@ Map DeliveryLog::Offer::map() const {
             {"impression", impressions},
             {"viewable", viewables},
             {"click", clicks},
+            {"left_out", traced != nullptr ? traced->leftOut : std::string()},
             {"verdict", verdict()}};
 }
 
@@ -92,6 +95,11 @@ std::string DeliveryLog::Entry::verdict() const {
         return offer.impressions + offer.viewables + offer.clicks > 0 || offer.layoutAsked || offer.contentGiven ||
                !offer.contentRefused.empty();
     });
+    if (trace && (heard == offers.end() || !trace->isPresented() || !trace->closedBy.empty())) {
+        return trace->isPresented() && trace->chosen && *trace->chosen < offers.size()
+                   ? offers[*trace->chosen].name + ": " + trace->verdict()
+                   : trace->verdict();
+    }
     if (heard != offers.end()) {
         return heard->name + ": " + heard->verdict();
     }
@@ -102,10 +110,19 @@ std::string DeliveryLog::Entry::verdict() const {
            "or met no user interface";
 }
 
+bool DeliveryLog::Entry::fits(const TraceReport& report) const {
+    // Traces cut long names elsewhere.
+    const auto beginning = [](std::string_view name) { return name.substr(0, comparedName); };
+    return beginning(event) == beginning(report.event) &&
+           (!report.isRead() ||
+            std::ranges::equal(report.campaigns, offers, {}, &TraceReport::Campaign::story, &Offer::story));
+}
+
 Map DeliveryLog::Entry::map() const {
     List campaigns;
-    for (const Offer& offer : offers) {
-        campaigns.emplace_back(offer.map());
+    for (std::size_t i = 0; i < offers.size(); ++i) {
+        const bool told = trace && i < trace->campaigns.size();
+        campaigns.emplace_back(offers[i].map(told ? &trace->campaigns[i] : nullptr));
     }
     return {{"number", static_cast<std::int64_t>(number)},
             {"time", utcTimestamp(time)},
@@ -113,6 +130,7 @@ Map DeliveryLog::Entry::map() const {
             {"event", event},
             {"uid", uid},
             {"campaigns", std::move(campaigns)},
+            {"traced", trace ? trace->verdict() : std::string()},
             {"verdict", verdict()}};
 }
 
@@ -195,6 +213,20 @@ void DeliveryLog::tracked(std::uint64_t delivery, std::int64_t story, std::strin
     if (offer != entry->offers.end()) {
         ++(what == "click" ? offer->clicks : what == "viewable" ? offer->viewables : offer->impressions);
     }
+}
+
+std::uint64_t DeliveryLog::traced(const TraceReport& report) {
+    MutexLock lock(mutex_);
+    const auto entry = std::find_if(entries_.rbegin(), entries_.rend(), [&](const Entry& each) {
+        const bool continues = each.trace && each.trace->isPresented() && each.trace->closedBy.empty() &&
+                               each.trace->chosen == report.chosen;
+        return each.fits(report) && (report.closedBy.empty() ? !each.trace : continues);
+    });
+    if (entry == entries_.rend()) {
+        return 0;
+    }
+    entry->trace = report;
+    return entry->number;
 }
 
 void DeliveryLog::clear() {

@@ -3,18 +3,20 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "devserver/Campaigns.h"
 #include "devserver/Service.h"
+#include "devserver/TraceReport.h"
 #include "zentavo/foundation/Mutex.h"
 
 namespace zentavo::devserver {
 
 /// The last deliveries, and what was heard of each since: why something was shown, or was not, as far as this end can
-/// know. For any thread.
+/// know, or as apps say themselves. For any thread.
 class DeliveryLog {
 public:
     static constexpr std::size_t mostKept = 500;
@@ -31,6 +33,11 @@ public:
     std::uint64_t contentAsked(std::int64_t story, const std::string& refusal);
     /// A tracking URL was asked for: "impression", "viewable" or "click".
     void tracked(std::uint64_t delivery, std::int64_t story, std::string_view what);
+
+    /// The app says what became of a delivery. A trace has no number to tell it by, so it belongs to the newest of its
+    /// event that offered its campaigns and has none yet; one that tells of a closing, to the newest that it continues.
+    /// Returns the delivery, 0 when none is kept.
+    std::uint64_t traced(const TraceReport& report);
 
     void clear();
     /// The newest first.
@@ -53,7 +60,7 @@ private:
         std::int64_t clicks = 0;
 
         std::string verdict() const;
-        Map map() const;
+        Map map(const TraceReport::Campaign* traced) const;
     };
     struct Entry {
         std::uint64_t number = 0;
@@ -63,7 +70,9 @@ private:
         std::string uid;
         std::string refusal;
         std::vector<Offer> offers;
+        std::optional<TraceReport> trace;
 
+        bool fits(const TraceReport& report) const;
         std::string verdict() const;
         Map map() const;
     };

@@ -83,6 +83,7 @@ const std::vector<DevAPI::Entry>& DevAPI::entries() {
         {"POST", "/_dev/inbox", &DevAPI::addToInbox},
         {"GET", "/_dev/deliveries", &DevAPI::listDeliveries},
         {"DELETE", "/_dev/deliveries", &DevAPI::clearDeliveries},
+        {"POST", "/_dev/trace", &DevAPI::takeTrace},
         {"GET", "/_dev/campaigns", &DevAPI::listCampaigns},
         {"POST", "/_dev/campaigns", &DevAPI::switchCampaigns},
         {"GET", "/_dev/preview", &DevAPI::preview},
@@ -306,6 +307,28 @@ void DevAPI::listDeliveries(const Call& call) {
 void DevAPI::clearDeliveries(const Call& call) {
     deliveries_.clear();
     answer(call.response, 200, Map{{"status", "ok"}});
+}
+
+/// An app's own word on a delivery.
+void DevAPI::takeTrace(const Call& call) {
+    Problems problems;
+    std::optional<TraceReport> report;
+    if (call.request.body.size() > TraceReport::maximumBytes) {
+        problems.add("the body has " + std::to_string(call.request.body.size()) + " bytes; a trace has at most " +
+                     std::to_string(TraceReport::maximumBytes));
+    } else if (const auto record = json::readMap(call.request.body)) {
+        report = TraceReport::from(*record, problems);
+    } else {
+        problems.add("the body cannot be read: " + utf8Text(record.error().message));
+    }
+    if (refused(call.response, problems, "this is no trace of a delivery")) {
+        return;
+    }
+    if (const std::uint64_t delivery = deliveries_.traced(*report); delivery != 0) {
+        answer(call.response, 200, Map{{"status", "ok"}, {"delivery", static_cast<std::int64_t>(delivery)}});
+    } else {
+        answer(call.response, 404, Map{{"error", "no delivery that is kept fits this trace"}});
+    }
 }
 
 void DevAPI::listCampaigns(const Call& call) {

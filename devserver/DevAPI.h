@@ -79,6 +79,7 @@ private:
     void addToInbox(const Call& call);
     void listDeliveries(const Call& call);
     void clearDeliveries(const Call& call);
+    void takeTrace(const Call& call);
     void listCampaigns(const Call& call);
     void switchCampaigns(const Call& call);
     void preview(const Call& call);

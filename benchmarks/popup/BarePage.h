@@ -12,7 +12,10 @@ namespace bench {
 /// page has said its size. What this takes is the engine's own time.
 class BarePage {
 public:
-    BarePage(GtkOverlay* overlay, const std::string& url, std::string script);
+    /// The engine as it comes, or as the SDK sets it up: kept apart from the host's, without memory of earlier pages.
+    enum class Engine { standard, likeOurs };
+
+    BarePage(GtkOverlay* overlay, const std::string& url, std::string script, Engine engine);
     ~BarePage();
     BarePage(const BarePage&) = delete;
     BarePage& operator=(const BarePage&) = delete;

@@ -1,11 +1,14 @@
 // From the delivery service's answer to a message that is seen, beside the engine's own time for the same page; and what
 // a message takes in memory. Needs a screen: scripts/with-display zentavo-bench-popup [REPEATS]
 
+#include <array>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +21,7 @@
 
 #include "popup/BarePage.h"
 #include "popup/ObservedSession.h"
+#include "popup/PageStages.h"
 #include "popup/ProcessTree.h"
 #include "popup/Stopwatch.h"
 #include "support/Statistics.h"
@@ -77,6 +81,28 @@ void line(const char* what, const std::vector<double>& samples, const char* unit
                 bench::percentile(samples, 1.0));
 }
 
+/// Where the time of a message goes, step by step.
+class Profile {
+public:
+    void add(Moment begun, const bench::PageStages& stages, Moment seen) {
+        const Moment ends[] = {stages.made, stages.committed, stages.finished, stages.spoke, seen};
+        for (std::size_t i = 0; i < std::size(ends); ++i) {
+            times_.at(i).push_back(bench::milliseconds(begun, ends[i]));
+            begun = ends[i];
+        }
+    }
+    void print() const {
+        constexpr const char* names[] = {"  its page is made", "  the first bytes are there", "  it has loaded",
+                                         "  it has said its size", "  it is seen"};
+        for (std::size_t i = 0; i < times_.size(); ++i) {
+            line(names[i], times_.at(i), "ms");
+        }
+    }
+
+private:
+    std::array<std::vector<double>, 5> times_;
+};
+
 /// The script of the one campaign in an answer.
 std::string scriptIn(const std::string& answer) {
     const auto map = zentavo::json::readMap(answer);
@@ -113,6 +139,10 @@ int main(int argc, char** argv) {
     sdk->activate({"4711", "555", "group.bench", "42"});
     settle();
 
+    Profile sdkProfile;
+    Profile bareProfile;
+    Profile ownEngineProfile;
+    std::vector<double> ownEngineTimes;
     std::vector<double> sdkTimes;
     std::vector<double> bareTimes;
     std::vector<double> open;
@@ -124,8 +154,16 @@ int main(int argc, char** argv) {
     for (int i = 0; i <= repeats; ++i) { // the first round warms up
         answer.came = Moment();
         sdk->track(zentavo::CDPEvent(*sdk, campaign));
-        runUntil([&] { return isSeen(pageIn(GTK_WIDGET(window))); }, "a message");
-        const double took = bench::milliseconds(answer.came, bench::now());
+        GtkWidget* shown = nullptr;
+        runUntil([&] { return (shown = pageIn(GTK_WIDGET(window))) != nullptr; }, "a page");
+        std::optional<bench::PageStages> stages(WEBKIT_WEB_VIEW(shown));
+        runUntil([&] { return isSeen(shown); }, "a message");
+        const Moment seen = bench::now();
+        const double took = bench::milliseconds(answer.came, seen);
+        if (i > 0) {
+            sdkProfile.add(answer.came, *stages, seen);
+        }
+        stages.reset();
         settle();
         const auto memory = static_cast<double>(bench::treeKilobytes());
         webkit_web_view_evaluate_javascript(
@@ -136,14 +174,24 @@ int main(int argc, char** argv) {
         settle();
         const auto after = static_cast<double>(bench::treeKilobytes());
 
-        const Moment begun = bench::now();
-        const bench::BarePage bare(overlay, page, scriptIn(answer.text));
-        runUntil([&] { return gtk_widget_get_opacity(bare.view()) > 0; }, "the bare page");
-        const double bareTook = bench::milliseconds(begun, bench::now());
+        const auto showBare = [&](bench::BarePage::Engine engine, Profile& profile, std::vector<double>& times) {
+            const Moment begun = bench::now();
+            auto bare = std::make_unique<bench::BarePage>(overlay, page, scriptIn(answer.text), engine);
+            const bench::PageStages bareStages(WEBKIT_WEB_VIEW(bare->view()));
+            runUntil([&] { return gtk_widget_get_opacity(bare->view()) > 0; }, "the bare page");
+            const Moment bareSeen = bench::now();
+            if (i > 0) {
+                profile.add(begun, bareStages, bareSeen);
+                times.push_back(bench::milliseconds(begun, bareSeen));
+            }
+            settle();
+            return bare;
+        };
+        showBare(bench::BarePage::Engine::likeOurs, ownEngineProfile, ownEngineTimes);
         settle();
+        const auto bare = showBare(bench::BarePage::Engine::standard, bareProfile, bareTimes);
         if (i > 0) {
             sdkTimes.push_back(took);
-            bareTimes.push_back(bareTook);
             open.push_back(memory / 1024);
             bareOpen.push_back(static_cast<double>(bench::treeKilobytes()) / 1024);
             closed.push_back(after / 1024);
@@ -151,8 +199,14 @@ int main(int argc, char** argv) {
     }
     std::printf("medians of %d messages (least to most)\n", repeats);
     line("answer of the delivery service to a message that is seen", sdkTimes, "ms");
+    sdkProfile.print();
     line("the engine alone, the same page and script", bareTimes, "ms");
+    bareProfile.print();
+    line("the same, with the SDK's settings of the engine", ownEngineTimes, "ms");
+    ownEngineProfile.print();
     std::printf("%-58s %9.2f\n", "ratio", bench::median(sdkTimes) / bench::median(bareTimes));
+    std::printf("%-58s %9.2f\n", "ratio with the same settings",
+                bench::median(sdkTimes) / bench::median(ownEngineTimes));
     std::printf("%-58s %9.1f MB\n", "processes of the host before the first message", before / 1024);
     line("with a message on screen", open, "MB");
     line("with the bare page on screen", bareOpen, "MB");

@@ -348,6 +348,7 @@ function offerOf(campaign) {
   const line = make("div", "offer");
   line.append(make("b", "", campaign.name), fact(campaign.template));
   if (campaign.limits) line.append(fact("limit: " + campaign.limits));
+  if (campaign.left_out) line.append(fact(campaign.left_out, "no"));
   if (campaign.hand_written) {
     line.append(fact(campaign.layout_asked ? "layout asked for" : "layout not asked for", campaign.layout_asked ? "yes" : ""));
     line.append(fact("content " + campaign.content, campaign.content === "given" ? "yes" : campaign.content === "not asked for" ? "" : "no"));
@@ -363,13 +364,18 @@ function deliveryRow(delivery) {
   const line = make("div", "line");
   line.append(make("span", "time mono", new Date(delivery.time).toTimeString().slice(0, 8)),
     make("span", "name", delivery.event || "(no name)"), make("span", "tag " + delivery.twin, delivery.twin), make("span", "dim", delivery.uid));
+  if (delivery.traced) line.append(fact("the app: " + delivery.traced, /^shown/.test(delivery.traced) ? "yes" : ""));
   row.append(line, make("div", "verdict", delivery.verdict), ...delivery.campaigns.map(offerOf));
   return row;
 }
 
 const mostDeliveries = 100;
+let shownDeliveries = "";
 async function refreshDeliveries() {
-  const { deliveries, catch_all } = await (await fetch("/_dev/deliveries")).json();
+  const text = await (await fetch("/_dev/deliveries")).text();
+  if (text === shownDeliveries) return;
+  shownDeliveries = text;
+  const { deliveries, catch_all } = JSON.parse(text);
   byId("catch-all").checked = catch_all;
   byId("delivery-count").textContent = deliveries.length ? deliveries.length.toLocaleString() : "";
   byId("no-deliveries").hidden = deliveries.length > 0;
@@ -384,6 +390,10 @@ function deliveriesChanged(path) {
     refreshDeliveries().catch(() => {});
   }, 250);
 }
+// What apps say of a delivery comes later, and is no request of theirs that the stream would tell.
+setInterval(() => {
+  if (!byId("deliveries").hidden && !document.hidden) refreshDeliveries().catch(() => {});
+}, 1500);
 byId("catch-all").addEventListener("change", (event) =>
   fetch("/_dev/campaigns?catch_all=" + (event.target.checked ? 1 : 0), { method: "POST" }).catch(() => {}));
 byId("clear-deliveries").addEventListener("click", () =>

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,7 @@
 
 #include "InboxVerbs.h"
 #include "ObservedPlatform.h"
+#include "examples/support/TracePost.h"
 
 using namespace zentavo;
 
@@ -41,7 +43,7 @@ constexpr const char* usage =
     "      catalogs | count | mark-all   all catalogs; the number of unread messages; mark all as read\n"
     "      get,ID                        one message\n"
     "      read,ID… unread,ID… remove,ID…  change messages\n"
-    "  trace                      from now on, print what becomes of each in-app delivery\n"
+    "  trace[:post]               from now on, print what becomes of each in-app delivery, and tell the dev server\n"
     "  media:EVENT[,STORY]        print the content that the host would show for an event\n"
     "  link:URL                   open the app by a deep link\n"
     "  memory                     print how much memory this process has resident\n"
@@ -133,7 +135,8 @@ void printMedia(const Map& content) {
 }
 
 /// False for a verb that is none.
-bool run(const std::string& verb, Zentavo& sdk, const Options& options, console::Activity& activity) {
+bool run(const std::string& verb, Zentavo& sdk, const std::shared_ptr<platform::Platform>& platform,
+         const Options& options, console::Activity& activity) {
     const std::size_t colon = verb.find(':');
     const std::string name = verb.substr(0, colon);
     const std::string argument = colon == std::string::npos ? "" : verb.substr(colon + 1);
@@ -165,9 +168,14 @@ bool run(const std::string& verb, Zentavo& sdk, const Options& options, console:
         {"inbox", [&] { understood = console::runInboxVerb(parts, sdk); }},
         {"trace",
          [&] {
-             sdk.setDeliveryTraceCallback([](const DeliveryTrace& trace) {
+             understood = argument.empty() || argument == "post";
+             auto post = argument.empty() ? std::nullopt : std::optional(examples::TracePost(platform, options.server));
+             sdk.setDeliveryTraceCallback([post = std::move(post)](const DeliveryTrace& trace) {
                  std::printf("    %s\n", trace.text().c_str());
                  std::fflush(stdout);
+                 if (post) {
+                     (*post)(trace);
+                 }
              });
          }},
         {"media",
@@ -210,13 +218,13 @@ int main(int argc, char** argv) {
         return 2;
     }
     const auto activity = std::make_shared<console::Activity>();
-    const auto sdk =
-        std::make_shared<Zentavo>(console::makeObservedPlatform(options.suite, options.timeScale, activity));
+    const auto platform = console::makeObservedPlatform(options.suite, options.timeScale, activity);
+    const auto sdk = std::make_shared<Zentavo>(platform);
     Zentavo::setShared(sdk);
     sdk->setDebug(options.debug);
     sdk->setEndpoints(Endpoints::all(options.server));
     for (const std::string& verb : options.verbs) {
-        if (!run(verb, *sdk, options, *activity)) {
+        if (!run(verb, *sdk, platform, options, *activity)) {
             std::fprintf(stderr, "zentavo-console: there is no verb \"%s\"\n%s", verb.c_str(), usage);
             return 2;
         }

@@ -3,6 +3,7 @@
 //   zentavo-websocket-client URL
 #include <future>
 #include <iostream>
+#include <semaphore>
 #include <string>
 
 #include <zentavo/websocket/WebSocketClient.h>
@@ -10,33 +11,28 @@
 namespace ws = zentavo::websocket;
 
 int main(int argc, char** argv) {
-    std::promise<bool> opened;
-    std::promise<void> closed;
-    bool waiting = true;
-    ws::WebSocketClient client({
-        [&](const ws::Handshake&) {
-            waiting = false;
-            opened.set_value(true);
-        },
-        [](ws::MessageKind, std::string_view content) { std::cout << content << std::endl; },
-        nullptr,
-        [&](const ws::Closed& how, int) {
-            std::cerr << "closed: " << static_cast<int>(how.code) << " " << how.reason << "\n";
-            if (waiting) {
-                opened.set_value(false);
-            }
-            closed.set_value();
-        },
-    });
+    std::counting_semaphore<> next(0); // a line may be sent: it is open, the last one came back, or it is over
+    std::promise<bool> closed;
+    ws::ClientHandlers handlers;
+    handlers.onOpen = [&](const ws::Handshake&) { next.release(); };
+    handlers.onMessage = [&](ws::MessageKind, std::string_view content) {
+        std::cout << content << std::endl;
+        next.release();
+    };
+    handlers.onClose = [&](const ws::Closed& how, int) {
+        std::cerr << "closed: " << static_cast<int>(how.code) << " " << how.reason << "\n";
+        next.release();
+        closed.set_value(how.clean);
+    };
+    ws::WebSocketClient client(handlers);
     if (const auto started = client.open(argc > 1 ? argv[1] : ""); !started) {
         std::cerr << started.error().message << "\nusage: zentavo-websocket-client URL\n";
         return 2;
     }
-    const bool isOpen = opened.get_future().get();
     std::string line;
-    while (isOpen && std::getline(std::cin, line) && client.sendText(line) == ws::Sent::taken) {
-    }
+    do {
+        next.acquire();
+    } while (std::getline(std::cin, line) && client.sendText(line) == ws::Sent::taken);
     client.close();
-    closed.get_future().wait();
-    return isOpen ? 0 : 1;
+    return closed.get_future().get() ? 0 : 1;
 }

@@ -50,6 +50,29 @@ void GtkViews::setOnChange(std::function<void()> onChange) {
     });
 }
 
+std::shared_ptr<const void> GtkViews::listenForResizes(std::function<void()> onResize) {
+    MainThread::require();
+    struct Listener {
+        std::function<void()> onResize;
+        bool isPosted = false;
+    };
+    const auto listener = std::make_shared<Listener>(Listener{std::move(onResize)});
+    auto onStage = std::make_shared<std::function<void()>>([queue = mainQueue_, weak = std::weak_ptr(listener)] {
+        const auto living = weak.lock();
+        if (!living || std::exchange(living->isPosted, true)) {
+            return;
+        }
+        queue->async([weak] {
+            if (const auto told = weak.lock()) {
+                told->isPosted = false;
+                told->onResize();
+            }
+        });
+    });
+    stage_->listenForResizes(onStage);
+    return std::make_shared<std::pair<std::shared_ptr<Listener>, decltype(onStage)>>(listener, onStage);
+}
+
 bool GtkViews::showOverWindow(std::shared_ptr<platform::View> view) {
     MainThread::require();
     const auto ours = std::dynamic_pointer_cast<GtkView>(view);

@@ -18,6 +18,7 @@ public:
     platform::Insets safeAreaInsets() const override { return {}; }
     platform::Appearance appearance() const override;
     void setOnChange(std::function<void()> onChange) override;
+    std::shared_ptr<const void> listenForResizes(std::function<void()> onResize) override;
     std::shared_ptr<platform::View> makeView() override;
     std::shared_ptr<platform::Label> makeLabel() override;
     std::shared_ptr<platform::ImageView> makeImageView() override;

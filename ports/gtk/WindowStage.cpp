@@ -177,8 +177,17 @@ void WindowStage::resized(int width, int height) {
             view->takeFrame(bounds());
         }
     }
-    if (size_ != platform::Size{before.width, before.height} && onChange_) {
+    if (size_ == platform::Size{before.width, before.height}) {
+        return;
+    }
+    if (onChange_) {
         onChange_();
+    }
+    std::erase_if(onResize_, [](const auto& weak) { return weak.expired(); });
+    for (const auto& weak : onResize_) {
+        if (const auto onResize = weak.lock()) {
+            (*onResize)();
+        }
     }
 }
 

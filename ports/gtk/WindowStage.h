@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include <gtk/gtk.h>
 
@@ -32,6 +33,8 @@ public:
     platform::Appearance appearance() const;
     /// Called inside the toolkit's work when bounds or theme have changed.
     void setOnChange(std::function<void()> onChange) { onChange_ = std::move(onChange); }
+    /// Called inside the toolkit's work when the bounds have changed, as long as somebody holds `onResize`.
+    void listenForResizes(const std::shared_ptr<std::function<void()>>& onResize) { onResize_.push_back(onResize); }
     /// The widget on which everything stands.
     GtkWidget* root() const noexcept { return root_.widget(); }
 
@@ -49,6 +52,7 @@ private:
     platform::Size size_;
     std::shared_ptr<GtkView::Children> shown_ = std::make_shared<GtkView::Children>();
     std::function<void()> onChange_;
+    std::vector<std::weak_ptr<std::function<void()>>> onResize_;
     Signals signals_;
     bool wrapping_ = false;
     GWeakRef hostFocus_; ///< what had the focus before one of our views got it

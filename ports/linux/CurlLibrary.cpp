@@ -8,7 +8,8 @@
 namespace zentavo::linux_port {
 
 Result<CurlLibrary> CurlLibrary::open() {
-    const LoadedPages before;
+    // OpenSSL may be here already; libcurl reads all its tables once.
+    const LoadedPages before{"libcrypto.so", "libssl.so"};
     void* handle = dlopen("libcurl.so.4", RTLD_LAZY | RTLD_LOCAL);
     if (handle == nullptr) {
         const char* reason = dlerror();

@@ -40,8 +40,14 @@ bool writesItsCode(const dl_phdr_info& object) {
 
 } // namespace
 
-LoadedPages::LoadedPages() {
-    forEachObject([this](const dl_phdr_info& object) { bases_.push_back(object.dlpi_addr); });
+LoadedPages::LoadedPages(std::initializer_list<std::string_view> anyway) {
+    forEachObject([&](const dl_phdr_info& object) {
+        const std::string_view path = object.dlpi_name == nullptr ? "" : object.dlpi_name;
+        const auto file = path.substr(path.rfind('/') + 1);
+        if (std::none_of(anyway.begin(), anyway.end(), [&](auto name) { return file.starts_with(name); })) {
+            bases_.push_back(object.dlpi_addr);
+        }
+    });
 }
 
 void LoadedPages::giveBackNewer() const {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
+#include <string_view>
 #include <vector>
 
 namespace zentavo::linux_port {
@@ -10,7 +12,8 @@ namespace zentavo::linux_port {
 /// resident memory of the whole process.
 class LoadedPages {
 public:
-    LoadedPages();
+    /// Objects whose file's name begins like one of `anyway` count as not loaded: what is about to be loaded uses them too.
+    explicit LoadedPages(std::initializer_list<std::string_view> anyway = {});
 
     /// Gives back the code and constants of what was loaded since. Their pages come from the file again as they are
     /// used; what relocation or the program has written is left alone.

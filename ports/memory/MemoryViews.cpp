@@ -228,6 +228,20 @@ void MemoryViews::setScreen(platform::Rect bounds, platform::Insets safeArea) {
     bounds_ = bounds;
     safeArea_ = safeArea;
     tellChange();
+    std::erase_if(resizeListeners_, [](const auto& weak) { return weak.expired(); });
+    for (const auto& weak : resizeListeners_) {
+        mainQueue_->async([weak] {
+            if (const auto listener = weak.lock()) {
+                (*listener)();
+            }
+        });
+    }
+}
+
+std::shared_ptr<const void> MemoryViews::listenForResizes(std::function<void()> onResize) {
+    auto listener = std::make_shared<std::function<void()>>(std::move(onResize));
+    resizeListeners_.push_back(listener);
+    return listener;
 }
 
 std::shared_ptr<MemoryView> MemoryViews::named(const std::string& name) const {

@@ -81,6 +81,7 @@ public:
     platform::Insets safeAreaInsets() const override { return safeArea_; }
     platform::Appearance appearance() const override { return appearance_; }
     void setOnChange(std::function<void()> onChange) override;
+    std::shared_ptr<const void> listenForResizes(std::function<void()> onResize) override;
     std::shared_ptr<platform::View> makeView() override;
     std::shared_ptr<platform::Label> makeLabel() override;
     std::shared_ptr<platform::ImageView> makeImageView() override;
@@ -113,6 +114,7 @@ private:
     bool window_ = true;
     platform::Appearance appearance_ = platform::Appearance::light;
     std::shared_ptr<std::function<void()>> onChange_;
+    std::vector<std::weak_ptr<std::function<void()>>> resizeListeners_;
     const std::shared_ptr<MemoryView::Children> overWindow_ = std::make_shared<MemoryView::Children>();
     std::vector<double> animations_;
 };

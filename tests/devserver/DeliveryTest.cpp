@@ -178,6 +178,57 @@ TEST_F(DeliveryTest, TrackingURLsTellWhatBecameOfADelivery) {
     EXPECT_EQ(client().Post("/track/click")->status, 405);
 }
 
+TEST_F(DeliveryTest, AnAppsTraceSaysWhatTheServerCannotSee) {
+    const auto trace = [](const std::string& event, const std::string& outcome, List campaigns, Map more = {}) {
+        Map record{{"event", event}, {"received_bytes", 12}, {"outcome", outcome}, {"campaigns", std::move(campaigns)}};
+        record.merge(more);
+        return record;
+    };
+    const auto numberOf = [](const httplib::Result& answer) { return *bodyOf(answer).find("delivery"); };
+    const Map capped{{"level", "story"}, {"event", "impression"}, {"counter", 2}, {"limit", 2}};
+    const Map story{{"story_id", 9001}, {"template", "full_screen"}};
+    Map cappedStory = story;
+    cappedStory.set("capped", capped);
+
+    deliver("promo_full_screen");
+    deliver("promo_full_screen");
+    deliver("promo_gamified");
+    EXPECT_EQ(numberOf(post("/_dev/trace", trace("promo_full_screen", "nothingToShow", List{cappedStory}))), 2);
+    EXPECT_EQ(verdict(delivery(1)), "not shown: story 9001 is capped by story: impression 2 of 2");
+    EXPECT_EQ(*delivery(1).find("campaigns")->asList()->at(0).asMap()->find("left_out"),
+              "capped by story: impression 2 of 2");
+    // The one before it, presented and then closed.
+    EXPECT_EQ(numberOf(post("/_dev/trace", trace("promo_full_screen", "presented", List{story}, {{"chosen", 0}}))), 1);
+    const Map closed = trace("promo_full_screen", "presented", List{story}, {{"chosen", 0}, {"closed_by", "overlay"}});
+    EXPECT_EQ(numberOf(post("/_dev/trace", closed)), 1);
+    EXPECT_EQ(verdict(delivery(2)), "promo_full_screen: shown, then closed by a tap beside it");
+    EXPECT_EQ(post("/_dev/trace", closed)->status, 404) << "it is closed already";
+    EXPECT_EQ(post("/_dev/trace", trace("promo_gamified", "alreadyShowing", List{story}))->status, 404);
+    EXPECT_EQ(numberOf(post("/_dev/trace", trace("promo_gamified", "undecodable", {}, {{"problem", "a: odd"}}))), 3);
+    EXPECT_EQ(verdict(delivery(0)), "not shown: the app cannot read the answer, a: odd");
+}
+
+TEST_F(DeliveryTest, WhatIsNoTraceIsRefusedAndItsMistakesAreNamed) {
+    const httplib::Result wrong =
+        post("/_dev/trace", Map{{"event", "e"},
+                                {"received_bytes", "many"},
+                                {"campaigns", List{Map{{"story_id", 1}, {"template", "popup"}}}},
+                                {"outcome", "presented"}});
+    EXPECT_EQ(wrong->status, 400);
+    EXPECT_THAT(problems(wrong), ElementsAre(HasSubstr("received_bytes")));
+    const Map capped{{"level", "moon"}, {"event", "click"}, {"counter", 1}, {"limit", 1}};
+    EXPECT_THAT(
+        problems(post("/_dev/trace",
+                      Map{{"event", "e"},
+                          {"received_bytes", 1},
+                          {"outcome", "tired"},
+                          {"chosen", 1},
+                          {"campaigns", List{Map{{"story_id", 1}, {"template", "popup"}, {"capped", capped}}}}})),
+        ElementsAre(HasSubstr("outcome is \"tired\""), HasSubstr("level is \"moon\""), HasSubstr("chosen is 1")));
+    EXPECT_EQ(client().Post("/_dev/trace", "{", "application/json")->status, 400);
+    EXPECT_EQ(client().Post("/_dev/trace", std::string(300'000, ' '), "application/json")->status, 400);
+}
+
 TEST_F(DeliveryTest, ContentForHostsIsFreeInForm) {
     Map body = asked("promo_gamified");
     const Map answer = bodyOf(post("/interaction/app" + query, body));

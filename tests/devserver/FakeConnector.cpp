@@ -50,9 +50,10 @@ PrivateBus::PrivateBus() {
         << "</servicedir><auth>EXTERNAL</auth><policy context=\"default\">"
            "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/><allow own=\"*\"/>"
            "</policy></busconfig>";
-    daemon_ = std::make_unique<e2e::Process>(std::vector<std::string>{"/usr/bin/dbus-daemon", "--nofork", "--nopidfile",
-                                                                      "--print-address",
-                                                                      "--config-file=" + folder_ + "/bus.conf"});
+    // A test that crashes leaves no bus behind either.
+    daemon_ = std::make_unique<e2e::Process>(
+        std::vector<std::string>{"/usr/bin/setpriv", "--pdeathsig", "KILL", "/usr/bin/dbus-daemon", "--nofork",
+                                 "--nopidfile", "--print-address", "--config-file=" + folder_ + "/bus.conf"});
     address_ = daemon_->readLine(patience);
     EXPECT_TRUE(address_.starts_with("unix:path=")) << address_;
 }

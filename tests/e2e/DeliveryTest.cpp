@@ -2,6 +2,7 @@
 
 #include <thread>
 
+#include "examples/support/TracePost.h"
 #include "ports/linux/LinuxPlatform.h"
 #include "ports/memory/ManualQueues.h"
 #include "ports/memory/MemoryViews.h"
@@ -16,6 +17,7 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::Contains;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -23,7 +25,7 @@ using ::testing::Not;
 class DeliveryConsoleTest : public EndToEndTest {};
 
 TEST_F(DeliveryConsoleTest, TheTraceSaysWhyNothingWasShown) {
-    ASSERT_EQ(console({"activate", "trace", "wait", "track:promo_never", "wait", "track:promo_full_screen", "wait",
+    ASSERT_EQ(console({"activate", "trace:post", "wait", "track:promo_never", "wait", "track:promo_full_screen", "wait",
                        "track:unknown", "wait"}),
               0);
     EXPECT_THAT(output, AllOf(HasSubstr("story 9010 (inline) is of a type that is not shown; story 9009 (slide_in) is "
@@ -33,6 +35,12 @@ TEST_F(DeliveryConsoleTest, TheTraceSaysWhyNothingWasShown) {
     for (const Map& request : server.requests("/interaction/v2", 4)) {
         EXPECT_EQ(*request.find("problems"), Value(List()));
     }
+    const std::string unoffered = "nothing was offered: no campaign waits for this event";
+    EXPECT_THAT(server.verdicts(),
+                ElementsAre(unoffered, "not shown: no user interface can show it, no user interface is attached",
+                            "not shown: story 9010 is of a type that is not shown; story 9009 is of a type that is not "
+                            "shown",
+                            unoffered));
     server.fault("path=/interaction/v2&times=1&body=%7B%22webContents%22%3A7%7D");
     ASSERT_EQ(console({"activate", "trace", "track:e", "wait"}), 0);
     EXPECT_THAT(output, HasSubstr("the answer cannot be read"));
@@ -69,10 +77,12 @@ protected:
         sdk = std::make_shared<Zentavo>(platform);
         Zentavo::setShared(sdk);
         sdk->setEndpoints(Endpoints::all(server.url()));
-        sdk->setDeliveryTraceCallback([this](const DeliveryTrace& trace) {
-            const std::lock_guard lock(mutex);
-            traces.push_back(trace.text());
-        });
+        sdk->setDeliveryTraceCallback(
+            [this, post = examples::TracePost(platform, server.url())](const DeliveryTrace& trace) {
+                post(trace);
+                const std::lock_guard lock(mutex);
+                traces.push_back(trace.text());
+            });
         sdk->activate(Configuration{"1001", "555", "group.shop", "42"});
         server.requests("/event", 1); // app_install
         waitFor([&] { return said("app_install"); });
@@ -170,6 +180,16 @@ TEST_F(DeliveryTest, AThirdShowIsCappedByTheStory) {
     sdk->track(CDPEvent("promo_full_screen"));
     waitFor([&] { return said("story 9001 (full_screen) capped by story: impression 2 of 2; nothing to show"); });
     EXPECT_FALSE(sdk->isShowingTemplate());
+
+    // The server could see none of this; the app's traces, which it was sent, say it.
+    std::vector<std::string> verdicts;
+    waitFor([&] {
+        verdicts = server.verdicts();
+        return verdicts.size() >= 3 && verdicts[0].starts_with("not shown");
+    });
+    EXPECT_EQ(verdicts[0], "not shown: story 9001 is capped by story: impression 2 of 2");
+    EXPECT_EQ(verdicts[1], "promo_full_screen: shown, then closed by its page");
+    EXPECT_EQ(verdicts[2], "promo_full_screen: shown, then closed by its page");
 }
 
 TEST_F(DeliveryTest, OfTwoDeliveriesThatRaceOneIsShown) {

@@ -80,6 +80,17 @@ Map DevServer::push(const std::string& file) const {
     return answer ? json::readMap(answer->body).value() : Map();
 }
 
+std::vector<std::string> DevServer::verdicts() const {
+    httplib::Client client(url_);
+    const auto answer = client.Get("/_dev/deliveries");
+    const Map all = answer ? json::readMap(answer->body).value() : Map{{"deliveries", List()}};
+    std::vector<std::string> verdicts;
+    for (const Value& delivery : *all.find("deliveries")->asList()) {
+        verdicts.push_back(*delivery.asMap()->find("verdict")->asString());
+    }
+    return verdicts;
+}
+
 std::vector<Map> DevServer::events(std::size_t count) const {
     std::vector<Map> bodies;
     for (const Map& request : requests("/event", count)) {

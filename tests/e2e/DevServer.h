@@ -33,6 +33,8 @@ public:
     Value dev(const std::string& path) const;
     /// Sends the push in the file of this name, and says what became of it.
     Map push(const std::string& file) const;
+    /// What the server says became of each in-app delivery, the newest first.
+    std::vector<std::string> verdicts() const;
     /// The bodies of the events that came.
     std::vector<Map> events(std::size_t count) const;
 

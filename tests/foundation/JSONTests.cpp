@@ -148,6 +148,41 @@ TEST(JSON, ReadMapTakesNothingButAnObject) {
     EXPECT_FALSE(json::readMap("{").ok());
 }
 
+/// Notes what it takes, and reads JSON meanwhile.
+class NotingTaker : public json::ListTaker {
+public:
+    void begin(std::string_view outer, std::string_view inner, std::size_t size) override {
+        taken += std::string(outer) + '.' + std::string(inner) + ' ' + std::to_string(size) + ':';
+    }
+    void take(Value element) override {
+        EXPECT_TRUE(json::read(R"(["something","else"])"));
+        taken += *json::write(element) + ';';
+    }
+    std::string taken;
+};
+
+TEST(JSON, ListsTwoLevelsDownAreHandedOverAndCountAgainstTheLimits) {
+    const std::string text = R"({"a":[1],"b":{"c":[{"d":[2]},"x"],"e":3,"f":[],"g":{"h":[4]}},"i":{}})";
+    NotingTaker taker;
+    const auto rest = json::readMap(text, taker);
+    ASSERT_TRUE(rest);
+    EXPECT_EQ(*json::write(*rest), R"({"a":[1],"b":{"c":[],"e":3,"f":[],"g":{"h":[4]}},"i":{}})");
+    EXPECT_EQ(taker.taken, R"(b.c 2:{"d":[2]};"x";b.f 0:)");
+
+    constexpr std::size_t values = 15; // with the outermost
+    constexpr std::size_t levels = 5;
+    for (const auto& limits : {json::Limits{.maximumDepth = levels, .maximumValues = values},
+                               json::Limits{.maximumDepth = levels - 1, .maximumValues = values},
+                               json::Limits{.maximumDepth = levels, .maximumValues = values - 1}}) {
+        NotingTaker other;
+        EXPECT_EQ(json::readMap(text, other, limits).ok(), json::readMap(text, limits).ok()) << limits.maximumDepth;
+    }
+    EXPECT_TRUE(json::readMap(text, taker, {.maximumDepth = levels, .maximumValues = values}));
+    EXPECT_FALSE(json::readMap(text, taker, {.maximumDepth = levels - 1}));
+    EXPECT_FALSE(json::readMap(text, taker, {.maximumValues = values - 1}));
+    EXPECT_FALSE(json::readMap("[]", taker));
+}
+
 TEST(JSON, ThreadsAndLargeTextsDoNotDisturbEachOther) {
     // Beyond the size that goes through the parser kept by the thread, and back.
     const std::string large = "[" + repeated("\"0123456789\",", 20000) + "1]";

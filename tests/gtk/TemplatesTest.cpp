@@ -128,6 +128,22 @@ protected:
     std::vector<std::string> routes;
 };
 
+TEST_F(TemplatesTest, AMessageFollowsTheWindowAndItsPageIsToldOnceItHasTheSize) {
+    // The page shows which size it had when it was last told.
+    track("floating_bar", "window.resizeView = () => { document.querySelector('div').style.background = "
+                          "{400: '#ff0000', 500: '#00ffff', 300: '#ffff00'}[innerWidth] || '#000000'; };"
+                          "show({width: 1, height: 60, positionSettings: {bottom: 10, positionSuffix: 'px'}})");
+    EXPECT_TRUE(eventually([&] { return pixel(399, 231) == redPixel; }));
+    gtk_window_set_default_size(window, 500, 350);
+    EXPECT_TRUE(eventually([&] { return pixel(499, 281) == Pixel{0, 255, 255}; }));
+    EXPECT_EQ(frame("zentavo.popup"), (Rect{0, 280, 500, 60}));
+    EXPECT_EQ(frame("zentavo.overlay"), (Rect{0, 0, 500, 350}));
+    gtk_window_set_default_size(window, 300, 280);
+    EXPECT_TRUE(eventually([&] { return pixel(299, 211) == Pixel{255, 255, 0}; }));
+    EXPECT_EQ(frame("zentavo.popup"), (Rect{0, 210, 300, 60}));
+    EXPECT_EQ(pixel(150, 209), background);
+}
+
 TEST_F(TemplatesTest, EachTypeStandsWhereItShould) {
     const struct {
         const char* name;

@@ -42,6 +42,36 @@ protected:
     }
 };
 
+TEST_F(TemplateTest, FollowsTheWindow) {
+    const auto resize = [&](Rect bounds) {
+        memory.platform()->userInterface()->mainQueue->async([&] { memory.views->setScreen(bounds, {20, 0, 10, 0}); });
+        settle();
+    };
+    present({{"template", "floating_bar"}});
+    page()->finishLoad();
+    settle();
+    const std::size_t before = page()->evaluated().size();
+    resize({0, 0, 500, 700});
+    EXPECT_EQ(view("zentavo.popup")->frame().width, 500) << "as wide as the window from the start";
+    EXPECT_EQ(page()->evaluated().size(), before) << "it has no size yet that could be another";
+    post(R"({"type":"zentavo-cdp-campaign-size","data":{"width":1,"height":80,
+             "positionSettings":{"bottom":10,"positionSuffix":"%"}}})");
+    EXPECT_EQ(view("zentavo.popup")->frame(), (Rect{0, 540, 500, 80}));
+    resize({0, 0, 800, 1000});
+    EXPECT_EQ(view("zentavo.popup")->frame(), (Rect{0, 810, 800, 80}));
+    EXPECT_EQ(page()->frame(), (Rect{0, 0, 800, 80}));
+    EXPECT_EQ(view("zentavo.overlay")->frame(), (Rect{0, 0, 800, 1000}));
+    EXPECT_EQ(page()->evaluated().size(), before + 2);
+    EXPECT_EQ(page()->evaluated().back(), "resizeView();");
+    postClose();
+    resize({0, 0, 300, 300}); // nobody listens any more
+
+    present({{"template", "full_screen"}});
+    post(R"({"type":"zentavo-cdp-campaign-size","data":{"width":200,"height":80}})");
+    resize({0, 0, 390, 844});
+    EXPECT_EQ(view("zentavo.popup")->frame(), (Rect{95, 0, 200, 844}));
+}
+
 TEST_F(TemplateTest, IsLoadedRunSizedRoundedAndClosed) {
     sdk->setDebug(true);
     present({{"template", "popup"}, {"frequencyCapping", limit("impression", 5)}});

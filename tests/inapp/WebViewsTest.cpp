@@ -63,6 +63,39 @@ TEST_F(WebViewsTest, ASheetStandsAtTheLowerEdgeFollowsTheFingerAndGoesAway) {
     });
 }
 
+TEST_F(WebViewsTest, WhatIsAsLargeAsTheWindowStaysSo) {
+    const auto queue = memory.platform()->userInterface()->mainQueue;
+    std::unique_ptr<BottomSheetView> sheet;
+    WebViewController part(userInterface());
+    FullScreenViewController whole(userInterface());
+    onMainQueue([&] {
+        sheet = std::make_unique<BottomSheetView>(*memory.views);
+        sheet->present();
+        sheet->letGo(600, false);
+        part.url = URL::parse("http://pages.example/1");
+        part.present({10, 20, 300, 400});
+        whole.present("");
+        memory.views->setScreen({0, 0, 500, 600});
+    });
+    onMainQueue([&] {
+        EXPECT_EQ(sheet->containerView()->frame(), (Rect{0, 64, 500, 536})) << "at its full height";
+        EXPECT_EQ(part.popUpWebView->frame(), (Rect{10, 20, 300, 400}));
+        EXPECT_EQ(whole.webView->frame(), (Rect{0, 0, 500, 600}));
+        sheet->letGo(250, true);
+        part.present(memory.views->mainScreenBounds());
+        whole.dismiss();
+        memory.views->setScreen({0, 0, 400, 300});
+    });
+    onMainQueue([&] {
+        EXPECT_EQ(sheet->containerView()->frame(), (Rect{0, 64, 400, 236})) << "no more room than that";
+        EXPECT_EQ(part.popUpWebView->frame(), (Rect{0, 0, 400, 300}));
+        EXPECT_EQ(whole.webView->frame(), (Rect{0, 0, 500, 600})) << "it is gone";
+        part.dismiss();
+        sheet.reset();
+        memory.views->setScreen({0, 0, 390, 844});
+    });
+}
+
 TEST_F(WebViewsTest, AWebPageLiesInItsFrameOrOverTheWholeWindow) {
     onMainQueue([&] {
         WebViewController part(userInterface());

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "tests/inbox/SampleInbox.h"
@@ -46,9 +48,44 @@ TEST(InboxRecords, AnItemIsReadFromItsKeysAndWrittenUnderThem) {
         expected.remove("destination_id");
         EXPECT_EQ(json::readMap(item.jsonString().value()).value(), expected);
     }
-    InboxItem broken = plain;
-    broken.heading = "\xFF";
-    EXPECT_EQ(broken.jsonString(), std::nullopt);
+    // The keys are all that a message has, also the two that are not read.
+    EXPECT_EQ(std::size(fullItem()), InboxItem::keys.size());
+    EXPECT_TRUE(std::all_of(InboxItem::keys.begin(), InboxItem::keys.end(),
+                            [](std::string_view key) { return fullItem().contains(key); }));
+}
+
+TEST(InboxRecords, TextThatAnEncodingDoesNotHaveIsNotWritten) {
+    InboxItem item = read<GetMessageByIdAPIResponse>(answerWith(plainItem())).value().data;
+    EXPECT_EQ(item.jsonString(TextEncoding::ascii), item.jsonString(TextEncoding::utf8));
+    item.heading = "F\u00FCr dich";
+    EXPECT_TRUE(item.jsonString());
+    EXPECT_EQ(item.jsonString(TextEncoding::ascii), std::nullopt);
+    item.heading = "\xFF";
+    EXPECT_EQ(item.jsonString(), std::nullopt);
+    EXPECT_TRUE((Catalog{"c1", "\u00DC"}.jsonString()));
+    EXPECT_EQ((Catalog{"c1", "\u00DC"}.jsonString(TextEncoding::ascii)), std::nullopt);
+}
+
+TEST(InboxRecords, OfListsAndDataGivenTwiceTheLaterCount) {
+    const auto entriesOf = [](const std::string& data) {
+        const std::string bytes = "{" + data + R"(,"code":200,"message":""})";
+        auto page = readInboxAnswer<InboxItemAPIResponse>(bytes, [](const std::string&) {});
+        std::vector<std::string> ids;
+        for (const InboxItem& item : page ? std::move(*page).entries() : std::vector<InboxItem>()) {
+            ids.push_back(item.itemId);
+        }
+        return page ? ids : std::vector{page.error().codingPath};
+    };
+    const std::string one = R"("entries":[)" + textOf(plainItem("m1")) + "]";
+    const std::string two = R"("entries":[)" + textOf(plainItem("m2")) + "]";
+    using Ids = std::vector<std::string>;
+    EXPECT_EQ(entriesOf(R"("data":{)" + one + "," + two + "}"), Ids{"m2"});
+    EXPECT_EQ(entriesOf(R"("data":{)" + one + R"(,"entries":[]})"), Ids{});
+    EXPECT_EQ(entriesOf(R"("data":{)" + one + R"(},"data":{})"), Ids{});
+    EXPECT_EQ(entriesOf(R"("data":{)" + one + R"(},"data":1)"), Ids{"data"});
+    EXPECT_EQ(entriesOf(R"("data":{)" + one + R"(,"entries":1})"), Ids{"data.entries"});
+    EXPECT_EQ(entriesOf(R"("data":{)" + two + R"(},"other":{)" + one + "}"), Ids{"m2"});
+    EXPECT_EQ(entriesOf(R"("data":{"entries":[1]})"), Ids{"data.entries[0]"});
 }
 
 TEST(InboxRecords, EveryRequiredFieldIsRequired) {

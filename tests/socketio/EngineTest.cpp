@@ -238,6 +238,35 @@ TEST_F(EngineTest, staysWithPollingWhenTheChangeFails) {
     EXPECT_TRUE(engine->writable());
 }
 
+TEST_F(EngineTest, triesTheNextTransportWhereItIsToldTo) {
+    EngineOptions options;
+    options.transports = {TransportKind::webSocket, TransportKind::polling};
+    start(options);
+    sockets->last().close(0, "refused", 400);
+    EXPECT_THAT(owner->take(), ElementsAre(HasSubstr("400"))) << "not by itself";
+    EXPECT_EQ(system.session->count(), 0U);
+
+    options.tryAllTransports = true;
+    start(options);
+    system.queues->advance(20s);
+    EXPECT_TRUE(sockets->last().released);
+    EXPECT_THAT(owner->take(), IsEmpty());
+    answer(0, hello);
+    EXPECT_THAT(owner->take(), ElementsAre("open"));
+    EXPECT_EQ(sockets->connections.size(), 2U) << "what failed is not gone over to";
+    answer(1, "1");
+    EXPECT_THAT(owner->take(), ElementsAre(HasSubstr("closed the connection"))) << "once it was open that is the end";
+
+    options.transports = {TransportKind::polling, TransportKind::webSocket};
+    start(options);
+    answer(2, "no server", 502);
+    EXPECT_THAT(owner->take(), IsEmpty());
+    sockets->last().open();
+    sockets->last().close(1006);
+    EXPECT_THAT(owner->take(), ElementsAre(HasSubstr("1006"))) << "the last one's";
+    EXPECT_EQ(system.queues->timers(), 0U);
+}
+
 TEST_F(EngineTest, givesUpAServerThatIsSilent) {
     start(only(TransportKind::webSocket));
     auto& socket = sockets->last();

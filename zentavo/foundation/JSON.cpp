@@ -19,7 +19,7 @@ constexpr std::size_t keptParserBytes = 64U << 10U;
 /// itself goes no deeper than 1023.
 constexpr std::size_t deepestNesting = 1000;
 
-/// Copies the parser's document into a `Value`.
+/// Copies the parser's document into a `Value`, and what `taker` wants to there.
 class TreeBuilder {
 public:
     TreeBuilder(std::size_t maximumDepth, std::size_t maximumValues)
@@ -27,17 +27,16 @@ public:
 
     /// False when the document is beyond a limit; `value` is then incomplete.
     bool build(dom::element element, Value& value) {
-        if (valuesLeft_ == 0) {
-            hasTooMany_ = true;
+        if (!count()) {
             return false;
         }
-        --valuesLeft_;
         // The getters cannot fail here: each is asked for the kind that the element has.
         switch (element.type()) {
         case dom::element_type::ARRAY:
             return buildList(dom::array(element.get_array().value_unsafe()), value);
         case dom::element_type::OBJECT:
-            return buildMap(dom::object(element.get_object().value_unsafe()), value);
+            return buildMap(element.get_object().value_unsafe(), value,
+                            [this](std::string_view, dom::element member, Value& into) { return build(member, into); });
         case dom::element_type::STRING:
             value = element.get_string().value_unsafe();
             return true;
@@ -60,10 +59,27 @@ public:
         return false;
     }
 
+    /// As `build`, with the lists two levels down for `taker`.
+    bool buildAround(ListTaker& taker, dom::element root, Value& value) {
+        if (!root.is_object()) {
+            return build(root, value);
+        }
+        return count() && buildMap(root.get_object().value_unsafe(), value,
+                                   [&](std::string_view outer, dom::element member, Value& into) {
+                                       return buildAround(taker, outer, member, into);
+                                   });
+    }
+
     /// After false: whether it was the number of values, not their depth.
     bool hasTooMany() const { return hasTooMany_; }
 
 private:
+    bool count() {
+        hasTooMany_ = valuesLeft_ == 0;
+        valuesLeft_ -= hasTooMany_ ? 0 : 1;
+        return !hasTooMany_;
+    }
+
     /// One level down, to `size` values. The parser counts no further than 2^24 - 1, which serves as well.
     bool enter(std::size_t size) {
         hasTooMany_ = levelsLeft_ != 0 && size > valuesLeft_; // found out before room is made for them
@@ -90,14 +106,46 @@ private:
         return true;
     }
 
-    bool buildMap(dom::object object, Value& value) {
+    bool buildAround(ListTaker& taker, std::string_view outer, dom::element element, Value& value) {
+        if (!element.is_object()) {
+            return build(element, value);
+        }
+        return count() && buildMap(element.get_object().value_unsafe(), value,
+                                   [&](std::string_view inner, dom::element member, Value& into) {
+                                       if (!member.is_array()) {
+                                           return build(member, into);
+                                       }
+                                       into = List();
+                                       return count() &&
+                                              handOver(member.get_array().value_unsafe(), taker, outer, inner);
+                                   });
+    }
+
+    bool handOver(dom::array array, ListTaker& taker, std::string_view outer, std::string_view inner) {
+        if (!enter(array.size())) {
+            return false;
+        }
+        taker.begin(outer, inner, array.size());
+        for (const dom::element element : array) {
+            Value value;
+            if (!build(element, value)) {
+                return false;
+            }
+            taker.take(std::move(value));
+        }
+        ++levelsLeft_;
+        return true;
+    }
+
+    template <class BuildMember>
+    bool buildMap(dom::object object, Value& value, BuildMember buildMember) {
         if (!enter(object.size())) {
             return false;
         }
         Map map;
         map.reserve(object.size());
         for (const dom::key_value_pair member : object) {
-            if (!build(member.value, map.set(std::string(member.key), nullptr))) {
+            if (!buildMember(member.key, member.value, map.set(std::string(member.key), nullptr))) {
                 return false;
             }
         }
@@ -111,21 +159,48 @@ private:
     bool hasTooMany_ = false;
 };
 
-Result<Value> readWith(dom::parser& parser, std::string_view text, std::size_t maximumDepth,
-                       std::size_t maximumValues) {
+Result<Value> readWith(dom::parser& parser, std::string_view text, const Limits& limits, ListTaker* taker) {
     dom::element root;
     if (const auto code = parser.parse(text.data(), text.size()).get(root); code != simdjson::SUCCESS) {
         return Error{std::string("not JSON: ") + simdjson::error_message(code)};
     }
+    const std::size_t depth = std::min(limits.maximumDepth, deepestNesting);
     Value value;
-    TreeBuilder builder(maximumDepth, maximumValues);
-    if (!builder.build(root, value)) {
+    TreeBuilder builder(depth, limits.maximumValues);
+    if (taker != nullptr ? !builder.buildAround(*taker, root, value) : !builder.build(root, value)) {
         if (builder.hasTooMany()) {
-            return Error{"JSON of more than " + std::to_string(maximumValues) + " values"};
+            return Error{"JSON of more than " + std::to_string(limits.maximumValues) + " values"};
         }
-        return Error{"JSON nested deeper than " + std::to_string(maximumDepth) + " levels"};
+        return Error{"JSON nested deeper than " + std::to_string(depth) + " levels"};
     }
     return value;
+}
+
+/// `taker` may be none.
+Result<Value> readText(std::string_view text, const Limits& limits, ListTaker* taker) {
+    if (text.size() > limits.maximumBytes) {
+        return Error{"JSON of " + std::to_string(text.size()) + " bytes is longer than the limit of " +
+                     std::to_string(limits.maximumBytes)};
+    }
+    if (text.empty()) {
+        return Error{"not JSON: no text"}; // the parser takes no null pointer, which empty text may be
+    }
+    if (text.size() > keptParserBytes || taker != nullptr) { // a taker may read JSON itself
+        dom::parser parser;
+        return readWith(parser, text, limits, taker);
+    }
+    static thread_local dom::parser parser;
+    return readWith(parser, text, limits, taker);
+}
+
+Result<Map> mapOf(Result<Value> value) {
+    if (!value) {
+        return value.error();
+    }
+    if (Map* map = value->asMap()) {
+        return std::move(*map);
+    }
+    return Error{std::string("expected a JSON object, found ") + value->kindName()};
 }
 
 template <class Content>
@@ -137,35 +212,23 @@ Result<std::string> writeContent(const Content& content) {
 
 } // namespace
 
-Result<Value> read(std::string_view text, const Limits& limits) {
-    if (text.size() > limits.maximumBytes) {
-        return Error{"JSON of " + std::to_string(text.size()) + " bytes is longer than the limit of " +
-                     std::to_string(limits.maximumBytes)};
-    }
-    if (text.empty()) {
-        return Error{"not JSON: no text"}; // the parser takes no null pointer, which empty text may be
-    }
-    const std::size_t depth = std::min(limits.maximumDepth, deepestNesting);
-    if (text.size() > keptParserBytes) {
-        dom::parser parser;
-        return readWith(parser, text, depth, limits.maximumValues);
-    }
-    static thread_local dom::parser parser;
-    return readWith(parser, text, depth, limits.maximumValues);
-}
+Result<Value> read(std::string_view text, const Limits& limits) { return readText(text, limits, nullptr); }
 
-Result<Map> readMap(std::string_view text, const Limits& limits) {
-    Result<Value> value = read(text, limits);
-    if (!value) {
-        return value.error();
-    }
-    if (Map* map = value->asMap()) {
-        return std::move(*map);
-    }
-    return Error{std::string("expected a JSON object, found ") + value->kindName()};
+Result<Map> readMap(std::string_view text, const Limits& limits) { return mapOf(read(text, limits)); }
+
+Result<Map> readMap(std::string_view text, ListTaker& taker, const Limits& limits) {
+    return mapOf(readText(text, limits, &taker));
 }
 
 Result<std::string> write(const Value& value) { return writeContent(value); }
 Result<std::string> write(const Map& map) { return writeContent(map); }
+
+std::optional<std::string> textIn(TextEncoding encoding, Result<std::string> written) {
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    if (!written || (encoding == TextEncoding::ascii && !std::all_of(written->begin(), written->end(), isAscii))) {
+        return std::nullopt;
+    }
+    return *std::move(written);
+}
 
 } // namespace zentavo::json

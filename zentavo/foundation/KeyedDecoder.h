@@ -76,6 +76,14 @@ public:
         return records;
     }
 
+    /// `decode` for `element`, which is the one at `position` of the list under `key`, but is kept elsewhere.
+    template <class Decode>
+    auto nestedElement(std::string_view key, std::size_t position, const Value& element, Decode decode)
+        -> decltype(decode(std::declval<KeyedDecoder&>())) {
+        KeyedDecoder child = enter(key, element, position);
+        return decode(child);
+    }
+
     /// True when the member is there and not null.
     bool present(std::string_view key) const noexcept;
     /// The map being read.

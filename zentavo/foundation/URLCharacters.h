@@ -10,18 +10,32 @@ namespace zentavo::detail {
 
 constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 constexpr bool isLetter(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+/// A question to every character of every URL, answered by a look into a table.
+class CharacterSet {
+public:
+    template <class Predicate>
+    explicit constexpr CharacterSet(Predicate contains) {
+        for (unsigned c = 0; c < sizeof members_; ++c) {
+            members_[c] = contains(static_cast<char>(c));
+        }
+    }
+    constexpr bool operator()(char c) const noexcept { return members_[static_cast<unsigned char>(c)]; }
+
+private:
+    bool members_[256] = {};
+};
+
 constexpr bool isOneOf(char c, std::string_view set) noexcept { return set.find(c) != std::string_view::npos; }
 
-constexpr bool isUnreserved(char c) noexcept { return isLetter(c) || isDigit(c) || isOneOf(c, "-._~"); }
-constexpr bool isSubDelimiter(char c) noexcept { return isOneOf(c, "!$&'()*+,;="); }
-
-constexpr bool isSchemeCharacter(char c) noexcept { return isLetter(c) || isDigit(c) || isOneOf(c, "+-."); }
-constexpr bool isHostCharacter(char c) noexcept { return isUnreserved(c) || isSubDelimiter(c); }
-constexpr bool isUserInfoCharacter(char c) noexcept { return isHostCharacter(c) || c == ':'; }
-constexpr bool isPathCharacter(char c) noexcept { return isHostCharacter(c) || isOneOf(c, ":@/"); }
+inline constexpr CharacterSet isUnreserved([](char c) { return isLetter(c) || isDigit(c) || isOneOf(c, "-._~"); });
+inline constexpr CharacterSet isSchemeCharacter([](char c) { return isLetter(c) || isDigit(c) || isOneOf(c, "+-."); });
+inline constexpr CharacterSet isHostCharacter([](char c) { return isUnreserved(c) || isOneOf(c, "!$&'()*+,;="); });
+inline constexpr CharacterSet isUserInfoCharacter([](char c) { return isHostCharacter(c) || c == ':'; });
+inline constexpr CharacterSet isPathCharacter([](char c) { return isHostCharacter(c) || isOneOf(c, ":@/"); });
 /// Also those of the fragment.
-constexpr bool isQueryCharacter(char c) noexcept { return isPathCharacter(c) || c == '?'; }
-constexpr bool isQueryItemCharacter(char c) noexcept { return isQueryCharacter(c) && c != '&' && c != '='; }
+inline constexpr CharacterSet isQueryCharacter([](char c) { return isPathCharacter(c) || c == '?'; });
+inline constexpr CharacterSet isQueryItemCharacter([](char c) { return isQueryCharacter(c) && c != '&' && c != '='; });
 
 inline void appendPercent(std::string& out, char c) {
     const auto byte = static_cast<unsigned char>(c);
@@ -31,8 +45,7 @@ inline void appendPercent(std::string& out, char c) {
 }
 
 /// Appends `text` with every byte that is not `allowed` percent-encoded.
-template <class Allowed>
-void appendEncoded(std::string& out, std::string_view text, Allowed allowed) {
+inline void appendEncoded(std::string& out, std::string_view text, const CharacterSet& allowed) {
     for (const char c : text) {
         if (allowed(c)) {
             out += c;

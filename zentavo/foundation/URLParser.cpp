@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <charconv>
+#include <functional>
 
 #include "zentavo/foundation/URL.h"
 #include "zentavo/foundation/URLCharacters.h"
@@ -18,24 +19,25 @@ bool hasControlCharacter(std::string_view text) {
 enum class BrokenEscape { refuse, encode };
 
 /// Appends a component as it stands in a URL: escapes and `allowed` characters as they are, all others encoded.
-template <class Allowed>
-bool appendComponent(std::string& out, std::string_view component, Allowed allowed, BrokenEscape broken) {
-    for (std::size_t i = 0; i < component.size(); ++i) {
-        const char c = component[i];
-        if (c == '%') {
-            if (detail::hexByte(component, i + 1) >= 0) {
-                out += c;
-                continue;
-            }
-            if (broken == BrokenEscape::refuse) {
-                return false;
-            }
+bool appendComponent(std::string& out, std::string_view component, const detail::CharacterSet& allowed,
+                     BrokenEscape broken) {
+    while (!component.empty()) {
+        const auto plainEnd = std::find_if_not(component.begin(), component.end(), std::ref(allowed));
+        const auto plain = static_cast<std::size_t>(plainEnd - component.begin());
+        out += component.substr(0, plain);
+        component.remove_prefix(plain);
+        if (component.empty()) {
+            break;
         }
-        if (allowed(c)) {
-            out += c;
+        const bool isEscape = component[0] == '%';
+        if (isEscape && detail::hexByte(component, 1) >= 0) {
+            out += '%';
+        } else if (isEscape && broken == BrokenEscape::refuse) {
+            return false;
         } else {
-            detail::appendPercent(out, c);
+            detail::appendPercent(out, component[0]);
         }
+        component.remove_prefix(1);
     }
     return true;
 }
@@ -121,7 +123,7 @@ std::optional<std::string_view> schemeOf(std::string_view text) {
     }
     const std::string_view scheme = text.substr(0, end);
     if (scheme.empty() || !detail::isLetter(scheme[0]) ||
-        !std::all_of(scheme.begin(), scheme.end(), detail::isSchemeCharacter)) {
+        !std::all_of(scheme.begin(), scheme.end(), std::ref(detail::isSchemeCharacter))) {
         return std::nullopt;
     }
     return scheme;
@@ -129,7 +131,8 @@ std::optional<std::string_view> schemeOf(std::string_view text) {
 
 /// Cuts `text` at the first of `ends` and returns what stood before it; the end itself stays in `text`.
 std::string_view takeUntil(std::string_view& text, std::string_view ends) {
-    const std::string_view taken = text.substr(0, text.find_first_of(ends));
+    const auto end = std::find_first_of(text.begin(), text.end(), ends.begin(), ends.end());
+    const std::string_view taken = text.substr(0, static_cast<std::size_t>(end - text.begin()));
     text.remove_prefix(taken.size());
     return taken;
 }

@@ -31,6 +31,10 @@ std::size_t characterLength(std::string_view text, std::size_t position) noexcep
 
 bool isValid(std::string_view text) noexcept {
     for (std::size_t i = 0; i < text.size();) {
+        if (static_cast<unsigned char>(text[i]) < 0x80) { // nearly always, and worth no call
+            ++i;
+            continue;
+        }
         const std::size_t length = characterLength(text, i);
         if (length == 0) {
             return false;

@@ -12,7 +12,22 @@ constexpr double settlingTime = 0.4; // seconds
 
 BottomSheetView::BottomSheetView(platform::Views& views)
     : maximumContainerHeight(views.mainScreenBounds().height - freeHeight), views_(views),
-      screen_(views.mainScreenBounds()) {}
+      screen_(views.mainScreenBounds()) {
+    resizes_ = views.listenForResizes([this] { handleResize(); });
+}
+
+/// A sheet at its full height goes on being so; where the window leaves it less room than it has, it takes what there is.
+void BottomSheetView::handleResize() {
+    const double before = maximumContainerHeight;
+    screen_ = views_.mainScreenBounds();
+    maximumContainerHeight = screen_.height - freeHeight;
+    currentContainerHeight_ = currentContainerHeight_ >= before
+                                  ? maximumContainerHeight
+                                  : std::min(currentContainerHeight_, maximumContainerHeight);
+    if (heightConstraint_ && bottomConstraint_ == 0) {
+        place(currentContainerHeight_);
+    }
+}
 
 const std::shared_ptr<platform::View>& BottomSheetView::lazy(std::shared_ptr<platform::View>& view, const char* name,
                                                              const std::shared_ptr<platform::View>& superview) {

@@ -19,7 +19,8 @@ public:
 
     explicit BottomSheetView(platform::Views& views);
 
-    const double maximumContainerHeight;
+    /// Follows the window.
+    double maximumContainerHeight;
     double currentContainerHeight() const noexcept { return currentContainerHeight_; }
 
     /// What the sheet is put into; null for the host's window. Takes effect in `present`.
@@ -48,12 +49,14 @@ public:
     static double settledHeight(double height, bool movingDown, double maximum) noexcept;
 
 private:
+    void handleResize();
     void place(double height, double below = 0);
     const std::shared_ptr<platform::View>& lazy(std::shared_ptr<platform::View>& view, const char* name,
                                                 const std::shared_ptr<platform::View>& superview);
 
     platform::Views& views_;
-    const platform::Rect screen_;
+    platform::Rect screen_;
+    std::shared_ptr<const void> resizes_;
     double currentContainerHeight_ = defaultHeight;
     std::optional<double> heightConstraint_;
     std::optional<double> bottomConstraint_;

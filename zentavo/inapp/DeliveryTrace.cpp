@@ -1,7 +1,9 @@
 #include "zentavo/inapp/DeliveryTrace.h"
 
 #include <algorithm>
+#include <iterator>
 
+#include "zentavo/foundation/JSON.h"
 #include "zentavo/foundation/Printable.h"
 
 namespace zentavo {
@@ -47,6 +49,31 @@ const char* words(DeliveryTrace::ClosedBy closedBy) noexcept {
         return "closed because its content cannot be asked for";
     }
     return "";
+}
+
+const char* name(DeliveryTrace::Outcome outcome) noexcept {
+    static constexpr const char* names[] = {"noAnswer",        "undecodable",    "nothingToShow",
+                                            "noUserInterface", "alreadyShowing", "presented"};
+    return names[static_cast<std::size_t>(outcome)];
+}
+
+const char* name(DeliveryTrace::ClosedBy closedBy) noexcept {
+    static constexpr const char* names[] = {"page", "click", "overlay", "pageProcessDied", "replaced", "noContent"};
+    return names[static_cast<std::size_t>(closedBy)];
+}
+
+Map mapOf(const DeliveryTrace::Campaign& campaign) {
+    Map map{{"story_id", campaign.storyId}, {"template", printable(campaign.templateType, longestName)}};
+    if (campaign.capped) {
+        const auto& capped = *campaign.capped;
+        map.set("capped", Map{{"level", name(capped.level)},
+                              {"event", printable(capped.event, longestName)},
+                              {"counter", capped.counter},
+                              {"limit", capped.limit}});
+    } else if (campaign.typeDropped) {
+        map.set("type_dropped", true);
+    }
+    return map;
 }
 
 std::string describe(const DeliveryTrace::Campaign& campaign) {
@@ -100,6 +127,26 @@ std::string DeliveryTrace::text() const {
         line += words(*closedBy);
     }
     return line;
+}
+
+std::string DeliveryTrace::json() const {
+    const auto named = static_cast<std::ptrdiff_t>(std::min(campaigns.size(), mostInJSON));
+    List list;
+    std::transform(campaigns.begin(), campaigns.begin() + named, std::back_inserter(list), mapOf);
+    Map map{{"event", printable(eventName, longestName)},
+            {"received_bytes", receivedBytes},
+            {"outcome", name(outcome)},
+            {"campaigns", std::move(list)}};
+    if (chosen) {
+        map.set("chosen", *chosen);
+    }
+    if (!problem.empty()) {
+        map.set("problem", printable(problem));
+    }
+    if (closedBy) {
+        map.set("closed_by", name(*closedBy));
+    }
+    return zentavo::json::write(map).value(); // what is printable is UTF-8
 }
 
 } // namespace zentavo

@@ -62,6 +62,12 @@ struct ZENTAVO_EXPORT DeliveryTrace {
 
     /// One line that says all of it, long lists of campaigns and long texts cut short, without control characters.
     std::string text() const;
+    /// All of it as a JSON object, for a tool: "event", "received_bytes", "outcome", "campaigns" (the first
+    /// `mostInJSON`), each with "story_id", "template" and, where so, "type_dropped" or "capped" ("level", "event",
+    /// "counter", "limit"); and where they are there "chosen", a position in them, "problem" and "closed_by". Outcome,
+    /// "closed_by" and "level" are the enumerators' names. Texts as in `text`.
+    std::string json() const;
+    static constexpr std::size_t mostInJSON = 1000;
 };
 
 } // namespace zentavo

@@ -10,10 +10,14 @@ bool FullScreenViewController::present(const std::string& html) {
     if (!webView || !userInterface_->views) {
         return false;
     }
-    webView->setFrame(userInterface_->views->mainScreenBounds());
+    const auto fill = [page = webView, interface = userInterface_] {
+        page->setFrame(interface->views->mainScreenBounds());
+    };
+    fill();
     if (!userInterface_->views->showOverWindow(webView)) {
         return false;
     }
+    resizes_ = userInterface_->views->listenForResizes(fill);
     webView->loadHTML(html, std::chrono::seconds(60));
     return true;
 }
@@ -21,6 +25,7 @@ bool FullScreenViewController::present(const std::string& html) {
 void FullScreenViewController::dismiss() {
     if (webView) {
         webView->removeFromSuperview();
+        resizes_.reset();
     }
 }
 

@@ -21,6 +21,7 @@ public:
 
 private:
     const std::shared_ptr<const platform::UserInterface> userInterface_;
+    std::shared_ptr<const void> resizes_;
 };
 
 } // namespace zentavo

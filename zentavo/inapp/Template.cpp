@@ -28,7 +28,9 @@ void Template::handleMessage(Zentavo& facade, const Map& body) {
     }
     if (const auto* size = std::get_if<SizeMessage>(&*message)) {
         takeScreen();
-        place(layout::templateFrame(tempateType, *size, customPopupView->view->frame(), screen()));
+        place([type = tempateType, message = *size](const layout::Screen& screen) {
+            return layout::templateFrame(type, message, layout::initialFrame(type, screen), screen);
+        });
     } else if (const auto* corner = std::get_if<CornerMessage>(&*message)) {
         customPopupView->setCornerRadius(
             static_cast<double>(std::clamp<std::int64_t>(corner->radius, 0, layout::furthest)));

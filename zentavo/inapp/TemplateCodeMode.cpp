@@ -90,8 +90,7 @@ void TemplateCodeMode::handleTemplateInfo(const std::optional<std::string>& data
     }
     if (info && info->data && info->data->codeModeSettings) {
         laidOut_ = true;
-        place(layout::codeModeFrame(tempateType, *info->data, screen()));
-        return;
+        return placeBy(*std::move(info->data));
     }
     if (info && info->data) {
         options_ = std::move(info->data->options);
@@ -149,12 +148,20 @@ void TemplateCodeMode::measure() {
 void TemplateCodeMode::placeMeasured(std::int64_t width, std::int64_t height) {
     if (!options_) {
         // Nobody knows where it belongs.
-        return place(layout::templateFrame("", SizeMessage{width, height, 0, 0, "px", "bottom"}, {}, screen()));
+        return place([message = SizeMessage{width, height, 0, 0, "px", "bottom"}](const layout::Screen& screen) {
+            return layout::templateFrame("", message, {}, screen);
+        });
     }
     CodeModeSettings size;
     size.width = width;
     size.height = height;
-    place(layout::codeModeFrame(tempateType, {options_, std::move(size)}, screen()));
+    placeBy({options_, std::move(size)});
+}
+
+void TemplateCodeMode::placeBy(TemplateInfoResponse::TemplateData data) {
+    place([type = tempateType, data = std::move(data)](const layout::Screen& screen) {
+        return layout::codeModeFrame(type, data, screen);
+    });
 }
 
 void TemplateCodeMode::fire(const std::optional<std::string>& trackingURL) const {

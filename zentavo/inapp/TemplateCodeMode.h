@@ -39,6 +39,7 @@ private:
     void handleLoaded();
     void measure();
     void placeMeasured(std::int64_t width, std::int64_t height);
+    void placeBy(TemplateInfoResponse::TemplateData data);
     void fire(const std::optional<std::string>& trackingURL) const;
     /// Carries an answer from the worker to the main queue, if the message is still there by then.
     HTTPClient::Completion onMainQueue(void (TemplateCodeMode::*handler)(const std::optional<std::string>&));

@@ -51,6 +51,13 @@ bool TemplatePresenter::show() {
             self->close(DeliveryTrace::ClosedBy::pageProcessDied);
         }
     };
+    resizes_ = views.listenForResizes([weak = weak_from_this()] {
+        entryPoint("main queue", [&] {
+            if (const auto self = weak.lock()) {
+                self->handleResize();
+            }
+        });
+    });
     popup_->listen();
     if (!views.showOverWindow(overlayView) || !views.showOverWindow(popup_->view)) {
         takeDown();
@@ -73,9 +80,26 @@ void TemplatePresenter::takeScreen() {
     }
 }
 
-void TemplatePresenter::place(platform::Rect frame) {
+void TemplatePresenter::handleResize() {
+    if (closed_) {
+        return;
+    }
+    overlayView->setFrame(userInterface_->views->mainScreenBounds());
+    if (placement_) {
+        move();
+    } else {
+        popup_->setFrame(layout::initialFrame(tempateType, screen()));
+    }
+}
+
+void TemplatePresenter::place(Placement placement) {
+    placement_ = std::move(placement);
+    move();
+}
+
+void TemplatePresenter::move() {
     userInterface_->views->animate(
-        0, [&] { popup_->setFrame(frame); },
+        0, [&] { popup_->setFrame(placement_(screen())); },
         [weak = weak_from_this()] {
             const auto self = weak.lock();
             if (self && !self->closed_) {
@@ -133,6 +157,7 @@ void TemplatePresenter::takeDown() {
         return;
     }
     closed_ = true;
+    resizes_.reset();
     overlayView->setHidden(true);
     popup_->view->setHidden(true);
     popup_->view->removeFromSuperview();

@@ -49,8 +49,9 @@ protected:
     layout::Screen screen() const;
     /// From now on the message has the screen: the window is dimmed and does not react, unless the message is a bar.
     void takeScreen();
-    /// Moves the popup and tells its page.
-    void place(platform::Rect frame);
+    using Placement = std::function<platform::Rect(const layout::Screen&)>;
+    /// Moves the popup to where it belongs, now and whenever the screen has another size, and tells its page.
+    void place(Placement placement);
     void clicked(Zentavo& facade, const ClickMessage& click);
 
     std::shared_ptr<Zentavo> facade() const { return facade_.lock(); }
@@ -58,10 +59,15 @@ protected:
 
 private:
     void takeDown();
+    void handleResize();
+    void move();
 
     const std::weak_ptr<Zentavo> facade_;
     const std::shared_ptr<const platform::UserInterface> userInterface_;
     const std::shared_ptr<PopupView> popup_;
+    /// None until it is known how large the message is.
+    Placement placement_;
+    std::shared_ptr<const void> resizes_;
     bool closed_ = false;
 };
 

@@ -14,6 +14,12 @@ bool WebViewController::present(platform::Rect frame) {
     if (!userInterface_->views->showOverWindow(popUpWebView)) {
         return false;
     }
+    resizes_.reset();
+    if (frame == userInterface_->views->mainScreenBounds()) {
+        resizes_ = userInterface_->views->listenForResizes([page = popUpWebView, interface = userInterface_] {
+            page->setFrame(interface->views->mainScreenBounds());
+        });
+    }
     popUpWebView->load(*url, std::chrono::seconds(60));
     return true;
 }
@@ -21,6 +27,7 @@ bool WebViewController::present(platform::Rect frame) {
 void WebViewController::dismiss() {
     if (popUpWebView) {
         popUpWebView->removeFromSuperview();
+        resizes_.reset();
     }
 }
 

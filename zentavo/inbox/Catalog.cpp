@@ -15,9 +15,8 @@ Result<std::string> Catalog::jsonData() const {
     return json::write(Map{{"catalogId", catalogId}, {"catalogName", catalogName}});
 }
 
-std::optional<std::string> Catalog::jsonString() const {
-    auto text = jsonData();
-    return text ? std::optional(*std::move(text)) : std::nullopt;
+std::optional<std::string> Catalog::jsonString(TextEncoding encoding) const {
+    return json::textIn(encoding, jsonData());
 }
 
 } // namespace zentavo

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "zentavo/foundation/KeyedDecoder.h"
+#include "zentavo/foundation/TextEncoding.h"
 
 namespace zentavo {
 
@@ -16,8 +17,8 @@ struct ZENTAVO_EXPORT Catalog {
 
     /// The record as JSON under its keys; an error where its text is not UTF-8.
     Result<std::string> jsonData() const;
-    /// The same as text, and none instead of an error.
-    std::optional<std::string> jsonString() const;
+    /// The same as text: none instead of an error, and where `encoding` has not all of its characters.
+    std::optional<std::string> jsonString(TextEncoding encoding = TextEncoding::utf8) const;
 
     friend bool operator==(const Catalog&, const Catalog&) = default;
 };

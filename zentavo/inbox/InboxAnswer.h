@@ -4,8 +4,31 @@
 
 #include "zentavo/foundation/JSON.h"
 #include "zentavo/foundation/KeyedDecoder.h"
+#include "zentavo/inbox/RecordLists.h"
 
 namespace zentavo {
+
+namespace inbox {
+
+/// The answer that `decoder` has read, unless it failed; its remarks go to `remark`.
+template <class Response, class Remark>
+Result<Response, DecodingFailure> checked(Response response, const KeyedDecoder& decoder, Remark remark) {
+    if (decoder.failed()) {
+        return *decoder.failure();
+    }
+    for (const std::string& line : decoder.remarks()) {
+        remark(line);
+    }
+    return response;
+}
+
+inline DecodingFailure unreadable(const Error& error) {
+    DecodingFailure failure;
+    failure.message = error.message;
+    return failure;
+}
+
+} // namespace inbox
 
 /// Reads the bytes of an answer as one `Response`. What is odd about it without being wrong is handed to `remark`, line
 /// by line.
@@ -14,19 +37,28 @@ Result<Response, DecodingFailure> readInboxAnswer(std::string_view bytes, Remark
                                                   const json::Limits& limits = {}) {
     const auto source = json::readMap(bytes, limits);
     if (!source) {
-        DecodingFailure failure;
-        failure.message = source.error().message;
-        return failure;
+        return inbox::unreadable(source.error());
     }
     KeyedDecoder decoder(*source);
-    Response response = Response::decode(decoder);
-    if (decoder.failed()) {
-        return *decoder.failure();
+    return inbox::checked(Response::decode(decoder), decoder, remark);
+}
+
+/// The same for answers whose "data" holds lists of records.
+template <class Response, class Remark>
+    requires requires { typename Response::Record; }
+Result<Response, DecodingFailure> readInboxAnswer(std::string_view bytes, Remark remark,
+                                                  const json::Limits& limits = {}) {
+    RecordLists<typename Response::Record> lists;
+    const auto source = json::readMap(bytes, lists, limits);
+    if (!source) {
+        return inbox::unreadable(source.error());
     }
-    for (const std::string& line : decoder.remarks()) {
-        remark(line);
+    if (lists.decoder().failed()) {
+        return *lists.decoder().failure();
     }
-    return response;
+    KeyedDecoder decoder(*source);
+    Response response = Response::decode(decoder, lists);
+    return decoder.failed() ? *decoder.failure() : inbox::checked(std::move(response), lists.decoder(), remark);
 }
 
 } // namespace zentavo

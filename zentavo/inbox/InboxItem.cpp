@@ -1,5 +1,6 @@
 #include "zentavo/inbox/InboxItem.h"
 
+#include "zentavo/foundation/JSON.h"
 #include "zentavo/foundation/JSONWriter.h"
 
 namespace zentavo {
@@ -8,37 +9,24 @@ namespace {
 
 /// Every field with its key, in the order in which they are read: one list for both ways.
 template <class Item, class Visitor>
-void visitFields(Item& item, Visitor&& field) {
-    field("item_id", item.itemId);
-    field("last_updated", item.lastUpdated);
-    field("heading", item.heading);
-    field("date_created", item.dateCreated);
-    field("catalog_ids", item.catalogId);
-    field("launch_url", item.lauchUrl);
-    field("lookup_type", item.lookupType);
-    field("template_id", item.templateId);
-    field("content", item.content);
-    field("app_url", item.appUrl);
-    field("status", item.status);
-    field("image_url", item.imageUrl);
-    field("button_app_url_1", item.buttonAppUrl1);
-    field("button_app_url_2", item.buttonAppUrl2);
-    field("button_launch_url_1", item.buttonLaunchUrl1);
-    field("button_launch_url_2", item.buttonLaunchUrl2);
-    field("button_label_1", item.buttonLabel1);
-    field("button_label_2", item.buttonLabel2);
-    field("tracking_url", item.trackingUrl);
+void visitFields(Item& item, Visitor&& visit) {
+    auto key = InboxItem::keys.begin();
+    const auto fields = [&](auto&... field) { (visit(*key++, field), ...); };
+    fields(item.itemId, item.lastUpdated, item.heading, item.dateCreated, item.catalogId, item.lauchUrl,
+           item.lookupType, item.templateId, item.content, item.appUrl, item.status, item.imageUrl, item.buttonAppUrl1,
+           item.buttonAppUrl2, item.buttonLaunchUrl1, item.buttonLaunchUrl2, item.buttonLabel1, item.buttonLabel2,
+           item.trackingUrl);
 }
 
 class Reader {
 public:
     explicit Reader(KeyedDecoder& decoder) : decoder_(decoder) {}
 
-    void operator()(const char* key, std::string& field) { field = decoder_.string(key); }
-    void operator()(const char* key, std::int64_t& field) { field = decoder_.integer(key); }
-    void operator()(const char* key, std::vector<std::string>& field) { field = decoder_.stringList(key); }
-    void operator()(const char* key, std::optional<std::string>& field) { field = decoder_.optionalString(key); }
-    void operator()(const char* key, std::optional<URL>& field) {
+    void operator()(std::string_view key, std::string& field) { field = decoder_.string(key); }
+    void operator()(std::string_view key, std::int64_t& field) { field = decoder_.integer(key); }
+    void operator()(std::string_view key, std::vector<std::string>& field) { field = decoder_.stringList(key); }
+    void operator()(std::string_view key, std::optional<std::string>& field) { field = decoder_.optionalString(key); }
+    void operator()(std::string_view key, std::optional<URL>& field) {
         if (const auto text = decoder_.optionalString(key)) {
             field = URL::parse(*text);
             if (!field) {
@@ -55,9 +43,9 @@ class Writer {
 public:
     explicit Writer(JSONWriter& writer) : writer_(writer) {}
 
-    void operator()(const char* key, const std::string& field) { member(key, field); }
-    void operator()(const char* key, std::int64_t field) { member(key, field); }
-    void operator()(const char* key, const std::vector<std::string>& field) {
+    void operator()(std::string_view key, const std::string& field) { member(key, field); }
+    void operator()(std::string_view key, std::int64_t field) { member(key, field); }
+    void operator()(std::string_view key, const std::vector<std::string>& field) {
         writer_.key(key);
         writer_.beginList();
         for (const std::string& text : field) {
@@ -65,12 +53,12 @@ public:
         }
         writer_.endList();
     }
-    void operator()(const char* key, const std::optional<std::string>& field) {
+    void operator()(std::string_view key, const std::optional<std::string>& field) {
         if (field) {
             member(key, *field);
         }
     }
-    void operator()(const char* key, const std::optional<URL>& field) {
+    void operator()(std::string_view key, const std::optional<URL>& field) {
         if (field) {
             member(key, field->text());
         }
@@ -78,7 +66,7 @@ public:
 
 private:
     template <class Content>
-    void member(const char* key, const Content& content) {
+    void member(std::string_view key, const Content& content) {
         writer_.key(key);
         writer_.value(content);
     }
@@ -94,13 +82,12 @@ InboxItem InboxItem::decode(KeyedDecoder& decoder) {
     return item;
 }
 
-std::optional<std::string> InboxItem::jsonString() const {
+std::optional<std::string> InboxItem::jsonString(TextEncoding encoding) const {
     JSONWriter writer;
     writer.beginMap();
     visitFields(*this, Writer(writer));
     writer.endMap();
-    auto text = writer.finish();
-    return text ? std::optional(*std::move(text)) : std::nullopt;
+    return json::textIn(encoding, writer.finish());
 }
 
 } // namespace zentavo

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "zentavo/foundation/KeyedDecoder.h"
+#include "zentavo/foundation/TextEncoding.h"
 #include "zentavo/foundation/URL.h"
 
 namespace zentavo {
@@ -38,8 +41,31 @@ struct ZENTAVO_EXPORT InboxItem {
     static InboxItem decode(KeyedDecoder& decoder);
 
     /// The record as JSON text under the keys that it is decoded from, absent fields left out; none where text is not
-    /// UTF-8.
-    std::optional<std::string> jsonString() const;
+    /// UTF-8, or has characters that `encoding` has not.
+    std::optional<std::string> jsonString(TextEncoding encoding = TextEncoding::utf8) const;
+
+    /// What services call the fields, in the order above; and two more that a message has there, which are not read.
+    static constexpr std::array<std::string_view, 21> keys{"item_id",
+                                                           "last_updated",
+                                                           "heading",
+                                                           "date_created",
+                                                           "catalog_ids",
+                                                           "launch_url",
+                                                           "lookup_type",
+                                                           "template_id",
+                                                           "content",
+                                                           "app_url",
+                                                           "status",
+                                                           "image_url",
+                                                           "button_app_url_1",
+                                                           "button_app_url_2",
+                                                           "button_launch_url_1",
+                                                           "button_launch_url_2",
+                                                           "button_label_1",
+                                                           "button_label_2",
+                                                           "tracking_url",
+                                                           "item_type",
+                                                           "destination_id"};
 
     friend bool operator==(const InboxItem&, const InboxItem&) = default;
 };

@@ -12,27 +12,6 @@ void decodeRest(KeyedDecoder& decoder, Response& response) {
     response.message = decoder.string("message");
 }
 
-/// The map under "data", `read(decoder, key)` giving the value of each of its members.
-template <class Content, class Read>
-std::map<std::string, Content> decodeData(KeyedDecoder& decoder, Read read) {
-    return decoder.nested("data", [&](KeyedDecoder& data) {
-        std::map<std::string, Content> members;
-        for (const auto& [key, value] : data.source()) {
-            if (data.failed()) {
-                break;
-            }
-            members.emplace(key, read(data, key));
-        }
-        return members;
-    });
-}
-
-template <class Record>
-std::map<std::string, std::vector<Record>> decodeLists(KeyedDecoder& decoder) {
-    return decodeData<std::vector<Record>>(
-        decoder, [](KeyedDecoder& data, const std::string& key) { return data.nestedList(key, Record::decode); });
-}
-
 template <class Record>
 std::vector<Record> takeEntries(std::map<std::string, std::vector<Record>>& data) {
     const auto found = data.find(entriesKey);
@@ -41,18 +20,18 @@ std::vector<Record> takeEntries(std::map<std::string, std::vector<Record>>& data
 
 } // namespace
 
-InboxItemAPIResponse InboxItemAPIResponse::decode(KeyedDecoder& decoder) {
+InboxItemAPIResponse InboxItemAPIResponse::decode(KeyedDecoder& decoder, RecordLists<Record>& lists) {
     InboxItemAPIResponse response;
-    response.data = decodeLists<InboxItem>(decoder);
+    response.data = decoder.nested("data", [&](KeyedDecoder& members) { return lists.in(members); });
     decodeRest(decoder, response);
     return response;
 }
 
 std::vector<InboxItem> InboxItemAPIResponse::entries() && { return takeEntries(data); }
 
-CatalogAPIResponse CatalogAPIResponse::decode(KeyedDecoder& decoder) {
+CatalogAPIResponse CatalogAPIResponse::decode(KeyedDecoder& decoder, RecordLists<Record>& lists) {
     CatalogAPIResponse response;
-    response.data = decodeLists<Catalog>(decoder);
+    response.data = decoder.nested("data", [&](KeyedDecoder& members) { return lists.in(members); });
     decodeRest(decoder, response);
     return response;
 }
@@ -68,8 +47,13 @@ GetMessageByIdAPIResponse GetMessageByIdAPIResponse::decode(KeyedDecoder& decode
 
 UnreadMessageAPIResponse UnreadMessageAPIResponse::decode(KeyedDecoder& decoder) {
     UnreadMessageAPIResponse response;
-    response.data = decodeData<std::int64_t>(
-        decoder, [](KeyedDecoder& counts, const std::string& key) { return counts.integer(key); });
+    response.data = decoder.nested("data", [](KeyedDecoder& members) {
+        std::map<std::string, std::int64_t> counts;
+        for (const auto& [key, value] : members.source()) {
+            counts.emplace(key, members.integer(key));
+        }
+        return counts;
+    });
     decodeRest(decoder, response);
     return response;
 }

@@ -7,6 +7,7 @@
 
 #include "zentavo/inbox/Catalog.h"
 #include "zentavo/inbox/InboxItem.h"
+#include "zentavo/inbox/RecordLists.h"
 #include "zentavo/tracking/HTTPResponse.h"
 
 namespace zentavo {
@@ -17,21 +18,25 @@ namespace zentavo {
 
 /// A page of messages.
 struct InboxItemAPIResponse {
+    using Record = InboxItem;
+
     std::map<std::string, std::vector<InboxItem>> data;
     HTTPResponse code{};
     std::string message;
 
-    static InboxItemAPIResponse decode(KeyedDecoder& decoder);
+    static InboxItemAPIResponse decode(KeyedDecoder& decoder, RecordLists<Record>& lists);
     /// Moves `data`'s "entries" out; empty where there are none.
     std::vector<InboxItem> entries() &&;
 };
 
 struct CatalogAPIResponse {
+    using Record = Catalog;
+
     std::map<std::string, std::vector<Catalog>> data;
     HTTPResponse code{};
     std::string message;
 
-    static CatalogAPIResponse decode(KeyedDecoder& decoder);
+    static CatalogAPIResponse decode(KeyedDecoder& decoder, RecordLists<Record>& lists);
     /// Moves `data`'s "entries" out; empty where there are none.
     std::vector<Catalog> entries() &&;
 };

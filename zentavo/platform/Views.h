@@ -115,6 +115,11 @@ public:
     virtual Appearance appearance() const = 0;
     /// Called after the bounds or the appearance have changed, never inside a call. One handler; null takes it away.
     virtual void setOnChange(std::function<void()> onChange) = 0;
+    /// Calls `onResize` on the main queue whenever the bounds or the safe area are others, until what is returned is let
+    /// go of: then not once more, also where a call was on its way. Never inside another call. Frames that fill the bounds
+    /// may have been set anew by then; all others are the listeners' affair. They are told in the order in which they
+    /// asked, and what they ask for has the newest values: of sizes that follow each other quickly some are left out.
+    [[nodiscard]] virtual std::shared_ptr<const void> listenForResizes(std::function<void()> onResize) = 0;
 
     virtual std::shared_ptr<View> makeView() = 0;
     virtual std::shared_ptr<Label> makeLabel() = 0;

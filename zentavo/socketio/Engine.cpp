@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <span>
 #include <utility>
 
 #include "zentavo/socketio/PollingTransport.h"
@@ -37,6 +38,11 @@ std::shared_ptr<Transport> Engine::make(TransportKind kind) {
 
 void Engine::open() {
     state_ = State::opening;
+    start();
+}
+
+void Engine::start() {
+    kind_ = options_.transports[failed_];
     arm(Wait::connect, options_.connectTimeout);
     current_ = make(kind_);
     current_->open({});
@@ -126,7 +132,7 @@ void Engine::onHandshake(std::string_view data) {
 }
 
 void Engine::beginUpgrade() {
-    const auto& allowed = options_.transports;
+    const auto allowed = std::span(options_.transports).subspan(failed_);
     if (kind_ != TransportKind::polling || !options_.upgrade || !handshake_.offersWebSocket ||
         std::find(allowed.begin(), allowed.end(), TransportKind::webSocket) == allowed.end()) {
         return;
@@ -270,6 +276,12 @@ void Engine::onTimer(Wait wait) {
 }
 
 void Engine::end(DisconnectReason reason, std::string detail) {
+    if (state_ == State::opening && options_.tryAllTransports && failed_ + 1 < options_.transports.size()) {
+        ++failed_;
+        current_->close(); // it may be the one that calls, and holds itself meanwhile
+        start();
+        return;
+    }
     const auto self = shared_from_this();
     const bool told = state_ == State::opening || state_ == State::open;
     shut();

@@ -59,6 +59,7 @@ private:
     void onTransportEnd(Transport& transport, bool error, const std::string& detail) override;
 
     std::shared_ptr<Transport> make(TransportKind kind);
+    void start();
     void onHandshake(std::string_view data);
     void beginUpgrade();
     void giveUpUpgrade();
@@ -79,7 +80,8 @@ private:
     const std::weak_ptr<EngineOwner> owner_;
 
     State state_ = State::idle;
-    TransportKind kind_; ///< of `current_`
+    std::size_t failed_ = 0; ///< so many transports brought no connection about
+    TransportKind kind_;     ///< of `current_`
     std::shared_ptr<Transport> current_;
     std::shared_ptr<Transport> next_; ///< the WebSocket that is tried beside polling
     bool changing_ = false;           ///< `next_` answered: polling comes to rest, and nothing is sent

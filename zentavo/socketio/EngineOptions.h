@@ -28,10 +28,13 @@ struct EngineOptions {
     /// The first one starts. A connection that starts with polling goes over to WebSocket where both are here.
     std::vector<TransportKind> transports{TransportKind::polling, TransportKind::webSocket};
     bool upgrade = true;
+    /// Where the first transport brings no connection about, the next one of `transports` is tried, and so on; the ones
+    /// that failed are not gone over to either. The next connection begins with the first again.
+    bool tryAllTransports = false;
     /// Cookies that the server sets go along with WebSocket connections too. Those of HTTP are the URL session's
     /// affair.
     bool cookies = true;
-    /// From the start to the server's handshake.
+    /// From the start to the server's handshake, for each transport that is tried.
     std::chrono::milliseconds connectTimeout{20'000};
     /// A change to WebSocket that takes longer is given up; polling goes on.
     std::chrono::milliseconds upgradeTimeout{10'000};

@@ -10,6 +10,7 @@ namespace zentavo::websocket {
 namespace {
 
 constexpr std::string_view flushTail("\x00\x00\xFF\xFF", 4);
+constexpr std::size_t shortPart = 1024;
 
 // zlib only reads through this pointer.
 Bytef* input(std::string_view bytes) { return reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data())); }
@@ -137,6 +138,13 @@ Inflater::Outcome Inflater::expand(std::string_view part, bool last, std::string
     if (!state_->made) {
         return Outcome::corrupt;
     }
+    // A short message and what belongs behind it are one turn of zlib's: a second one would cost as much as the first.
+    std::array<char, shortPart + flushTail.size()> whole;
+    const bool together = last && part.size() <= shortPart;
+    if (together) {
+        std::copy(flushTail.begin(), flushTail.end(), std::copy(part.begin(), part.end(), whole.begin()));
+        part = {whole.data(), part.size() + flushTail.size()};
+    }
     while (!part.empty()) {
         const std::string_view some = part.substr(0, UINT_MAX / 8);
         part.remove_prefix(some.size());
@@ -148,7 +156,7 @@ Inflater::Outcome Inflater::expand(std::string_view part, bool last, std::string
     if (!last) {
         return Outcome::ok;
     }
-    const Outcome outcome = run(flushTail, out, limit);
+    const Outcome outcome = together ? Outcome::ok : run(flushTail, out, limit);
     if (outcome == Outcome::ok && !takeover_ && !restart(false)) {
         return Outcome::corrupt;
     }

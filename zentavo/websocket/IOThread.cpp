@@ -40,9 +40,9 @@ bool IOThread::isCurrent() noexcept { return onIOThread; }
 
 IOThread::IOThread() {
     end();
-    // What is registered first is undone last: OpenSSL must outlive the thread, which uses it. (With no option it
-    // registers nothing.)
-    OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CRYPTO_STRINGS, nullptr);
+    // What is registered first is undone last: OpenSSL must outlive the thread, which may use it. With no option it
+    // registers nothing; this one does nothing else, where loading its strings would touch more than a megabyte.
+    OPENSSL_init_crypto(OPENSSL_INIT_ATFORK, nullptr);
     const asio::detail::signal_blocker blocked;
     std::thread([this] {
         onIOThread = true;

@@ -9,10 +9,11 @@
 namespace zentavo::websocket {
 namespace {
 
-// A read takes what has come in meanwhile. Connections that receive much get a large buffer, the others stay small. A
-// larger one yet would cost more than it saves: what is read is used again at once, and should still be in the cache.
+// A read takes what has come in meanwhile. Connections that receive much get a large buffer, the others stay small. It
+// holds a message of 64 kB as a whole, which then is not copied. A larger one yet would cost more than it saves: what is
+// read is used again at once, and should still be in the cache.
 constexpr std::size_t smallBuffer = 16384;
-constexpr std::size_t largeBuffer = 65536;
+constexpr std::size_t largeBuffer = 131072;
 
 } // namespace
 

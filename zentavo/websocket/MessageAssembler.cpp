@@ -125,16 +125,19 @@ std::span<char> MessageAssembler::room(std::uint64_t missing) {
 
 bool MessageAssembler::expand(const FramePiece& piece, bool last) {
     const std::size_t before = expanded_.size();
-    switch (inflater_->expand(piece.data, last, expanded_, maximum_)) {
+    const Inflater::Outcome outcome = inflater_->expand(piece.data, last, expanded_, maximum_);
+    // What was expanded stands before what could not be: of two faults the first in the message counts, however its
+    // bytes arrive.
+    if (kind_ == MessageKind::text && !utf8_.feed(std::string_view(expanded_).substr(before))) {
+        return refuse(CloseCode::invalidData, "text is not UTF-8");
+    }
+    switch (outcome) {
     case Inflater::Outcome::ok:
         break;
     case Inflater::Outcome::corrupt:
         return refuse(CloseCode::invalidData, "compressed data is corrupt");
     case Inflater::Outcome::tooLarge:
         return refuse(CloseCode::tooLarge, "a message is too large when expanded");
-    }
-    if (kind_ == MessageKind::text && !utf8_.feed(std::string_view(expanded_).substr(before))) {
-        return refuse(CloseCode::invalidData, "text is not UTF-8");
     }
     return true;
 }

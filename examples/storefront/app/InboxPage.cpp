@@ -26,7 +26,7 @@ constexpr unsigned patienceMilliseconds = 10'000;
 /// Rows that were added have their sizes by then.
 constexpr unsigned layoutMilliseconds = 100;
 /// The service has done what it was asked for by then, as a rule.
-constexpr unsigned removalMilliseconds = 500;
+constexpr unsigned settledMilliseconds = 500;
 
 Gtk::Widget& sign(const Glib::ustring& icon) {
     auto& image = *Gtk::make_managed<Gtk::Image>();
@@ -119,7 +119,12 @@ void InboxPage::refresh() {
 }
 
 void InboxPage::askForUnread() {
-    services_.sdk->appInbox()->countUnreadMessage(later([this](std::int64_t count) { setUnread(count); }));
+    // A number from before the user's latest change is of no use: after a change it is asked for again.
+    services_.sdk->appInbox()->countUnreadMessage(later([this, change = change_](std::int64_t count) {
+        if (change == change_) {
+            setUnread(count);
+        }
+    }));
 }
 
 void InboxPage::askForPage(std::int64_t page, Fill fill) {
@@ -240,7 +245,7 @@ void InboxPage::open(MessageRow& row) {
     if (row.unread()) {
         row.showRead();
         services_.sdk->appInbox()->modifyMessageStatus({item.itemId}, ModifyAction::read);
-        setUnread(unread_ - 1);
+        changeUnread(unread_ - 1);
     }
     if (const auto& target = item.appUrl ? item.appUrl : item.lauchUrl) {
         services_.open(*target);
@@ -253,11 +258,11 @@ void InboxPage::remove(MessageRow& row) {
     }
     services_.sdk->appInbox()->modifyMessageStatus({row.item().itemId}, ModifyAction::remove);
     if (row.unread()) {
-        setUnread(unread_ - 1);
+        changeUnread(unread_ - 1);
     }
     showWhatIsThere();
     // What came behind it moves up: once the service has done so, the last page has a message that is not here yet.
-    soon(removalMilliseconds, [this] {
+    soon(settledMilliseconds, [this] {
         if (!complete_) {
             askForPage(page_, Fill::further);
         }
@@ -269,7 +274,17 @@ void InboxPage::markAllAsRead() {
     for (MessageRow* row : rows()) {
         row->showRead();
     }
-    setUnread(0);
+    changeUnread(0);
+}
+
+void InboxPage::changeUnread(std::int64_t count) {
+    setUnread(count);
+    // A change says nothing of its success, so the service is asked what it made of it.
+    soon(settledMilliseconds, [this, change = ++change_] {
+        if (change == change_) {
+            askForUnread();
+        }
+    });
 }
 
 void InboxPage::setUnread(std::int64_t count) {

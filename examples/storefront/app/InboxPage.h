@@ -54,6 +54,8 @@ private:
     void showPage(std::int64_t page, Fill fill, std::vector<zentavo::InboxItem> items);
     void showWhatIsThere();
     void showCatalogs(const std::vector<zentavo::Catalog>& catalogs);
+    /// What the user has just made of the number of unread messages, until the service says what it is.
+    void changeUnread(std::int64_t count);
     void setUnread(std::int64_t count);
     bool canScroll() const;
     void showProblem();
@@ -82,6 +84,7 @@ private:
     std::set<std::string> known_; ///< the messages that have a row
     std::int64_t page_ = 0;
     std::int64_t unread_ = 0;
+    std::uint64_t change_ = 0; ///< the user's latest
     bool asking_ = false;
     bool complete_ = false;      ///< there is no further page
     std::uint64_t question_ = 0; ///< of the newest request; answers to earlier ones are dropped

@@ -7,6 +7,7 @@
 
 #include "MainThread.h"
 #include "examples/storefront/support/Screenshot.h"
+#include "examples/support/TracePost.h"
 
 namespace storefront {
 
@@ -42,14 +43,18 @@ Tour::Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk,
     : window_(window), sdk_(std::move(sdk)), platform_(std::move(platform)), server_(std::move(server)),
       folder_(std::move(folder)) {
     std::filesystem::create_directories(folder_);
-    sdk_->setDeliveryTraceCallback([this, alive = std::weak_ptr(alive_)](const zentavo::DeliveryTrace& trace) {
-        onMainThread([this, alive, text = trace.text()] {
-            if (!alive.expired()) {
-                lastTrace_ = text;
-                say("      sdk    | " + text);
-            }
+    // In place of the app's own, which the server's page would miss.
+    sdk_->setDeliveryTraceCallback(
+        [this, alive = std::weak_ptr(alive_),
+         post = examples::TracePost(platform_, server_)](const zentavo::DeliveryTrace& trace) {
+            post(trace);
+            onMainThread([this, alive, text = trace.text()] {
+                if (!alive.expired()) {
+                    lastTrace_ = text;
+                    say("      sdk    | " + text);
+                }
+            });
         });
-    });
 
     page("01-products", [this] { window_.showList(); });
     page("02-product", [this] { window_.showProduct(products().front()); });

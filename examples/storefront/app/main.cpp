@@ -20,6 +20,7 @@
 #include "Style.h"
 #include "Tour.h"
 #include "examples/storefront/support/ShopSettings.h"
+#include "examples/support/TracePost.h"
 
 namespace {
 
@@ -68,6 +69,8 @@ int main(int argc, char** argv) {
     app->signal_startup().connect([&] {
         platform = storefront::makePlatform(options.shop);
         sdk = storefront::makeSdk(options.shop, platform);
+        // So that the dev server's page can say why a message was not shown.
+        sdk->setDeliveryTraceCallback(examples::TracePost(platform, options.shop.server));
         const auto style = Gtk::CssProvider::create();
         style->load_from_data(storefront::style);
         Gtk::StyleContext::add_provider_for_display(Gdk::Display::get_default(), style,

@@ -93,6 +93,10 @@ async function run(browser) {
   await count(deliveries, 0);
   await post(url, "/interaction/v2", { en: "promo_gamified" });
   await count(deliveries, 1);
+  // What the app says of it is no request of the app's, and is seen all the same.
+  const trace = { event: "promo_gamified", received_bytes: 0, outcome: "noAnswer", problem: "status 400", campaigns: [] };
+  assert.strictEqual(await post(url, "/_dev/trace", trace), 200);
+  await deliveries.first().locator(".fact", { hasText: "the app: not shown: the app got no answer, status 400" }).waitFor();
   await page.screenshot({ path: screenshot });
   assert.ok(fs.statSync(screenshot).size > 20_000, "there is something to see");
 

@@ -270,6 +270,8 @@ std::vector<Shape> shapes() {
     add("other-reserved-bit", {{0xE1, hello}}, {}, 1002);
     add("text-no-utf8", {{0xC1, RawDeflater(15, false).message("abc\xED\xA0\x80")}}, {}, 1007);
     add("text-ends-inside-character", {{0xC1, RawDeflater(15, false).message("abc\xE2\x82")}}, {}, 1007);
+    add("text-no-utf8-before-too-much",
+        {{0xC1, RawDeflater(15, false).message("\xFF" + std::string(messageLimit, 'x'))}}, {}, 1007);
     add("corrupt", {{0xC1, "\xFF\xFF\xFF\xFF"}}, {}, 1007);
     add("reserved-block", {{0xC1, std::string("\x06\x00", 2)}}, {}, 1007);
     add("refers-before-the-beginning", {{0xC1, std::string("\xF2\x00\x11\x00\x00", 5)}}, {}, 1007);

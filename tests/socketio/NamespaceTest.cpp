@@ -1,0 +1,133 @@
+// Namespaces: joining, leaving, and letting go of them.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/socketio/ManagerFixture.h"
+
+namespace zentavo::socketio {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+
+class NamespaceTest : public test::ManagerFixture {};
+
+TEST_F(NamespaceTest, joinsSeveralNamespacesOverOneConnection) {
+    start();
+    const auto main = join();
+    const auto admin = join("/admin", {{{"token", "secret"}}, nullptr});
+    EXPECT_EQ(main, *manager->socket("")) << "one socket for one namespace";
+    ASSERT_TRUE(main->emit("early", {1}).ok());
+    shake();
+    EXPECT_THAT(takeSent(), ElementsAre("40", R"(40/admin,{"token":"secret"})"));
+    server(R"(42["too early"])");
+    server(R"(40{"sid":"main-id"})");
+    EXPECT_THAT(takeSent(), ElementsAre(R"(42["early",1])"));
+    EXPECT_TRUE(main->connected());
+    EXPECT_EQ(main->id(), "main-id");
+    EXPECT_FALSE(admin->connected());
+    server(R"(44/admin,{"message":"not authorized","data":{"code":"E1"}})");
+    EXPECT_THAT(takeTold(), ElementsAre("connect", "/admin refused not authorizedE1"));
+
+    // Only now may it try again, and with new credentials.
+    admin->setAuth({{{"token", "better"}}, nullptr});
+    admin->connect();
+    EXPECT_THAT(takeSent(), ElementsAre(R"(40/admin,{"token":"better"})"));
+    server(R"(40/admin,{"sid":"admin-id"})");
+    admin->on("e", [&](const Event& event) { say("admin " + *event.arguments[0].asString()); });
+    main->on("e", [&](const Event& event) { say("main " + *event.arguments[0].asString()); });
+    server(R"(42/admin,["e","x"])");
+    server(R"(42["e","y"])");
+    server(R"(42/nobody,["e","z"])");
+    EXPECT_THAT(takeTold(), ElementsAre("/admin connect", "admin x", "main y"));
+
+    admin->emit("last");
+    admin->disconnect();
+    EXPECT_THAT(takeSent(), ElementsAre(R"(42/admin,["last"])", "41/admin,"));
+    EXPECT_TRUE(main->connected());
+    manager->disconnect();
+    EXPECT_THAT(takeSent(), ElementsAre("41"));
+    EXPECT_THAT(takeTold(), ElementsAre("/admin io client disconnect", "io client disconnect"));
+    EXPECT_TRUE(sockets->last().released);
+    EXPECT_EQ(system.queues->timers(), 0U);
+}
+
+TEST_F(NamespaceTest, refusesWhatCannotBe) {
+    start();
+    const auto socket = join();
+    EXPECT_FALSE(socket->emit("connect").ok());
+    EXPECT_FALSE(socket->emit("x", {"\xff"}).ok());
+    EXPECT_FALSE(manager->socket("/a,b").ok());
+    const Services services{queue, system.clock, system.random, nullptr, sockets};
+    EXPECT_FALSE(SocketManager::make("http://a", {}, services).ok()) << "polling without a URL session";
+    ManagerOptions none;
+    none.transports.clear();
+    EXPECT_FALSE(SocketManager::make("http://a", none, services).ok());
+    EXPECT_FALSE(SocketManager::make("nothing", {}, services).ok());
+}
+
+TEST_F(NamespaceTest, maySeeItsSocketsGoAtAnyMoment) {
+    // Inside a handler, with the manager.
+    start();
+    auto socket = join();
+    shake();
+    server(R"(40{"sid":"a"})");
+    socket->on("e", [&](const Event& event) {
+        say(event.name);
+        manager.reset();
+        socket.reset();
+    });
+    socket->on("e", [&](const Event&) { say("never"); });
+    takeTold();
+    server(R"(42["e"])");
+    EXPECT_THAT(takeTold(), ElementsAre("e"));
+    EXPECT_EQ(takeSent().back(), "41") << "a goodbye";
+    EXPECT_TRUE(sockets->last().released);
+    EXPECT_EQ(system.queues->timers(), 0U);
+
+    // At each step of a connection; what was posted runs afterwards.
+    for (int step = 0; step < 6; ++step) {
+        start();
+        socket = *manager->socket();
+        const auto kept = std::make_shared<int>(0);
+        socket->onConnect([kept] {});
+        socket->connect();
+        socket->emit(
+            "x", {}, [kept](const auto&) {}, 1s);
+        if (step > 0) {
+            run();
+        }
+        if (step > 1) {
+            shake();
+        }
+        if (step > 2) {
+            server(R"(40{"sid":"a"})");
+        }
+        if (step > 3) {
+            lose();
+        }
+        if (step > 4) {
+            awaitAttempt();
+        }
+        manager.reset();
+        socket.reset();
+        system.queues->advance(10s);
+        EXPECT_EQ(kept.use_count(), 1) << step;
+        EXPECT_EQ(system.queues->timers(), 0U) << step;
+        EXPECT_TRUE(sockets->last().released) << step;
+    }
+
+    // A namespace that was left before the server answered is left on the server too.
+    start();
+    const auto other = join("/other");
+    socket = join();
+    shake();
+    socket.reset();
+    takeSent();
+    server(R"(40{"sid":"a"})");
+    EXPECT_THAT(takeSent(), ElementsAre("41"));
+}
+
+} // namespace
+} // namespace zentavo::socketio
