@@ -100,6 +100,22 @@ protected:
         return answers.all().front();
     }
 
+    /// Adds it, and waits for what comes of it: once, and never inside the call.
+    std::optional<std::string> add(platform::UserNotifications& to, platform::NotificationRequest what) {
+        Seen<std::optional<std::string>> outcomes;
+        const auto caller = std::this_thread::get_id();
+        bool inside = true; // the caller's thread alone looks at it
+        to.add(std::move(what), [&](auto error) {
+            EXPECT_FALSE(std::this_thread::get_id() == caller && inside);
+            outcomes.add(std::move(error));
+        });
+        inside = false;
+        EXPECT_TRUE(until([&] { return outcomes.count() > 0; }));
+        settle();
+        EXPECT_EQ(outcomes.count(), 1U);
+        return outcomes.all().empty() ? "nothing came of it" : outcomes.all().front();
+    }
+
     static platform::NotificationRequest request(const std::string& identifier, const std::string& title = "Title") {
         platform::NotificationRequest made{identifier, {}};
         made.content.title = title;

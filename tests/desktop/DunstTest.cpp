@@ -14,12 +14,6 @@ using ::testing::HasSubstr;
 
 class DunstTest : public DesktopTest {
 protected:
-    std::optional<std::string> add(platform::NotificationRequest what) {
-        Seen<std::optional<std::string>> outcomes;
-        center->add(std::move(what), [&](auto error) { outcomes.add(std::move(error)); });
-        EXPECT_TRUE(until([&] { return outcomes.count() == 1; }));
-        return outcomes.all().empty() ? "nothing came of it" : outcomes.all().front();
-    }
     static std::string output(const char* command) {
         std::string text;
         if (FILE* pipe = popen(command, "r")) {
@@ -55,11 +49,11 @@ TEST_F(DunstTest, ShowsTakesPressesAndTellsWhatWasPutAway) {
 
     auto push = request("pressed", "A coat");
     push.content.body = "<b>10 %</b> off & more";
-    EXPECT_EQ(add(push), std::nullopt);
+    EXPECT_EQ(add(*center, push), std::nullopt);
     EXPECT_THAT(output("dunstctl count displayed"), HasSubstr("1"));
     output("dunstctl action 0");
     EXPECT_TRUE(until([&] { return delegate->told.size() == 1; }));
-    EXPECT_EQ(add(request("put away")), std::nullopt);
+    EXPECT_EQ(add(*center, request("put away")), std::nullopt);
     output("dunstctl close");
     EXPECT_TRUE(until([&] { return delegate->told.size() == 2; }));
     EXPECT_THAT(delegate->told,

@@ -30,15 +30,8 @@ protected:
         center->setDelegate(delegate);
     }
 
-    /// Adds it, and waits for what comes of it.
     std::optional<std::string> add(platform::NotificationRequest what) {
-        Seen<std::optional<std::string>> outcomes;
-        center->add(std::move(what), [&](auto error) { outcomes.add(std::move(error)); });
-        EXPECT_THAT(outcomes.all(), IsEmpty()) << "not inside the call";
-        EXPECT_TRUE(until([&] { return outcomes.count() == 1; }));
-        settle();
-        EXPECT_THAT(outcomes.all(), SizeIs(1));
-        return outcomes.all().empty() ? "nothing" : outcomes.all().front();
+        return DesktopTest::add(*center, std::move(what));
     }
     std::vector<std::string> delivered() {
         Seen<std::vector<platform::Notification>> answers;

@@ -6,7 +6,6 @@ namespace zentavo::tests {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class UserNotificationsConformance : public DesktopTest, public ::testing::WithParamInterface<bool> {
 protected:
@@ -28,12 +27,7 @@ protected:
         desktop_ ? desktop_->respond(response) : memory.userNotifications->respond(response);
     }
     void add(platform::NotificationRequest what) {
-        Seen<bool> done;
-        center->add(std::move(what), [&](const auto& error) { done.add(!error); });
-        EXPECT_EQ(done.count(), 0U) << "not inside the call";
-        EXPECT_TRUE(until([&] { return done.count() > 0; }));
-        settle();
-        EXPECT_THAT(done.all(), ElementsAre(true)) << "once";
+        EXPECT_EQ(DesktopTest::add(*center, std::move(what)), std::nullopt);
     }
     std::vector<std::string> titles() {
         Seen<std::vector<platform::Notification>> answers;
