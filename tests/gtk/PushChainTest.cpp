@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include "examples/storefront/support/Screen.h"
+#include "ports/linux/LinuxPlatform.h"
 #include "tests/desktop/Awaited.h"
 #include "tests/desktop/FakeNotificationServer.h"
 #include "tests/desktop/PrivateBus.h"
@@ -105,7 +106,8 @@ protected:
     }
     /// Clicks into the window of the content extension; from its other end where below 0.
     void tap(int x, int y) {
-        if (const auto area = screen.window(contentTitle)) {
+        const auto area = screen.window(contentTitle);
+        if (area && area->height > 400) { // as high as this content makes it
             screen.click(area->x + (x < 0 ? area->width : 0) + x, area->y + (y < 0 ? area->height : 0) + y);
         }
     }
@@ -132,9 +134,15 @@ TEST_F(PushChainTest, AChoiceInTheExtensionReachesTheAppThatTheClickStartsOnce) 
 
     notifications.press(rating.id, rating.keyOf("View"));
     ASSERT_TRUE(eventually([&] { return screen.window(contentTitle).has_value(); }));
-    // The fourth star, and then the button "Send" at the bottom. Until they are laid out, taps mean nothing.
+    // The fourth star, and then the button "Send" at the bottom. Taps on what is not laid out yet mean nothing.
+    const auto choices = zentavo::linux_port::makeLinuxPlatform({bus.folder() / "data", {}})
+                             ->preferences->suite("group." + shopName + ".zentavo");
+    const std::string key = *record(0, "push_id").asString() + "_rating";
     ASSERT_TRUE(eventually([&] {
         tap(255, -123);
+        return choices->integer(key) == 4;
+    }));
+    ASSERT_TRUE(eventually([&] {
         tap(200, -40);
         return !screen.window(contentTitle);
     }));
