@@ -1,5 +1,7 @@
 // The app on the bus: what its extensions tell it, and what it asks of them.
 
+#include <cerrno> // the program's name
+
 #include "ports/desktop/DesktopProcess.h"
 #include "ports/desktop/ForwardingDelegate.h"
 #include "tests/desktop/DesktopTest.h"
@@ -175,7 +177,7 @@ TEST_F(AppEndpointTest, AProgramWithoutAnIdentifierAndAnExtensionHaveNoPlaceOnTh
         EXPECT_TRUE(shown.all().at(0)) << "notifications work";
         EXPECT_EQ(memory.systemLog->entries().size(), *identifier == '\0' ? 2U : 1U);
     }
-    EXPECT_EQ(server.shown().at(0).hints.at("desktop-entry"), "'desktop_push_test'");
+    EXPECT_EQ(server.shown().at(0).hints.at("desktop-entry"), std::string("'") + program_invocation_short_name + "'");
     EXPECT_EQ(server.shown().at(1).hints.at("desktop-entry"), "'com.example.host'");
 }
 
