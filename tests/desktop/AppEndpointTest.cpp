@@ -1,6 +1,7 @@
 // The app on the bus: what its extensions tell it, and what it asks of them.
 
 #include <cerrno> // the program's name
+#include <cstdlib>
 
 #include "ports/desktop/DesktopProcess.h"
 #include "ports/desktop/ForwardingDelegate.h"
@@ -157,6 +158,23 @@ TEST_F(AppEndpointTest, AsksItsServiceWhereThereIsOne) {
     EXPECT_THAT(delivered(*app), ElementsAre("of the service"));
     EXPECT_THAT(service.calls.all(), ElementsAre("Register", "RemoveDelivered", "Delivered"));
     EXPECT_THAT(failures, SizeIs(1));
+}
+
+TEST_F(AppEndpointTest, IsFoundWhereTheHostsApplicationObjectHasTheName) {
+    setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
+    const std::shared_ptr<GApplication> host(g_application_new(appName, G_APPLICATION_IS_SERVICE), g_object_unref);
+    ASSERT_TRUE(g_application_register(host.get(), nullptr, nullptr));
+    g_dbus_connection_set_exit_on_close(g_application_get_dbus_connection(host.get()), FALSE);
+    g_application_set_default(host.get());
+    {
+        const auto app = start();
+        app->userNotifications()->setDelegate(delegate);
+        EXPECT_TRUE(tell("Respond", responseText("a")));
+        settle();
+        EXPECT_THAT(delegate->told, ElementsAre("a: x"));
+    }
+    g_application_set_default(nullptr);
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
 }
 
 TEST_F(AppEndpointTest, AProgramWithoutAnIdentifierAndAnExtensionHaveNoPlaceOnTheBus) {
