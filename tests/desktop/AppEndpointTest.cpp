@@ -1,5 +1,8 @@
 // The app on the bus: what its extensions tell it, and what it asks of them.
 
+#include <cerrno> // the program's name
+#include <cstdlib>
+
 #include "ports/desktop/DesktopProcess.h"
 #include "ports/desktop/ForwardingDelegate.h"
 #include "tests/desktop/DesktopTest.h"
@@ -157,6 +160,23 @@ TEST_F(AppEndpointTest, AsksItsServiceWhereThereIsOne) {
     EXPECT_THAT(failures, SizeIs(1));
 }
 
+TEST_F(AppEndpointTest, IsFoundWhereTheHostsApplicationObjectHasTheName) {
+    setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
+    const std::shared_ptr<GApplication> host(g_application_new(appName, G_APPLICATION_IS_SERVICE), g_object_unref);
+    ASSERT_TRUE(g_application_register(host.get(), nullptr, nullptr));
+    g_dbus_connection_set_exit_on_close(g_application_get_dbus_connection(host.get()), FALSE);
+    g_application_set_default(host.get());
+    {
+        const auto app = start();
+        app->userNotifications()->setDelegate(delegate);
+        EXPECT_TRUE(tell("Respond", responseText("a")));
+        settle();
+        EXPECT_THAT(delegate->told, ElementsAre("a: x"));
+    }
+    g_application_set_default(nullptr);
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
+}
+
 TEST_F(AppEndpointTest, AProgramWithoutAnIdentifierAndAnExtensionHaveNoPlaceOnTheBus) {
     FakeNotificationServer server(bus.address());
     for (const char* identifier : {"", "com.example.host.NotificationContent"}) {
@@ -175,7 +195,7 @@ TEST_F(AppEndpointTest, AProgramWithoutAnIdentifierAndAnExtensionHaveNoPlaceOnTh
         EXPECT_TRUE(shown.all().at(0)) << "notifications work";
         EXPECT_EQ(memory.systemLog->entries().size(), *identifier == '\0' ? 2U : 1U);
     }
-    EXPECT_EQ(server.shown().at(0).hints.at("desktop-entry"), "'desktop_push_test'");
+    EXPECT_EQ(server.shown().at(0).hints.at("desktop-entry"), std::string("'") + program_invocation_short_name + "'");
     EXPECT_EQ(server.shown().at(1).hints.at("desktop-entry"), "'com.example.host'");
 }
 
