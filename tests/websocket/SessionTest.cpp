@@ -134,6 +134,21 @@ TEST(Session, refusesADecompressionBombWithoutExpandingIt) {
     EXPECT_TRUE(pair.client.session.closed().clean);
 }
 
+TEST(Session, withoutABoundTakesEveryMessage) {
+    SessionLimits limits;
+    limits.maximumMessage = SIZE_MAX;
+    limits.maximumQueued = SIZE_MAX;
+    for (const auto& compression : {std::optional<DeflateAgreement>(), std::optional(DeflateAgreement())}) {
+        Pair pair(compression, limits);
+        const std::vector<std::string> sent{sample(300), sample(500000)};
+        for (const auto& message : sent) {
+            EXPECT_EQ(pair.client.session.send(MessageKind::text, message), Sent::taken);
+        }
+        pair.client.deliver(pair.server);
+        EXPECT_EQ(pair.server.got.messages == sent, true);
+    }
+}
+
 TEST(Session, saysGoodbyeOnceAndRemembersWhatThePeerSaid) {
     Pair pair;
     pair.client.session.close(static_cast<CloseCode>(4001), "enough, \xC3\xA9");
