@@ -12,6 +12,7 @@
 #include "zentavo/websocket/Delivery.h"
 #include "zentavo/websocket/Handshake.h"
 #include "zentavo/websocket/IOThread.h"
+#include "zentavo/websocket/Patience.h"
 #include "zentavo/websocket/Session.h"
 #include "zentavo/websocket/Stream.h"
 
@@ -83,10 +84,12 @@ private:
 
     void finishTurn();
     void flush();
+    void advance(std::size_t size);
     bool nextOutput();
     void settle();
     void linger();
     void keepAlive();
+    void giveUpGoodbye();
     void report(Closed closed);
     void die();
     void kick();
@@ -114,8 +117,8 @@ private:
     std::atomic<bool> kicked_ = false;
     bool reported_ = false;
     bool closeTimed_ = false;
-    bool heard_ = false;
-    bool pinged_ = false;
+    bool goodbyeLeft_ = false;
+    Patience patience_;
 
     asio::steady_timer timer_;
     unsigned timerGeneration_ = 0;
