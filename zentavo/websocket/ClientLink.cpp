@@ -9,6 +9,7 @@
 #include <asio/write.hpp>
 
 #include "zentavo/foundation/URL.h"
+#include "zentavo/websocket/HeaderGrammar.h"
 
 namespace zentavo::websocket {
 
@@ -114,7 +115,7 @@ void ClientLink::takeProxyAnswer(std::size_t size) {
         line[9] == '2') {
         secure();
     } else {
-        fail("the proxy answered " + line);
+        fail("the proxy answered " + grammar::readable(line));
     }
 }
 
