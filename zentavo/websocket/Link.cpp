@@ -163,6 +163,8 @@ void Link::onRead(const asio::error_code& error, std::size_t size) {
     });
     if (size == buffer_.size() && size < largeBuffer) {
         buffer_.resize(largeBuffer);
+    } else if (std::exchange(quiet_, false) && size < smallBuffer && buffer_.size() > smallBuffer) {
+        buffer_ = std::vector<char>(smallBuffer); // what came was little more than the answer to our ping
     }
     read();
 }
@@ -305,6 +307,7 @@ void Link::keepAlive() {
         arm(Wait::keepAlive, options_.pingInterval);
         break;
     case Patience::Verdict::ask:
+        quiet_ = true;
         if (!writing_) {
             session_->ping({});
         }

@@ -106,6 +106,7 @@ private:
     std::span<char> target_; ///< of the read under way: `buffer_`, or the room for a long message
     bool reading_ = false;
     bool paused_ = false; ///< the host is behind
+    bool quiet_ = false;  ///< nothing has come for a ping interval: a large buffer may go
 
     std::string raw_; ///< of the handshake, before any frame
     std::string outgoing_;
