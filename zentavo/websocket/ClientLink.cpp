@@ -12,6 +12,47 @@
 #include "zentavo/websocket/HeaderGrammar.h"
 
 namespace zentavo::websocket {
+namespace {
+
+using Context = std::shared_ptr<asio::ssl::context>;
+
+Result<Context> makeContext(const ClientOptions& options) {
+    auto context = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_client);
+    asio::error_code error;
+    context->set_options(
+        asio::ssl::context::default_workarounds | asio::ssl::context::no_tlsv1 | asio::ssl::context::no_tlsv1_1, error);
+    if (!options.verifyCertificate) {
+        context->set_verify_mode(asio::ssl::verify_none, error);
+        return context;
+    }
+    options.certificateAuthorities.empty() ? context->set_default_verify_paths(error)
+                                           : context->load_verify_file(options.certificateAuthorities, error);
+    if (error) {
+        return Error{"the certificate authorities cannot be read: " + error.message()};
+    }
+    context->set_verify_mode(asio::ssl::verify_peer, error);
+    return context;
+}
+
+/// Whom to trust. The system's authorities are read once in a process, and not for each connection on the thread that
+/// all share; a file that the host names may change, and is read each time. I/O thread.
+Result<Context> trust(const ClientOptions& options) {
+    if (!options.verifyCertificate || !options.certificateAuthorities.empty()) {
+        return makeContext(options);
+    }
+    // Never destroyed: the thread may outlive every static object.
+    static Context& shared = *new Context;
+    if (!shared) {
+        auto made = makeContext(options);
+        if (!made) {
+            return made;
+        }
+        shared = *std::move(made);
+    }
+    return shared;
+}
+
+} // namespace
 
 Result<Address> Address::of(std::string_view text) {
     const auto url = URL::parse(text);
@@ -125,18 +166,12 @@ void ClientLink::secure() {
         greet();
         return;
     }
-    auto context = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_client);
-    asio::error_code error;
-    context->set_options(
-        asio::ssl::context::default_workarounds | asio::ssl::context::no_tlsv1 | asio::ssl::context::no_tlsv1_1, error);
-    asked_.certificateAuthorities.empty() ? context->set_default_verify_paths(error)
-                                          : context->load_verify_file(asked_.certificateAuthorities, error);
-    if (error && asked_.verifyCertificate) {
-        fail("the certificate authorities cannot be read: " + error.message(), CloseCode::tlsFailure);
+    auto context = trust(asked_);
+    if (!context) {
+        fail(context.error().message, CloseCode::tlsFailure);
         return;
     }
-    context->set_verify_mode(asked_.verifyCertificate ? asio::ssl::verify_peer : asio::ssl::verify_none, error);
-    attach(Stream::secureClient(std::move(socket_), std::move(context), address_.host));
+    attach(Stream::secureClient(std::move(socket_), *std::move(context), address_.host));
     stream().handshake(step("TLS", [this] { greet(); }));
 }
 
