@@ -20,12 +20,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Inflater hostile(bits, takeover);
     std::string out;
     std::string_view rest = input;
+    std::size_t parts = 1; // and what belongs behind the last
     while (!rest.empty()) {
         const std::string_view part = rest.substr(0, 1U + data[0] / 16U);
         rest.remove_prefix(part.size());
+        ++parts;
         const auto outcome = hostile.expand(part, rest.empty(), out, limit);
         check(outcome == Inflater::Outcome::tooLarge || out.size() <= limit, "the limit holds");
         check(out.size() <= limit + 1, "nothing is expanded beyond the limit");
+        check(hostile.prepared() <= 1024 * parts + 4 * input.size() + out.size(), "work follows from what came");
         if (outcome != Inflater::Outcome::ok) {
             break;
         }

@@ -1,5 +1,6 @@
 // The inner loops against the plainest way to say the same.
 
+#include <algorithm>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -81,6 +82,32 @@ TEST(Inflater, goesOnBehindABlockMarkedAsTheLast) {
     std::string out;
     EXPECT_EQ(inflater.expand(backwards, true, out, 100), Inflater::Outcome::ok);
     EXPECT_EQ(out, "Hello");
+}
+
+TEST(Inflater, worksNoMoreForManyBlocksThanForTheirBytes) {
+    std::string text(40000, '\0');
+    std::mt19937 chance(7);
+    std::generate(text.begin(), text.end(), [&] { return static_cast<char>(chance()); });
+    Deflater deflater(15, true, 6);
+    Inflater inflater(15, true);
+    const auto taken = [&](std::string_view message) {
+        std::string out;
+        EXPECT_EQ(inflater.expand(message, true, out, 1U << 20U), Inflater::Outcome::ok);
+        return out;
+    };
+    EXPECT_EQ(taken(deflater.compress(text)), text);
+    const std::size_t before = inflater.prepared();
+    std::string blocks;
+    for (int i = 0; i < 65536; ++i) {
+        blocks += std::string("\x03\x00", 2); // a last block with nothing in it
+    }
+    blocks += '\0'; // as the standard asks for behind a last block
+    EXPECT_EQ(taken(blocks), "");
+    EXPECT_LT(inflater.prepared() - before, 1U << 20U);
+    // The window is still there, behind all of them.
+    const std::string_view again = deflater.compress(text.substr(20000));
+    EXPECT_LT(again.size(), 1000U);
+    EXPECT_EQ(taken(again), text.substr(20000));
 }
 
 TEST(Inflater, refusesGarbageAndReferencesBeforeTheBeginning) {

@@ -7,6 +7,7 @@
 
 #include "tests/websocket/Client.h"
 #include "tests/websocket/Wire.h"
+#include "zentavo/websocket/Delivery.h"
 
 namespace zentavo::websocket::test {
 namespace {
@@ -100,6 +101,43 @@ TEST(Queue, aHostThatIsBehindHoldsUpItsPeerAndMissesNothing) {
     goOn.set_value();
     EXPECT_TRUE(story.await([&] { return received == count * 65536; })) << received;
     sender.join();
+}
+
+// Runs what it was given when the test says so.
+class HeldQueue final : public platform::DispatchQueue {
+public:
+    void async(platform::Block block) override { blocks.push_back(std::move(block)); }
+    platform::TimerId after(std::chrono::nanoseconds, platform::Block) override { return 0; }
+    bool cancel(platform::TimerId) override { return false; }
+    std::deque<platform::Block> blocks;
+};
+
+TEST(Queue, emptyMessagesHoldUpTheirPeerToo) {
+    struct Target final : DeliveryTarget {
+        void deliverOpen() override {}
+        void deliverMessage(MessageKind, std::string_view) override { ++messages; }
+        void deliverDrain() override {}
+        void deliverClose() override {}
+        int messages = 0;
+    };
+    const auto queue = std::make_shared<HeldQueue>();
+    const auto target = std::make_shared<Target>();
+    int resumed = 0;
+    const auto delivery = std::make_shared<Delivery>(queue, [&] { ++resumed; });
+    int sent = 0;
+    while (!delivery->full() && sent < 1'000'000) {
+        for (int i = 0; i < 1000; ++i, ++sent) {
+            delivery->message(MessageKind::binary, {}, *target);
+        }
+        delivery->post(target);
+    }
+    EXPECT_LT(sent, 200'000);
+    for (; !queue->blocks.empty(); queue->blocks.pop_front()) {
+        queue->blocks.front()();
+    }
+    EXPECT_EQ(target->messages, sent);
+    EXPECT_EQ(resumed, 1);
+    EXPECT_FALSE(delivery->full());
 }
 
 TEST(Time, aConnectionThatAnswersPingsStaysOpen) {

@@ -60,6 +60,23 @@ TEST(Handshake, clientRefusesToAskForWhatCannotBeAsked) {
     EXPECT_TRUE(refused({"a", "/", {"x", "x"}, {}, {}}));
     EXPECT_TRUE(refused({"a", "/", {}, {{"X", "a\r\nY: b"}}, {}}));
     EXPECT_TRUE(refused({"a", "/", {}, {{"upgrade", "x"}}, {}}));
+    for (const int bits : {0, 7, 16}) {
+        DeflateOptions options;
+        options.server.windowBits = bits;
+        EXPECT_TRUE(refused({"a", "/", {}, {}, options}));
+    }
+}
+
+TEST(Handshake, repeatsARefusalInReadableText) {
+    testing::SeededRandom random(1);
+    auto made = ClientHandshake::make({"a", "/", {}, {}, {}}, random);
+    ASSERT_TRUE(made.ok());
+    std::string answer = "HTTP/1.1 403 no \xC3\xA9\xFF" + std::string(5000, 'x') + "\r\n\r\n";
+    std::span<char> input(answer);
+    ASSERT_EQ(made.value().receive(input), ClientHandshake::Step::failed);
+    EXPECT_EQ(made.value().status(), 403);
+    EXPECT_THAT(made.value().error(), ::testing::StartsWith("the server answered 403 no \xC3\xA9?xx"));
+    EXPECT_LT(made.value().error().size(), 250U);
 }
 
 struct Offer {

@@ -126,7 +126,14 @@ TEST(Server, stopsAndSaysGoodbye) {
     ASSERT_TRUE(story.awaitClosed());
     EXPECT_EQ(story.closed.code, CloseCode::goingAway);
     EXPECT_FALSE(server.listen("127.0.0.1", 0).ok());
-    EXPECT_FALSE(WebSocketServer(echo()).listen("no address", 0).ok());
+    WebSocketServer second(echo());
+    EXPECT_FALSE(second.listen("no address", 0).ok());
+    const Door taken;
+    EXPECT_FALSE(second.listen("127.0.0.1", taken.port()).ok());
+    EXPECT_TRUE(second.listen("127.0.0.1", 0).ok()) << "an error is not the last word";
+    ServerOptions odd;
+    odd.compression.emplace().client.windowBits = 16;
+    EXPECT_FALSE(WebSocketServer(echo(), odd).listen("127.0.0.1", 0).ok());
 }
 
 TEST(Server, furtherConnectionsWaitForTheirTurn) {

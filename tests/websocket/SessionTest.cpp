@@ -134,6 +134,21 @@ TEST(Session, refusesADecompressionBombWithoutExpandingIt) {
     EXPECT_TRUE(pair.client.session.closed().clean);
 }
 
+TEST(Session, withoutABoundTakesEveryMessage) {
+    SessionLimits limits;
+    limits.maximumMessage = SIZE_MAX;
+    limits.maximumQueued = SIZE_MAX;
+    for (const auto& compression : {std::optional<DeflateAgreement>(), std::optional(DeflateAgreement())}) {
+        Pair pair(compression, limits);
+        const std::vector<std::string> sent{sample(300), sample(500000)};
+        for (const auto& message : sent) {
+            EXPECT_EQ(pair.client.session.send(MessageKind::text, message), Sent::taken);
+        }
+        pair.client.deliver(pair.server);
+        EXPECT_EQ(pair.server.got.messages == sent, true);
+    }
+}
+
 TEST(Session, saysGoodbyeOnceAndRemembersWhatThePeerSaid) {
     Pair pair;
     pair.client.session.close(static_cast<CloseCode>(4001), "enough, \xC3\xA9");
@@ -181,13 +196,22 @@ TEST(Session, queueIsBoundedAndTellsOnceWhenItDrained) {
     const std::string large(5000, 'x');
     EXPECT_EQ(session.send(MessageKind::binary, large), Sent::taken) << "nothing else waits";
     EXPECT_EQ(session.send(MessageKind::binary, "x"), Sent::full);
-    EXPECT_EQ(session.ping("control frames pass"), Sent::taken);
+    EXPECT_EQ(session.ping("x"), Sent::full);
     std::string bytes;
     ASSERT_TRUE(session.takeOutput(bytes));
     EXPECT_EQ(session.send(MessageKind::binary, "x"), Sent::full) << "not written yet";
     EXPECT_TRUE(session.written());
     EXPECT_FALSE(session.written());
     EXPECT_EQ(session.send(MessageKind::binary, "x"), Sent::taken);
+    // What has no content fills the queue too.
+    for (int i = 0; i < 1000; ++i) {
+        session.send(MessageKind::binary, {});
+    }
+    EXPECT_LE(session.queued(), 1000U);
+    for (int i = 0; i < 1000; ++i) {
+        session.ping({});
+    }
+    EXPECT_LT(session.queued(), 1020U);
     // A peer that pings and does not read gets no pongs beyond the bound.
     for (int i = 0; i < 1000; ++i) {
         pair.server.session.ping("0123456789");

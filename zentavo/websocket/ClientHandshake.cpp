@@ -59,6 +59,9 @@ Result<ClientHandshake> ClientHandshake::make(ClientRequest request, platform::R
     if (auto fault = faultOfRequest(request)) {
         return Error{*std::move(fault)};
     }
+    if (auto checked = checkDeflate(request.compression); !checked) {
+        return checked.error();
+    }
     return ClientHandshake(std::move(request), random);
 }
 
@@ -129,7 +132,7 @@ ClientHandshake::Step ClientHandshake::check() {
     if (status != 101) {
         status_ = status;
         return fail(status == 0 ? "the server does not speak HTTP/1.1"
-                                : "the server answered " + head.startLine.substr(9));
+                                : "the server answered " + grammar::readable(head.startLine.substr(9)));
     }
     if (auto fault = faultOf(head)) {
         return fail(*std::move(fault));

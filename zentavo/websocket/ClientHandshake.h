@@ -25,7 +25,8 @@ class ZENTAVO_EXPORT ClientHandshake {
 public:
     enum class Step { needMore, done, failed };
 
-    /// An error for a request with characters that its place cannot hold, or with a field of the handshake's own.
+    /// An error for a request with characters that its place cannot hold, or with a field of the handshake's own, and
+    /// for compression that there is none of.
     static Result<ClientHandshake> make(ClientRequest request, platform::Random& random);
 
     /// The bytes to send.

@@ -1,5 +1,6 @@
 #include "zentavo/websocket/ClientLink.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <asio/buffer.hpp>
@@ -9,8 +10,53 @@
 #include <asio/write.hpp>
 
 #include "zentavo/foundation/URL.h"
+#include "zentavo/websocket/HeaderGrammar.h"
 
 namespace zentavo::websocket {
+namespace {
+
+// Of several addresses one that swallows everything does not use up the time of the others.
+constexpr std::chrono::milliseconds longestAttempt{3000};
+
+using Context = std::shared_ptr<asio::ssl::context>;
+
+Result<Context> makeContext(const ClientOptions& options) {
+    auto context = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_client);
+    asio::error_code error;
+    context->set_options(
+        asio::ssl::context::default_workarounds | asio::ssl::context::no_tlsv1 | asio::ssl::context::no_tlsv1_1, error);
+    if (!options.verifyCertificate) {
+        context->set_verify_mode(asio::ssl::verify_none, error);
+        return context;
+    }
+    options.certificateAuthorities.empty() ? context->set_default_verify_paths(error)
+                                           : context->load_verify_file(options.certificateAuthorities, error);
+    if (error) {
+        return Error{"the certificate authorities cannot be read: " + error.message()};
+    }
+    context->set_verify_mode(asio::ssl::verify_peer, error);
+    return context;
+}
+
+/// Whom to trust. The system's authorities are read once in a process, and not for each connection on the thread that
+/// all share; a file that the host names may change, and is read each time. I/O thread.
+Result<Context> trust(const ClientOptions& options) {
+    if (!options.verifyCertificate || !options.certificateAuthorities.empty()) {
+        return makeContext(options);
+    }
+    // Never destroyed: the thread may outlive every static object.
+    static Context& shared = *new Context;
+    if (!shared) {
+        auto made = makeContext(options);
+        if (!made) {
+            return made;
+        }
+        shared = *std::move(made);
+    }
+    return shared;
+}
+
+} // namespace
 
 Result<Address> Address::of(std::string_view text) {
     const auto url = URL::parse(text);
@@ -41,7 +87,7 @@ ClientLink::ClientLink(std::shared_ptr<const ClientHandlers> handlers, std::shar
                        Address address, ClientOptions options, ClientHandshake handshake)
     : Link(Role::client, options, std::move(queue)), handlers_(std::move(handlers)), address_(std::move(address)),
       asked_(std::move(options)), handshake_(std::move(handshake)), resolver_(IOThread::shared().context()),
-      socket_(IOThread::shared().context()) {}
+      socket_(IOThread::shared().context()), attemptTimer_(IOThread::shared().context()) {}
 
 void ClientLink::start() {
     asio::post(IOThread::shared().context(), [this, link = shared_from_this()] {
@@ -75,11 +121,37 @@ void ClientLink::resolve() {
     const std::string& host = asked_.proxy ? asked_.proxy->host : address_.host;
     const std::uint16_t port = asked_.proxy ? asked_.proxy->port : address_.port;
     resolver_.async_resolve(host, std::to_string(port), asio::ip::tcp::resolver::numeric_service,
-                            step("looking up the host", [this](const auto& addresses) {
-                                asio::async_connect(socket_, addresses, step("connecting", [this](const auto&) {
-                                                        asked_.proxy ? askProxy() : secure();
-                                                    }));
-                            }));
+                            step("looking up the host", [this](const auto& addresses) { connect(addresses); }));
+}
+
+void ClientLink::connect(const asio::ip::tcp::resolver::results_type& addresses) {
+    addressesLeft_ = addresses.size();
+    const auto share = asked_.connectTimeout / static_cast<std::int64_t>(std::max<std::size_t>(addressesLeft_, 1));
+    const auto time = share.count() > 0 ? std::min(share, longestAttempt) : longestAttempt;
+    const auto attempt = [this, time](const asio::error_code&, const auto&) {
+        boundAttempt(time);
+        return true;
+    };
+    asio::async_connect(socket_, addresses, attempt, step("connecting", [this](const auto&) {
+                            addressesLeft_ = 0;
+                            attemptTimer_.cancel();
+                            asked_.proxy ? askProxy() : secure();
+                        }));
+}
+
+/// Before each attempt. The last one has all the time that is left.
+void ClientLink::boundAttempt(std::chrono::milliseconds time) {
+    attemptTimer_.cancel();
+    if (--addressesLeft_ == 0) {
+        return;
+    }
+    attemptTimer_.expires_after(time);
+    attemptTimer_.async_wait([link = shared_from_this(), left = addressesLeft_](const asio::error_code& error) {
+        if (!error && link->addressesLeft_ == left) {
+            asio::error_code ignored;
+            link->socket_.cancel(ignored); // the next address has its turn
+        }
+    });
 }
 
 void ClientLink::askProxy() {
@@ -114,7 +186,7 @@ void ClientLink::takeProxyAnswer(std::size_t size) {
         line[9] == '2') {
         secure();
     } else {
-        fail("the proxy answered " + line);
+        fail("the proxy answered " + grammar::readable(line));
     }
 }
 
@@ -124,18 +196,12 @@ void ClientLink::secure() {
         greet();
         return;
     }
-    auto context = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_client);
-    asio::error_code error;
-    context->set_options(
-        asio::ssl::context::default_workarounds | asio::ssl::context::no_tlsv1 | asio::ssl::context::no_tlsv1_1, error);
-    asked_.certificateAuthorities.empty() ? context->set_default_verify_paths(error)
-                                          : context->load_verify_file(asked_.certificateAuthorities, error);
-    if (error && asked_.verifyCertificate) {
-        fail("the certificate authorities cannot be read: " + error.message(), CloseCode::tlsFailure);
+    auto context = trust(asked_);
+    if (!context) {
+        fail(context.error().message, CloseCode::tlsFailure);
         return;
     }
-    context->set_verify_mode(asked_.verifyCertificate ? asio::ssl::verify_peer : asio::ssl::verify_none, error);
-    attach(Stream::secureClient(std::move(socket_), std::move(context), address_.host));
+    attach(Stream::secureClient(std::move(socket_), *std::move(context), address_.host));
     stream().handshake(step("TLS", [this] { greet(); }));
 }
 
@@ -162,6 +228,7 @@ void ClientLink::takeHandshake(std::span<char>& input) {
 void ClientLink::onEnd() {
     asio::error_code ignored;
     resolver_.cancel();
+    attemptTimer_.cancel();
     socket_.close(ignored);
 }
 

@@ -40,6 +40,8 @@ private:
     void deliverClose() override;
 
     void resolve();
+    void connect(const asio::ip::tcp::resolver::results_type& addresses);
+    void boundAttempt(std::chrono::milliseconds time);
     void askProxy();
     void readProxy();
     void takeProxyAnswer(std::size_t size);
@@ -57,6 +59,8 @@ private:
 
     asio::ip::tcp::resolver resolver_;
     asio::ip::tcp::socket socket_;
+    asio::steady_timer attemptTimer_;
+    std::size_t addressesLeft_ = 0; ///< to try after the one that is being tried
     HTTPHeadReader proxyAnswer_;
     std::string proxyBytes_;
 };

@@ -32,7 +32,7 @@ ZENTAVO_EXPORT bool maySend(CloseCode code) noexcept;
 /// How a connection ended.
 struct Closed {
     CloseCode code = CloseCode::abnormal;
-    /// The peer's words, or ours where we failed the connection; UTF-8.
+    /// The peer's words, or ours where we failed the connection; UTF-8, a few hundred bytes at most.
     std::string reason;
     /// Both ends said goodbye.
     bool clean = false;

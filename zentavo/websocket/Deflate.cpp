@@ -85,47 +85,51 @@ struct Inflater::State {
 Inflater::Inflater(int windowBits, bool takeover) : windowBits_(windowBits), takeover_(takeover) {}
 Inflater::~Inflater() = default;
 
-bool Inflater::restart(bool keepWindow) {
-    z_stream& stream = state_->stream;
-    std::array<Bytef, 32768> window;
-    uInt length = 0;
-    if (keepWindow && inflateGetDictionary(&stream, window.data(), &length) != Z_OK) {
-        return false;
-    }
-    return inflateReset(&stream) == Z_OK &&
-           (length == 0 || inflateSetDictionary(&stream, window.data(), length) == Z_OK);
+std::size_t Inflater::makeRoom(std::string& out, std::size_t written, std::size_t wanted, std::size_t limit) {
+    // One byte more than allowed, to tell a message of exactly the limit from a longer one.
+    const std::size_t left = limit - std::min(limit, written);
+    const std::size_t room = left < wanted ? left + 1 : wanted;
+    out.resize(written + room);
+    prepared_ += room;
+    return room;
 }
 
 Inflater::Outcome Inflater::run(std::string_view part, std::string& out, std::size_t limit) {
     z_stream& stream = state_->stream;
     stream.next_in = input(part);
     stream.avail_in = static_cast<uInt>(part.size());
+    // Room is made in proportion to what came, and again only when it is used up: however many blocks a peer makes of
+    // its bytes, the work is in proportion to what they and their expansion measure.
+    const std::size_t wanted = std::clamp<std::size_t>(part.size() * 4, 1024, 262144);
+    std::size_t written = out.size();
+    stream.avail_out = 0;
+    const auto end = [&](Outcome outcome) {
+        out.resize(written);
+        return outcome;
+    };
     for (;;) {
-        // One byte more than allowed, to tell a message of exactly the limit from a longer one.
-        const std::size_t before = out.size();
-        const std::size_t room =
-            std::min<std::size_t>(std::max<std::size_t>(part.size() * 4, 1024), limit - std::min(limit, before) + 1);
-        const std::size_t capped = std::min<std::size_t>(room, 262144);
-        out.resize(before + capped);
-        stream.next_out = reinterpret_cast<Bytef*>(out.data() + before);
-        stream.avail_out = static_cast<uInt>(capped);
+        if (stream.avail_out == 0) {
+            stream.avail_out = static_cast<uInt>(makeRoom(out, written, wanted, limit));
+            stream.next_out = reinterpret_cast<Bytef*>(out.data() + written);
+        }
         const int code = inflate(&stream, Z_SYNC_FLUSH);
-        out.resize(out.size() - stream.avail_out);
-        if (out.size() > limit) {
-            return Outcome::tooLarge;
+        written = out.size() - stream.avail_out;
+        if (written > limit) {
+            return end(Outcome::tooLarge);
         }
         if (code == Z_STREAM_END) {
-            // A peer may mark a block as its last and go on with another; the window stays.
-            if (!restart(true)) {
-                return Outcome::corrupt;
+            // A peer may mark a block as its last and go on with another. The window stays where it is: copied out and
+            // in again it would cost 64 KiB for a block of two bytes.
+            if (inflateResetKeep(&stream) != Z_OK) {
+                return end(Outcome::corrupt);
             }
             if (stream.avail_in == 0) {
-                return Outcome::ok;
+                return end(Outcome::ok);
             }
         } else if (code == Z_BUF_ERROR || (code == Z_OK && stream.avail_out != 0 && stream.avail_in == 0)) {
-            return Outcome::ok;
+            return end(Outcome::ok);
         } else if (code != Z_OK) {
-            return Outcome::corrupt;
+            return end(Outcome::corrupt);
         }
     }
 }
@@ -157,7 +161,7 @@ Inflater::Outcome Inflater::expand(std::string_view part, bool last, std::string
         return Outcome::ok;
     }
     const Outcome outcome = together ? Outcome::ok : run(flushTail, out, limit);
-    if (outcome == Outcome::ok && !takeover_ && !restart(false)) {
+    if (outcome == Outcome::ok && !takeover_ && inflateReset(&state_->stream) != Z_OK) {
         return Outcome::corrupt;
     }
     return outcome;

@@ -48,14 +48,19 @@ public:
     /// bytes, however small the part. `last`: the message ends with this part.
     Outcome expand(std::string_view part, bool last, std::string& out, std::size_t limit);
 
+    /// Bytes of room that were made for output so far, used or not: a measure of the work that a peer has caused. In
+    /// proportion to what came and what it expanded to.
+    std::size_t prepared() const noexcept { return prepared_; }
+
 private:
     struct State;
     Outcome run(std::string_view part, std::string& out, std::size_t limit);
-    bool restart(bool keepWindow);
+    std::size_t makeRoom(std::string& out, std::size_t written, std::size_t wanted, std::size_t limit);
 
     const int windowBits_;
     const bool takeover_;
     std::unique_ptr<State> state_;
+    std::size_t prepared_ = 0;
 };
 
 } // namespace zentavo::websocket

@@ -53,7 +53,8 @@ void Delivery::post(std::shared_ptr<DeliveryTarget> target) {
         return;
     }
     auto batch = std::make_shared<Batch>(std::exchange(batch_, {}));
-    const std::size_t size = batch->bytes.size();
+    // Events weigh something by themselves, or a peer that sends empty messages would never be held up.
+    const std::size_t size = batch->bytes.size() + batch->items.size() * sizeof(Item);
     outstanding_ += size;
     queue_->async([self = shared_from_this(), target = std::move(target), batch, size] {
         self->run(*batch, *target);

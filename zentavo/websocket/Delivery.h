@@ -55,7 +55,7 @@ private:
         std::vector<Item> items;
         std::string bytes;
     };
-    /// Bytes that may wait on the host's queue, besides those of one turn.
+    /// Bytes that may wait on the host's queue, contents and items, besides those of one turn.
     static constexpr std::size_t bound = std::size_t{1} << 20U;
 
     void event(Kind kind, std::string_view content, DeliveryTarget& target);

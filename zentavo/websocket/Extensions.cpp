@@ -80,6 +80,21 @@ DeflateAnswer meet(const Parameters& offer, const DeflateOptions& options) {
 
 } // namespace
 
+Result<void> checkDeflate(const std::optional<DeflateOptions>& options) {
+    if (!options) {
+        return {};
+    }
+    for (const DeflateSide& side : {options->client, options->server}) {
+        if (side.windowBits < 8 || side.windowBits > 15) {
+            return Error{"a compression window has 8 to 15 bits"};
+        }
+    }
+    if (options->level < 1 || options->level > 9) {
+        return Error{"a compression level is 1 to 9"};
+    }
+    return {};
+}
+
 std::string deflateOffer(const DeflateOptions& options) {
     return std::string(extensionName) + flag(!options.server.takeover, "server_no_context_takeover") +
            flag(!options.client.takeover, "client_no_context_takeover") +

@@ -29,6 +29,9 @@ struct DeflateOptions {
 };
 using DeflateAgreement = DeflateOptions;
 
+/// An error for a window or a level that there is none of.
+ZENTAVO_EXPORT Result<void> checkDeflate(const std::optional<DeflateOptions>& options);
+
 /// The extension header of a client that wishes for `options`.
 ZENTAVO_EXPORT std::string deflateOffer(const DeflateOptions& options);
 

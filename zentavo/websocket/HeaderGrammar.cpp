@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "zentavo/foundation/UTF8.h"
+
 namespace zentavo::websocket::grammar {
 namespace {
 
@@ -77,6 +79,23 @@ bool isFieldValue(std::string_view text) noexcept {
         const auto byte = static_cast<unsigned char>(c);
         return c == '\t' || (byte >= 0x20 && byte != 0x7F);
     });
+}
+
+std::string readable(std::string_view text) {
+    constexpr std::size_t longest = 200;
+    std::string result;
+    while (!text.empty()) {
+        const std::size_t length = utf8::characterLength(text, 0);
+        const auto first = static_cast<unsigned char>(text.front());
+        const bool plain = length > 1 || (length == 1 && first >= 0x20 && first != 0x7F);
+        const std::string_view shown = plain ? text.substr(0, length) : "?";
+        if (result.size() + shown.size() > longest) {
+            break;
+        }
+        result += shown;
+        text.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return result;
 }
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) noexcept {

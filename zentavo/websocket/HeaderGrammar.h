@@ -13,6 +13,8 @@ bool isTokenCharacter(char c) noexcept;
 bool isToken(std::string_view text) noexcept;
 /// Visible characters, blanks and tabs, and bytes beyond ASCII: nothing that could end a header line.
 bool isFieldValue(std::string_view text) noexcept;
+/// What another end wrote, for people to read: UTF-8 of at most 200 bytes without control characters.
+std::string readable(std::string_view text);
 bool equalsIgnoringCase(std::string_view a, std::string_view b) noexcept;
 std::string_view trim(std::string_view text) noexcept;
 /// The elements of a comma-separated list without its empty ones.

@@ -150,8 +150,7 @@ void Link::onRead(const asio::error_code& error, std::size_t size) {
             die();
             return;
         }
-        heard_ = true;
-        if (std::exchange(pinged_, false) && phase_ == Phase::open && !closeTimed_) {
+        if (patience_.heard() && phase_ == Phase::open && !closeTimed_) {
             arm(Wait::keepAlive, options_.pingInterval);
         }
         std::span<char> input = target_.first(size);
@@ -164,6 +163,8 @@ void Link::onRead(const asio::error_code& error, std::size_t size) {
     });
     if (size == buffer_.size() && size < largeBuffer) {
         buffer_.resize(largeBuffer);
+    } else if (std::exchange(quiet_, false) && size < smallBuffer && buffer_.size() > smallBuffer) {
+        buffer_ = std::vector<char>(smallBuffer); // what came was little more than the answer to our ping
     }
     read();
 }
@@ -182,12 +183,17 @@ bool Link::nextOutput() {
     return session_ && session_->takeOutput(outgoing_);
 }
 
+void Link::advance(std::size_t size) {
+    written_ += size;
+    patience_.wrote(size);
+}
+
 void Link::flush() {
     while (!writing_ && stream_ && !dead()) {
         if (written_ == outgoing_.size() && !nextOutput()) {
             return;
         }
-        written_ += stream_->writeNow(std::string_view(outgoing_).substr(written_));
+        advance(stream_->writeNow(std::string_view(outgoing_).substr(written_)));
         if (written_ < outgoing_.size()) {
             writing_ = true;
             stream_->write(std::string_view(outgoing_).substr(written_), self());
@@ -214,7 +220,7 @@ void Link::onWritten(const asio::error_code& error, std::size_t size) {
             }
             return;
         }
-        written_ += size;
+        advance(size);
         if (written_ == outgoing_.size() && takenFromSession_ && session_->written()) {
             delivery_->drain(*this);
         }
@@ -234,6 +240,12 @@ void Link::settle() {
         linger();
     } else if (!closeTimed_) {
         closeTimed_ = true;
+        goodbyeLeft_ = !writing_;
+        patience_.beginGoodbye();
+        arm(Wait::close, options_.closeTimeout);
+    } else if (!goodbyeLeft_ && !writing_) {
+        // Only now the other end can answer.
+        goodbyeLeft_ = true;
         arm(Wait::close, options_.closeTimeout);
     }
 }
@@ -272,7 +284,7 @@ void Link::onTimer(Wait wait) {
         fail("the handshake took too long");
         break;
     case Wait::close:
-        fail("the other end did not answer our goodbye");
+        giveUpGoodbye();
         break;
     case Wait::keepAlive:
         keepAlive();
@@ -290,15 +302,30 @@ void Link::keepAlive() {
         return;
     }
     // A host that is behind keeps us from hearing.
-    if (std::exchange(heard_, false) || paused_) {
-        pinged_ = false;
+    switch (patience_.judge(writing_, paused_)) {
+    case Patience::Verdict::alive:
         arm(Wait::keepAlive, options_.pingInterval);
-    } else if (!pinged_) {
-        pinged_ = true;
-        session_->ping({});
+        break;
+    case Patience::Verdict::ask:
+        quiet_ = true;
+        if (!writing_) {
+            session_->ping({});
+        }
         arm(Wait::keepAlive, options_.pingTimeout);
+        break;
+    case Patience::Verdict::gone:
+        fail(writing_ ? "the other end neither reads nor answers" : "no answer to our ping");
+        break;
+    }
+}
+
+void Link::giveUpGoodbye() {
+    if (!writing_) {
+        fail("the other end did not answer our goodbye");
+    } else if (patience_.mayTakeLonger()) {
+        arm(Wait::close, options_.closeTimeout);
     } else {
-        fail("no answer to our ping");
+        fail("the other end did not take all that was sent before our goodbye");
     }
 }
 

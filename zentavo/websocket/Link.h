@@ -12,6 +12,7 @@
 #include "zentavo/websocket/Delivery.h"
 #include "zentavo/websocket/Handshake.h"
 #include "zentavo/websocket/IOThread.h"
+#include "zentavo/websocket/Patience.h"
 #include "zentavo/websocket/Session.h"
 #include "zentavo/websocket/Stream.h"
 
@@ -83,10 +84,12 @@ private:
 
     void finishTurn();
     void flush();
+    void advance(std::size_t size);
     bool nextOutput();
     void settle();
     void linger();
     void keepAlive();
+    void giveUpGoodbye();
     void report(Closed closed);
     void die();
     void kick();
@@ -103,6 +106,7 @@ private:
     std::span<char> target_; ///< of the read under way: `buffer_`, or the room for a long message
     bool reading_ = false;
     bool paused_ = false; ///< the host is behind
+    bool quiet_ = false;  ///< nothing has come for a ping interval: a large buffer may go
 
     std::string raw_; ///< of the handshake, before any frame
     std::string outgoing_;
@@ -114,8 +118,8 @@ private:
     std::atomic<bool> kicked_ = false;
     bool reported_ = false;
     bool closeTimed_ = false;
-    bool heard_ = false;
-    bool pinged_ = false;
+    bool goodbyeLeft_ = false;
+    Patience patience_;
 
     asio::steady_timer timer_;
     unsigned timerGeneration_ = 0;

@@ -40,7 +40,8 @@ public:
 
     bool message(MessageKind kind, std::string_view content) {
         const std::size_t waiting = queued();
-        if (waiting != 0 && content.size() > limit_ - std::min(limit_, waiting)) {
+        // The head counts too, or empty messages would always find room.
+        if (waiting != 0 && content.size() + maximumFrameHeader > limit_ - std::min(limit_, waiting)) {
             refused_ = true;
             return false;
         }
@@ -55,6 +56,15 @@ public:
             }
         }
         frame(header, content);
+        return true;
+    }
+
+    bool ping(std::string_view content) {
+        if (queued() >= limit_) {
+            refused_ = true;
+            return false;
+        }
+        frame({true, false, Opcode::ping, 0}, content);
         return true;
     }
 
@@ -181,8 +191,7 @@ Sent Session::ping(std::string_view content) {
     if (closing()) {
         return Sent::closed;
     }
-    sender_->frame({true, false, Opcode::ping, 0}, content.substr(0, maximumControlPayload));
-    return Sent::taken;
+    return sender_->ping(content.substr(0, maximumControlPayload)) ? Sent::taken : Sent::full;
 }
 
 void Session::close(CloseCode code, std::string_view reason) {

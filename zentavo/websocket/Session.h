@@ -38,7 +38,8 @@ enum class Sent {
 struct SessionLimits {
     /// Bytes of a received message, expanded.
     std::size_t maximumMessage = std::size_t{16} << 20U;
-    /// Bytes that wait to be sent. A message larger than that is taken when nothing else waits.
+    /// Bytes that wait to be sent, with the heads of their frames. A message larger than that is taken when nothing else
+    /// waits.
     std::size_t maximumQueued = std::size_t{16} << 20U;
 };
 
@@ -63,7 +64,8 @@ public:
     void receiveEnd();
 
     Sent send(MessageKind kind, std::string_view content);
-    /// At most 125 bytes are sent. Never `full`: control frames are not held up by a full queue.
+    /// At most 125 bytes are sent. A small ping still finds room where a message does not, until the queue is full to the
+    /// last byte.
     Sent ping(std::string_view content);
     /// Says goodbye, once; a code that may not be sent becomes an empty close frame. Messages that arrive from now on
     /// are dropped.

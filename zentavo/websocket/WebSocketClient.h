@@ -69,10 +69,12 @@ public:
     Sent sendText(std::string_view content) { return send(MessageKind::text, content); }
     Sent sendBinary(std::string_view content) { return send(MessageKind::binary, content); }
     Sent ping(std::string_view content = {});
-    /// Says goodbye after what was sent before; `onClose` follows within the close timeout. A connection that is not
+    /// Says goodbye after what was sent before; `onClose` follows when that has left and the
+    /// other end has answered, or had the close timeout for it. A connection that is not
     /// open yet is given up.
     void close(CloseCode code = CloseCode::normal, std::string_view reason = {});
-    /// Bytes that wait to be sent.
+    /// Bytes that wait to leave for the network, with the heads of their frames; any thread. Right after a `send` they
+    /// wait for the I/O thread's turn, so an idle connection shows them too for a moment.
     std::size_t queued() const;
 
 private:

@@ -34,6 +34,7 @@ public:
     void stop(bool abandon);
 
 private:
+    Result<std::uint16_t> tryListen(const std::string& address, std::uint16_t port);
     Result<void> readCertificate();
     void accept();
     void accepted(const asio::error_code& error, Tcp::socket socket);
@@ -77,6 +78,19 @@ Result<void> WebSocketServer::State::readCertificate() {
 Result<std::uint16_t> WebSocketServer::State::listen(const std::string& address, std::uint16_t port) {
     if (listened_.exchange(true)) {
         return Error{"a server listens once"};
+    }
+    auto result = tryListen(address, port);
+    if (!result) {
+        asio::error_code ignored;
+        acceptor_.close(ignored);
+        listened_ = false;
+    }
+    return result;
+}
+
+Result<std::uint16_t> WebSocketServer::State::tryListen(const std::string& address, std::uint16_t port) {
+    if (auto checked = checkDeflate(options_.compression); !checked) {
+        return checked.error();
     }
     if (auto read = readCertificate(); !read) {
         return read.error();
@@ -128,6 +142,9 @@ void WebSocketServer::State::accepted(const asio::error_code& error, Tcp::socket
 }
 
 Result<void> WebSocketServer::State::adopt(int descriptor) {
+    if (auto checked = checkDeflate(options_.compression); !checked) {
+        return checked;
+    }
     Tcp::socket socket(IOThread::shared().context());
     asio::error_code error;
     // The family matters only to who asks the socket for it, and nobody does.
