@@ -1,5 +1,6 @@
 // The client and the reference server, over loopback: by polling, by WebSocket, and from one to the other.
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <csignal>
@@ -66,6 +67,13 @@ public:
         return came ? ::testing::AssertionSuccess()
                     : ::testing::AssertionFailure() << what << " never came, but\n"
                                                     << before;
+    }
+
+    /// How often `what` has been told so far.
+    std::ptrdiff_t count(const std::string& what) {
+        const std::lock_guard lock(mutex_);
+        return std::count_if(told_.begin(), told_.end(),
+                             [&](const auto& one) { return one.find(what) != std::string::npos; });
     }
 
 private:
@@ -321,6 +329,30 @@ TEST_P(ServerTest, comesBackAfterARestart) {
     const std::string id = text(who(*admin), "id"); // the answer comes over the new connection
     EXPECT_EQ(id, admin->id());
     EXPECT_EQ(asked, 2);
+}
+
+TEST_P(ServerTest, recoversWhatItMissed) {
+    const Server server(R"({"connectionStateRecovery":{}})");
+    start(server.url());
+    const auto socket = this->socket();
+    socket->on("echo", [&](const Event&) { story.tell("echo"); });
+    socket->on("missed", [&](const Event& event) {
+        story.tell("missed " + std::to_string(event.arguments[0].exactInt64().value_or(-1)) +
+                   *event.arguments.binary(1) + (socket->recovered() ? " recovered" : ""));
+    });
+    socket->connect();
+    socket->emit("echo"); // only who has received something can be told what came after it
+    EXPECT_TRUE(story.comes("echo"));
+    awaitTransport(*socket);
+    for (int round = 0; round < 2; ++round) {
+        socket->emit("away", {2});
+        EXPECT_TRUE(story.comes("disconnect"));
+        EXPECT_TRUE(story.comes("missed 0b recovered")) << round;
+        EXPECT_TRUE(story.comes("missed 1b recovered"));
+        EXPECT_TRUE(story.comes("connect")) << "after what was missed";
+        awaitTransport(*socket);
+    }
+    EXPECT_EQ(story.count("missed"), 4) << "each once";
 }
 
 TEST_P(ServerTest, noticesAServerThatVanishes) {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "zentavo/foundation/Fault.h"
+#include "zentavo/socketio/AcknowledgeReceiver.h"
 #include "zentavo/socketio/Connection.h"
 
 namespace zentavo::socketio {
@@ -20,7 +21,7 @@ std::string textIn(const Value& data, std::string_view key) {
 
 Namespace::Namespace(std::string name, Auth auth, const std::shared_ptr<Connection>& connection)
     : name_(std::move(name)), connection_(connection), queue_(connection->queue()), limits_(connection->limits()),
-      auth_(std::move(auth)) {}
+      early_(limits_), auth_(std::move(auth)) {}
 
 template <class Body>
 void Namespace::post(Body body) {
@@ -208,8 +209,10 @@ void Namespace::receive(Packet packet) {
         }
     } else if (packet.type == PacketType::connect) {
         onConnected(packet);
+    } else if (state_ == State::joining && packet.type == PacketType::event) {
+        early_.keep(std::move(packet));
     } else if (state_ != State::connected) {
-        return; // nothing is expected before the namespace is joined
+        return; // nothing else is expected before the namespace is joined
     } else if (packet.type == PacketType::event) {
         onEvent(std::move(packet));
     } else if (packet.type == PacketType::acknowledgement) {
@@ -233,14 +236,19 @@ void Namespace::onConnected(const Packet& packet) {
         return;
     }
     const auto recoveryId = textIn(packet.data, "pid");
-    const bool recovered = !recoveryId.empty() && recoveryId == recoveryId_;
+    const bool recovered = !recoveryId.empty() && recoveryId == recoveryId_ && early_.complete();
     recoveryId_ = recoveryId;
     state_ = State::connected;
     publish({true, recovered, std::move(id)});
+    for (auto early = early_.take(); auto& missed : early) {
+        onEvent(std::move(missed)); // before "connect", and the host may ask for `recovered` already
+    }
     for (auto buffered = std::exchange(buffer_, {}); auto& outgoing : buffered) {
         send(std::move(outgoing));
     }
-    tell({"connect", {}});
+    if (state_ == State::connected) { // sending may have found the connection dead
+        tell({"connect", {}});
+    }
 }
 
 void Namespace::onEvent(Packet packet) {
@@ -339,8 +347,8 @@ void Namespace::failSent() {
 }
 
 void Namespace::lose(const Disconnection& how) {
-    const auto before = std::exchange(state_, State::idle);
-    ++session_;
+    const auto before = state_;
+    rest();
     publish({});
     failSent();
     if (before == State::connected) {
@@ -351,8 +359,7 @@ void Namespace::lose(const Disconnection& how) {
 }
 
 void Namespace::fail(ConnectError error) {
-    state_ = State::idle;
-    ++session_;
+    rest();
     tell({"connect_error", {std::move(error.message), std::move(error.data), error.refused}});
 }
 
@@ -369,26 +376,16 @@ void Namespace::leave(bool tellServer) {
     if (state_ == State::connected) {
         lose({DisconnectReason::clientDisconnect, {}});
     }
-    state_ = State::idle;
-    ++session_;
+    rest();
     if (connection) {
         connection->remove(*this);
     }
 }
 
-Result<void> Acknowledge::Receiver::answer(Arguments arguments) {
-    const auto space = space_.lock();
-    if (!space) {
-        return {}; // as for any connection that has ended
-    }
-    if (used_.exchange(true)) {
-        return Error{"this event has been acknowledged already"};
-    }
-    return space->acknowledge(id_, session_, std::move(arguments));
-}
-
-Emitted Acknowledge::operator()(Arguments arguments) const {
-    return receiver_ ? receiver_->answer(std::move(arguments)) : Error{"this event wants no acknowledgement"};
+void Namespace::rest() {
+    state_ = State::idle;
+    ++session_;
+    early_.take();
 }
 
 } // namespace zentavo::socketio

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "zentavo/foundation/Mutex.h"
+#include "zentavo/socketio/EarlyEvents.h"
 #include "zentavo/socketio/Event.h"
 #include "zentavo/socketio/HandlerTable.h"
 #include "zentavo/socketio/ManagerOptions.h"
@@ -82,6 +83,8 @@ private:
     void await(std::uint64_t id, AckHandler handler, std::chrono::milliseconds timeout);
     void settle(std::uint64_t id, const Result<Arguments, AckFailure>& result);
     void failSent();
+    /// Not joined and not joining: nothing of this join reaches into the next one.
+    void rest();
     void tell(Event event);
     void publish(Snapshot snapshot);
 
@@ -97,6 +100,7 @@ private:
     bool wanted_ = false;
     State state_ = State::idle;
     std::uint64_t session_ = 0; ///< counts joins: what belongs to an earlier one is dropped
+    EarlyEvents early_;
     std::deque<Outgoing> buffer_;
     std::unordered_map<std::uint64_t, Waiting> waiting_;
     /// The server keeps what it sends for a while under the first, and knows by the second what we have.
@@ -106,21 +110,6 @@ private:
     mutable Mutex mutex_;
     Snapshot snapshot_ ZENTAVO_GUARDED_BY(mutex_);
     Auth auth_ ZENTAVO_GUARDED_BY(mutex_);
-};
-
-/// Where the answer to one event goes.
-class Acknowledge::Receiver {
-public:
-    Receiver(std::weak_ptr<Namespace> space, std::uint64_t id, std::uint64_t session)
-        : space_(std::move(space)), id_(id), session_(session) {}
-
-    Result<void> answer(Arguments arguments);
-
-private:
-    const std::weak_ptr<Namespace> space_;
-    const std::uint64_t id_;
-    const std::uint64_t session_;
-    std::atomic<bool> used_ = false;
 };
 
 } // namespace zentavo::socketio

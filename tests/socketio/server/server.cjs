@@ -24,6 +24,11 @@ const serve = (socket) => {
   socket.on("leave", () => socket.disconnect());
   socket.on("kick", () => socket.disconnect(true));
   socket.on("drop", () => socket.conn.close());
+  // Closes the connection, and says something to everybody while this client is away.
+  socket.on("away", (n) => {
+    socket.on("disconnect", () => { for (let i = 0; i < n; i++) io.emit("missed", i, Buffer.from("b")); });
+    socket.conn.close();
+  });
   socket.on("garbage", (text) => socket.conn.sendPacket("message", text));
 };
 
