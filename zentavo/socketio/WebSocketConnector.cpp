@@ -39,6 +39,8 @@ public:
         return WebSocketSent::closed;
     }
 
+    std::size_t queued() const override { return client_.queued(); }
+
 private:
     ws::WebSocketClient client_;
 };

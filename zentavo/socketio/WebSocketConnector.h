@@ -26,6 +26,10 @@ class ZENTAVO_EXPORT WebSocketConnection {
 public:
     virtual ~WebSocketConnection() = default;
     virtual WebSocketSent send(std::string_view content, bool binary) = 0;
+    /// Bytes that were taken and wait to leave; any thread. More than none right after a `send` also where the network
+    /// is idle: who asks whether something can leave at once compares with a small amount. A connector that cannot tell
+    /// leaves it at 0.
+    virtual std::size_t queued() const { return 0; }
 };
 
 /// Called on the queue, one at a time; views hold during the call. `onClose` is the last, and comes also when the

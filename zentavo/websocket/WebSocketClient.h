@@ -72,7 +72,8 @@ public:
     /// Says goodbye after what was sent before; `onClose` follows within the close timeout. A connection that is not
     /// open yet is given up.
     void close(CloseCode code = CloseCode::normal, std::string_view reason = {});
-    /// Bytes that wait to be sent.
+    /// Bytes that wait to leave for the network, with the heads of their frames; any thread. Right after a `send` they
+    /// wait for the I/O thread's turn, so an idle connection shows them too for a moment.
     std::size_t queued() const;
 
 private:
