@@ -152,8 +152,16 @@ Result<void> Namespace::acknowledge(std::uint64_t id, std::uint64_t session, Arg
 }
 
 void Namespace::join() {
+    rest();
     state_ = State::joining;
-    const auto session = ++session_;
+    const auto session = session_;
+    if (const auto connection = connection_.lock()) {
+        joinTimer_ = queue_->after(connection->connectTimeout(), [weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->onJoinTimeout();
+            }
+        });
+    }
     MutexLock lock(mutex_);
     const Auth auth = auth_;
     lock.unlock();
@@ -194,6 +202,18 @@ void Namespace::sendConnect(Map payload) {
     if (const auto connection = connection_.lock()) {
         connection->send(*std::move(frames));
     }
+}
+
+void Namespace::onJoinTimeout() {
+    joinTimer_ = 0;
+    const auto connection = connection_.lock();
+    if (state_ != State::joining || !connection) {
+        return;
+    }
+    // Asking a server twice would join twice. Should its answer come after all, the connection leaves for us.
+    wanted_ = false;
+    fail({"the namespace was not joined in time", {}, true});
+    connection->remove(*this);
 }
 
 void Namespace::receive(Packet packet) {
@@ -239,6 +259,7 @@ void Namespace::onConnected(const Packet& packet) {
     const bool recovered = !recoveryId.empty() && recoveryId == recoveryId_ && early_.complete();
     recoveryId_ = recoveryId;
     state_ = State::connected;
+    stopJoinTimer();
     publish({true, recovered, std::move(id)});
     for (auto early = early_.take(); auto& missed : early) {
         onEvent(std::move(missed)); // before "connect", and the host may ask for `recovered` already
@@ -386,6 +407,13 @@ void Namespace::rest() {
     state_ = State::idle;
     ++session_;
     early_.take();
+    stopJoinTimer();
+}
+
+void Namespace::stopJoinTimer() {
+    if (const auto timer = std::exchange(joinTimer_, 0)) {
+        queue_->cancel(timer);
+    }
 }
 
 } // namespace zentavo::socketio

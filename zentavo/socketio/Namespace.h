@@ -75,6 +75,7 @@ private:
     Result<std::vector<EngineFrame>> framesOf(PacketType type, std::optional<std::uint64_t> id, List data,
                                               std::vector<std::string> attachments);
     void sendConnect(Map payload);
+    void onJoinTimeout();
     void onConnected(const Packet& packet);
     void onEvent(Packet packet);
     void onAcknowledgement(Packet packet);
@@ -85,6 +86,7 @@ private:
     void failSent();
     /// Not joined and not joining: nothing of this join reaches into the next one.
     void rest();
+    void stopJoinTimer();
     void tell(Event event);
     void publish(Snapshot snapshot);
 
@@ -99,7 +101,8 @@ private:
     // On the queue.
     bool wanted_ = false;
     State state_ = State::idle;
-    std::uint64_t session_ = 0; ///< counts joins: what belongs to an earlier one is dropped
+    std::uint64_t session_ = 0;       ///< counts joins: what belongs to an earlier one is dropped
+    platform::TimerId joinTimer_ = 0; ///< while it is joining
     EarlyEvents early_;
     std::deque<Outgoing> buffer_;
     std::unordered_map<std::uint64_t, Waiting> waiting_;
