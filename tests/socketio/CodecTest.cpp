@@ -1,6 +1,7 @@
 // The wire, read and written; what hostile ends may not do; the small pure rules.
 
 #include <algorithm>
+#include <cmath>
 #include <deque>
 
 #include <gmock/gmock.h>
@@ -225,6 +226,8 @@ TEST(BackoffRule, doublesMovesAndThenCuts) {
              Row{quick, 3, 0.1, true, 1000ms},
              Row{steady, 3, 0.9, true, 800ms},
              Row{{-5ms, -1ms, 7}, 3, 0.9, true, 0ms},
+             Row{{10s, std::chrono::milliseconds::max(), 0.5}, 4'000'000'000U, 0.5, true, std::chrono::hours(24 * 365)},
+             Row{{10s, 30s, std::nan("")}, 0, 0.5, true, 10s},
          }) {
         FixedRandom random(row.chance, row.longer);
         EXPECT_EQ(backoffDelay(row.backoff, row.attempt, random), row.wanted)
