@@ -17,6 +17,7 @@ public:
     void open(const std::string& sid) override;
     void setHandshake(const EngineHandshake& handshake) override;
     bool writable() const override { return !closed_ && !pausing_ && !posting_; }
+    bool idle() const override { return writable(); }
     void send(std::deque<EngineFrame>& frames) override;
     void pause() override;
     void resume() override;
