@@ -114,6 +114,14 @@ TEST_F(EventTest, keepsWhatWaitsAndDropsWhatIsVolatile) {
     sockets->last().drain();
     EXPECT_THAT(takeSent(), ElementsAre(R"(42["c"])"));
     EXPECT_TRUE(socket->emit("a", {std::string(100, 'x')}).ok()) << "alone it may be larger";
+    run();
+    const auto watch = socket->onAnyOutgoing([](const Event&) {});
+    EXPECT_TRUE(socket->emit("b").ok());
+    lose();
+    EXPECT_TRUE(socket->emit("a", {"0123"}).ok());
+    EXPECT_FALSE(socket->emit("a", {"0123"}).ok()) << "what handlers will see waits beside it";
+    socket->off(watch);
+    EXPECT_TRUE(socket->emit("b").ok());
 }
 
 } // namespace

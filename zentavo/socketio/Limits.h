@@ -19,7 +19,8 @@ struct Limits {
     /// Events that come before the answer to a join, 512 bytes added to each. Of more all are dropped, and the connection
     /// does not count as recovered.
     std::size_t maximumEarly = std::size_t{8} << 20U;
-    /// What may wait to be sent, of all namespaces. A larger packet is taken when nothing else waits.
+    /// What may wait to be sent, of all namespaces; twice as much counts for an event that handlers of outgoing events
+    /// will see. A larger packet is taken when nothing else waits.
     std::size_t maximumBuffered = std::size_t{64} << 20U;
 };
 

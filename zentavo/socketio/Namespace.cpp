@@ -85,7 +85,7 @@ void Namespace::publish(Snapshot snapshot) {
 }
 
 Result<std::vector<EngineFrame>> Namespace::framesOf(PacketType type, std::optional<std::uint64_t> id, List data,
-                                                     std::vector<std::string> attachments) {
+                                                     std::vector<std::string> attachments, std::size_t copies) {
     auto frames = writePacket({type, name_, id, std::move(data), std::move(attachments)}, limits_);
     if (!frames) {
         return frames;
@@ -95,7 +95,7 @@ Result<std::vector<EngineFrame>> Namespace::framesOf(PacketType type, std::optio
     for (const auto& frame : *frames) {
         bytes += frame.bytes.size();
     }
-    auto held = connection ? connection->budget().take(bytes) : nullptr;
+    auto held = connection ? connection->budget().take(bytes * copies) : nullptr;
     if (!held) {
         return Error{"too much waits to be sent already"};
     }
@@ -122,7 +122,8 @@ Result<void> Namespace::emit(std::string_view event, Arguments arguments, bool i
     data.reserve(arguments.size() + 1);
     data.emplace_back(event);
     data.insert(data.end(), arguments.values().begin(), arguments.values().end());
-    auto frames = framesOf(PacketType::event, outgoing->ackId, std::move(data), arguments.takeAttachments());
+    auto frames = framesOf(PacketType::event, outgoing->ackId, std::move(data), arguments.takeAttachments(),
+                           outgoing->seen ? 2 : 1);
     if (!frames) {
         return frames.error();
     }

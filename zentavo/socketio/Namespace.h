@@ -72,8 +72,9 @@ private:
 
     template <class Body>
     void post(Body body);
+    /// `copies` is how many times the packet is in memory while it waits.
     Result<std::vector<EngineFrame>> framesOf(PacketType type, std::optional<std::uint64_t> id, List data,
-                                              std::vector<std::string> attachments);
+                                              std::vector<std::string> attachments, std::size_t copies = 1);
     void sendConnect(Map payload);
     void onJoinTimeout();
     void onConnected(const Packet& packet);

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "zentavo/socketio/EngineAddress.h"
 #include "zentavo/socketio/Transport.h"
@@ -46,6 +47,7 @@ private:
     std::uint64_t requests_ = 0;
     std::shared_ptr<platform::URLTask> polling_;
     std::shared_ptr<platform::URLTask> posting_;
+    std::vector<std::shared_ptr<const void>> posted_; ///< what the frames of `posting_` hold
     bool pausing_ = false;
     bool closed_ = false;
 };
