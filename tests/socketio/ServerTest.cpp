@@ -109,7 +109,10 @@ protected:
         socket->onDisconnect([this](const Disconnection& how) {
             story.tell("disconnect " + std::string(text(how.reason)) + " " + how.detail);
         });
-        socket->onConnectError([this](const ConnectError& error) { story.tell("connect_error " + error.message); });
+        socket->onConnectError([this](const ConnectError& error) {
+            story.tell("connect_error " + error.message +
+                       (error.data.asMap() ? text(*error.data.asMap(), "code") : ""));
+        });
         return socket;
     }
     AckHandler ack() {
@@ -229,7 +232,7 @@ TEST_P(ServerTest, joinsNamespacesAndLeavesThem) {
     EXPECT_TRUE(story.comes("connect_error Invalid namespace"));
     const auto admin = socket("/admin");
     admin->connect();
-    EXPECT_TRUE(story.comes("connect_error not authorized"));
+    EXPECT_TRUE(story.comes("connect_error not authorizedE1"));
     admin->setAuth({{}, [](const std::function<void(Map)>& reply) { reply({{"token", "secret"}}); }});
     admin->connect();
     EXPECT_TRUE(story.comes("connect"));
@@ -250,6 +253,60 @@ TEST_P(ServerTest, joinsNamespacesAndLeavesThem) {
     main->emit("drop");
     EXPECT_TRUE(story.comes("disconnect transport close"));
     EXPECT_TRUE(story.comes("connect")) << "this one comes back by itself";
+}
+
+TEST_P(ServerTest, callsHandlersUntilTheyAreTakenAway) {
+    const Server server;
+    start(server.url());
+    const auto socket = this->socket();
+    const auto tells = [this](const char* who) {
+        return [this, who](const Event& event) { story.tell(std::string(who) + " " + event.name); };
+    };
+    socket->emitVolatile("echo"); // nobody is there yet
+    socket->onAny(tells("any"));
+    socket->onAnyOutgoing(tells("out"));
+    socket->once("echo", tells("once"));
+    const auto first = socket->on("echo", tells("first"));
+    socket->on("echo", tells("second"));
+    socket->connect();
+    EXPECT_TRUE(story.comes("connect"));
+    awaitTransport(*socket);
+    for (int round = 0; round < 3; ++round) {
+        socket->emit("echo");
+        socket->emit("ack", {"round"}, ack());
+        EXPECT_TRUE(story.comes("ack round"));
+        if (round == 0) {
+            socket->off(first);
+        } else {
+            socket->off("echo");
+        }
+    }
+    EXPECT_EQ(story.count("out echo"), 3);
+    EXPECT_EQ(story.count("any echo"), 3);
+    EXPECT_EQ(story.count("once echo"), 1);
+    EXPECT_EQ(story.count("first echo"), 1);
+    EXPECT_EQ(story.count("second echo"), 2);
+}
+
+TEST_P(ServerTest, dropsWhatIsVolatileWhenMuchWaits) {
+    const Server server(R"({"maxHttpBufferSize":20000000})");
+    start(server.url());
+    const auto socket = this->socket();
+    socket->onAnyOutgoing([&](const Event& event) { story.tell("out " + event.name); });
+    socket->connect();
+    EXPECT_TRUE(story.comes("connect"));
+    awaitTransport(*socket);
+    server.stopBreathing();
+    socket->emit("silent", {std::string(15'000'000, 'x')}); // more than the system's buffers take
+    for (int i = 0; i < 100; ++i) {
+        socket->emitVolatile("count", {i});
+    }
+    socket->emit("ack", {"after"}, ack());
+    queue->async([&] { story.tell("all emitted"); });
+    EXPECT_TRUE(story.comes("all emitted"));
+    EXPECT_EQ(story.count("out count"), 0);
+    server.breathe();
+    EXPECT_TRUE(story.comes("ack after"));
 }
 
 TEST_P(ServerTest, keepsTenThousandEventsInOrder) {
