@@ -255,6 +255,24 @@ TEST_P(ServerTest, joinsNamespacesAndLeavesThem) {
     EXPECT_TRUE(story.comes("connect")) << "this one comes back by itself";
 }
 
+TEST_P(ServerTest, bringsCookiesUntilTheyEnd) {
+    const Server server(R"({"jar":true})");
+    start(server.url());
+    const auto socket = this->socket();
+    socket->connect();
+    for (const char* wanted : {"", "jar=1", ""}) {
+        EXPECT_TRUE(story.comes("connect"));
+        awaitTransport(*socket);
+        const auto seen = who(*socket);
+        EXPECT_EQ(text(seen, "cookie"), wanted);
+        if (GetParam() == Way::upgrade) {
+            EXPECT_EQ(text(seen, "upgradeCookie"), *wanted == '\0' ? "jar=1" : "") << "what the handshake said last";
+        }
+        socket->emit("drop");
+        EXPECT_TRUE(story.comes("disconnect"));
+    }
+}
+
 TEST_P(ServerTest, callsHandlersUntilTheyAreTakenAway) {
     const Server server;
     start(server.url());
