@@ -21,7 +21,7 @@ std::string textIn(const Value& data, std::string_view key) {
 
 Namespace::Namespace(std::string name, Auth auth, const std::shared_ptr<Connection>& connection)
     : name_(std::move(name)), connection_(connection), queue_(connection->queue()), limits_(connection->limits()),
-      early_(limits_), auth_(std::move(auth)) {}
+      early_(limits_), acks_(queue_, abandoned_), auth_(std::move(auth)) {}
 
 template <class Body>
 void Namespace::post(Body body) {
@@ -51,10 +51,7 @@ void Namespace::abandon() {
     post([](Namespace& self, Connection&) {
         self.leave(true);
         self.buffer_.clear();
-        for (const auto& [id, waiting] : self.waiting_) {
-            self.queue_->cancel(waiting.timer);
-        }
-        self.waiting_.clear();
+        self.acks_.clear();
     });
 }
 
@@ -294,7 +291,7 @@ void Namespace::onEvent(Packet packet) {
 }
 
 void Namespace::onAcknowledgement(Packet packet) {
-    settle(*packet.id, Arguments(std::move(*packet.data.asList()), std::move(packet.attachments)));
+    acks_.settle(*packet.id, Arguments(std::move(*packet.data.asList()), std::move(packet.attachments)));
 }
 
 void Namespace::tell(Event event) {
@@ -317,10 +314,7 @@ void Namespace::send(Outgoing outgoing) {
 
 void Namespace::transmit(Outgoing outgoing) {
     if (outgoing.ackId) {
-        const auto waiting = waiting_.find(*outgoing.ackId);
-        if (waiting != waiting_.end()) {
-            waiting->second.sent = true;
-        }
+        acks_.sent(*outgoing.ackId);
     }
     connection_.lock()->send(std::move(outgoing.frames));
     if (outgoing.seen && !abandoned_) {
@@ -329,50 +323,20 @@ void Namespace::transmit(Outgoing outgoing) {
 }
 
 void Namespace::await(std::uint64_t id, AckHandler handler, std::chrono::milliseconds timeout) {
-    Waiting waiting{std::move(handler)};
-    if (timeout.count() > 0) {
-        waiting.timer = queue_->after(timeout, [weak = weak_from_this(), id] {
-            if (const auto self = weak.lock()) {
-                // What is still here must not be sent any more: nobody wants to know.
-                std::erase_if(self->buffer_, [&](const Outgoing& outgoing) { return outgoing.ackId == id; });
-                self->settle(id, AckFailure::timedOut);
-            }
-        });
-    }
-    waiting_.emplace(id, std::move(waiting));
-}
-
-void Namespace::settle(std::uint64_t id, const Result<Arguments, AckFailure>& result) {
-    auto waiting = waiting_.extract(id);
-    if (waiting.empty()) {
-        return; // too late, or never asked for
-    }
-    if (waiting.mapped().timer != 0) {
-        queue_->cancel(waiting.mapped().timer);
-    }
-    if (!abandoned_) {
-        entryPoint("Socket.IO acknowledgement", [&] { waiting.mapped().handler(result); });
-    }
-}
-
-void Namespace::failSent() {
-    std::vector<std::uint64_t> sent;
-    for (const auto& [id, waiting] : waiting_) {
-        if (waiting.sent) {
-            sent.push_back(id);
+    acks_.add(id, std::move(handler), timeout, [weak = weak_from_this(), id] {
+        if (const auto self = weak.lock()) {
+            // What is still here must not be sent any more: nobody wants to know.
+            std::erase_if(self->buffer_, [&](const Outgoing& outgoing) { return outgoing.ackId == id; });
+            self->acks_.settle(id, AckFailure::timedOut);
         }
-    }
-    std::sort(sent.begin(), sent.end());
-    for (const auto id : sent) {
-        settle(id, AckFailure::disconnected);
-    }
+    });
 }
 
 void Namespace::lose(const Disconnection& how) {
     const auto before = state_;
     rest();
     publish({});
-    failSent();
+    acks_.failSent();
     if (before == State::connected) {
         tell({"disconnect", {text(how.reason), how.detail}});
     } else if (before == State::joining) {

@@ -5,7 +5,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "zentavo/foundation/Mutex.h"
@@ -14,6 +13,7 @@
 #include "zentavo/socketio/HandlerTable.h"
 #include "zentavo/socketio/ManagerOptions.h"
 #include "zentavo/socketio/Packet.h"
+#include "zentavo/socketio/PendingAcks.h"
 
 namespace zentavo::socketio {
 
@@ -58,11 +58,6 @@ private:
         bool isVolatile = false;
         std::shared_ptr<const Event> seen; ///< for any-handlers
     };
-    struct Waiting {
-        AckHandler handler;
-        platform::TimerId timer = 0;
-        bool sent = false;
-    };
     /// What other threads may ask for.
     struct Snapshot {
         bool connected = false;
@@ -83,8 +78,6 @@ private:
     void send(Outgoing outgoing);
     void transmit(Outgoing outgoing);
     void await(std::uint64_t id, AckHandler handler, std::chrono::milliseconds timeout);
-    void settle(std::uint64_t id, const Result<Arguments, AckFailure>& result);
-    void failSent();
     /// Not joined and not joining: nothing of this join reaches into the next one.
     void rest();
     void stopJoinTimer();
@@ -106,7 +99,7 @@ private:
     platform::TimerId joinTimer_ = 0; ///< while it is joining
     EarlyEvents early_;
     std::deque<Outgoing> buffer_;
-    std::unordered_map<std::uint64_t, Waiting> waiting_;
+    PendingAcks acks_;
     /// The server keeps what it sends for a while under the first, and knows by the second what we have.
     std::string recoveryId_;
     std::string recoveryOffset_;
