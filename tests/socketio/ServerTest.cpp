@@ -260,16 +260,19 @@ TEST_P(ServerTest, bringsCookiesUntilTheyEnd) {
     start(server.url());
     const auto socket = this->socket();
     socket->connect();
-    for (const char* wanted : {"", "jar=1", ""}) {
+    for (int round = 0; round < 4; ++round) { // even, so that the URL session's jar is left empty for other tests
+        const std::string wanted = round % 2 == 0 ? "" : "jar=1";
         EXPECT_TRUE(story.comes("connect"));
         awaitTransport(*socket);
         const auto seen = who(*socket);
         EXPECT_EQ(text(seen, "cookie"), wanted);
         if (GetParam() == Way::upgrade) {
-            EXPECT_EQ(text(seen, "upgradeCookie"), *wanted == '\0' ? "jar=1" : "") << "what the handshake said last";
+            EXPECT_EQ(text(seen, "upgradeCookie"), wanted.empty() ? "jar=1" : "") << "what the handshake said last";
         }
-        socket->emit("drop");
-        EXPECT_TRUE(story.comes("disconnect"));
+        if (round < 3) {
+            socket->emit("drop");
+            EXPECT_TRUE(story.comes("disconnect"));
+        }
     }
 }
 
