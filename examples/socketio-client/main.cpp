@@ -1,6 +1,4 @@
-// A chat over Socket.IO: sends each line of standard input as the event "message" and prints those of others.
-//
-//   zentavo-socketio-client URL [NAME]
+// A chat over Socket.IO, of lines of standard input: zentavo-socketio-client URL [NAME]
 #include <future>
 #include <iostream>
 #include <string>
@@ -12,9 +10,9 @@ namespace io = zentavo::socketio;
 
 int main(int argc, char** argv) {
     const auto system = zentavo::linux_port::makeLinuxPlatform();
-    const auto queue = system->queues->make("chat", zentavo::platform::QueueKind::serial);
     const auto manager = io::SocketManager::make(argc > 1 ? argv[1] : "http://127.0.0.1:3000", {},
-                                                 {queue, system->clock, system->random, system->urlSession});
+                                                 {system->queues->make("chat", zentavo::platform::QueueKind::serial),
+                                                  system->clock, system->random, system->urlSession});
     if (!manager) {
         std::cerr << manager.error().message << "\nusage: zentavo-socketio-client URL [NAME]\n";
         return 2;
@@ -28,13 +26,11 @@ int main(int argc, char** argv) {
         std::cout << (words != nullptr ? *words : "(no text)") << std::endl;
     });
     socket->connect(); // and again, whenever the connection is lost
-
     for (std::string line; std::getline(std::cin, line);) {
         socket->emit("message", {line}); // waits while there is no connection
     }
     std::promise<void> said; // answered or not, by then the lines before it have left
-    socket->emit(
-        "bye", {}, [&](const auto&) { said.set_value(); }, std::chrono::seconds(2));
+    const auto answered = [&](const auto&) { said.set_value(); };
+    socket->emit("bye", {}, answered, std::chrono::seconds(2));
     said.get_future().wait();
-    return 0;
 }

@@ -1,6 +1,4 @@
-// Sends each line of standard input to a WebSocket server and prints what comes back.
-//
-//   zentavo-websocket-client URL
+// Sends each line of standard input to a WebSocket server and prints what comes back: zentavo-websocket-client URL
 #include <future>
 #include <iostream>
 #include <semaphore>
@@ -12,7 +10,7 @@ namespace ws = zentavo::websocket;
 
 int main(int argc, char** argv) {
     std::counting_semaphore<> next(0); // a line may be sent: it is open, the last one came back, or it is over
-    std::promise<bool> closed;
+    std::promise<ws::Closed> closed;
     ws::ClientHandlers handlers;
     handlers.onOpen = [&](const ws::Handshake&) { next.release(); };
     handlers.onMessage = [&](ws::MessageKind, std::string_view content) {
@@ -20,19 +18,18 @@ int main(int argc, char** argv) {
         next.release();
     };
     handlers.onClose = [&](const ws::Closed& how, int) {
-        std::cerr << "closed: " << static_cast<int>(how.code) << " " << how.reason << "\n";
         next.release();
-        closed.set_value(how.clean);
+        closed.set_value(how);
     };
     ws::WebSocketClient client(handlers);
     if (const auto started = client.open(argc > 1 ? argv[1] : ""); !started) {
         std::cerr << started.error().message << "\nusage: zentavo-websocket-client URL\n";
         return 2;
     }
-    std::string line;
-    do {
-        next.acquire();
-    } while (std::getline(std::cin, line) && client.sendText(line) == ws::Sent::taken);
+    for (std::string line; next.acquire(), std::getline(std::cin, line) && client.sendText(line) == ws::Sent::taken;) {
+    }
     client.close();
-    return closed.get_future().get() ? 0 : 1;
+    const auto how = closed.get_future().get();
+    std::cerr << "closed: " << static_cast<int>(how.code) << " " << how.reason << "\n";
+    return how.clean ? 0 : 1;
 }

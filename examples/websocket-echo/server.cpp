@@ -1,6 +1,4 @@
-// A WebSocket server on this machine that sends everything back, until its standard input ends.
-//
-//   zentavo-websocket-server PORT
+// A WebSocket server on this machine that sends everything back, until its input ends: zentavo-websocket-server PORT
 #include <cstdlib>
 #include <iostream>
 #include <string>

@@ -8,6 +8,7 @@
 #include <openssl/params.h>
 
 #include "ports/linux/OpenSslErrors.h"
+#include "ports/linux/OpenSslKeyNumbers.h"
 
 namespace zentavo::linux_port {
 namespace {
@@ -93,22 +94,20 @@ Owner<EVP_PKEY_CTX> contextOf(const OpenSslLibrary& library, EVP_PKEY* key) {
 
 Result<std::shared_ptr<const platform::RSAKey>> OpenSslKey::make(const OpenSslLibrary& library, Slice der,
                                                                  bool isPrivate) {
+    OpenSslKeyNumbers numbers(library, der, isPrivate);
+    if (!numbers.read()) {
+        return Error{"the RSA key cannot be read: " + numbers.read().error().message};
+    }
     const OpenSslErrors errors(library);
+    const Owner<EVP_PKEY_CTX> context(library.EVP_PKEY_CTX_new_from_name(nullptr, "RSA", nullptr),
+                                      library.EVP_PKEY_CTX_free);
     EVP_PKEY* key = nullptr;
-    const Owner<OSSL_DECODER_CTX> decoder(
-        library.OSSL_DECODER_CTX_new_for_pkey(&key, "DER", "type-specific", "RSA",
-                                              isPrivate ? EVP_PKEY_KEYPAIR : EVP_PKEY_PUBLIC_KEY, nullptr, nullptr),
-        library.OSSL_DECODER_CTX_free);
-    const unsigned char* data = der.data();
-    std::size_t left = der.size();
-    const bool decoded = decoder != nullptr && library.OSSL_DECODER_from_data(decoder.get(), &data, &left) == 1;
-    if (key == nullptr) {
-        return decoded ? Error{"the RSA key cannot be read"} : errors.error("the RSA key cannot be read");
+    if (context == nullptr || library.EVP_PKEY_fromdata_init(context.get()) != 1 ||
+        library.EVP_PKEY_fromdata(context.get(), &key, isPrivate ? EVP_PKEY_KEYPAIR : EVP_PKEY_PUBLIC_KEY,
+                                  numbers.list()) != 1) {
+        return errors.error("the RSA key cannot be read");
     }
     auto result = std::make_shared<OpenSslKey>(library, key, isPrivate);
-    if (!decoded || left != 0) {
-        return Error{"the RSA key cannot be read: there is something behind it"};
-    }
     const int bits = library.EVP_PKEY_get_bits(key);
     if (bits < fewestBits || bits > mostBits) {
         return Error{"an RSA key of " + std::to_string(bits) + " bits is refused: 1024 to 16384 are taken"};

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <openssl/decoder.h>
+#include <openssl/crypto.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 
@@ -18,17 +18,19 @@ namespace zentavo::linux_port {
     X(EVP_MD_CTX_free)                                                                                                 \
     X(EVP_MD_CTX_new)                                                                                                  \
     X(EVP_PKEY_CTX_free)                                                                                               \
+    X(EVP_PKEY_CTX_new_from_name)                                                                                      \
     X(EVP_PKEY_CTX_new_from_pkey)                                                                                      \
     X(EVP_PKEY_decrypt)                                                                                                \
     X(EVP_PKEY_decrypt_init_ex)                                                                                        \
     X(EVP_PKEY_encrypt)                                                                                                \
     X(EVP_PKEY_encrypt_init_ex)                                                                                        \
+    X(EVP_PKEY_fromdata)                                                                                               \
+    X(EVP_PKEY_fromdata_init)                                                                                          \
     X(EVP_PKEY_free)                                                                                                   \
     X(EVP_PKEY_get_bits)                                                                                               \
     X(EVP_PKEY_get_size)                                                                                               \
-    X(OSSL_DECODER_CTX_free)                                                                                           \
-    X(OSSL_DECODER_CTX_new_for_pkey)                                                                                   \
-    X(OSSL_DECODER_from_data)                                                                                          \
+    X(OPENSSL_cleanse)                                                                                                 \
+    X(OSSL_PARAM_construct_BN)                                                                                         \
     X(OSSL_PARAM_construct_end)                                                                                        \
     X(OSSL_PARAM_construct_uint)                                                                                       \
     X(OSSL_PARAM_construct_utf8_string)

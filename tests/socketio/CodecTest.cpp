@@ -1,6 +1,7 @@
 // The wire, read and written; what hostile ends may not do; the small pure rules.
 
 #include <algorithm>
+#include <cmath>
 #include <deque>
 
 #include <gmock/gmock.h>
@@ -9,6 +10,7 @@
 #include "zentavo/foundation/JSON.h"
 #include "zentavo/socketio/Arguments.h"
 #include "zentavo/socketio/Backoff.h"
+#include "zentavo/socketio/CookieDate.h"
 #include "zentavo/socketio/CookieJar.h"
 #include "zentavo/socketio/EngineHandshake.h"
 #include "zentavo/socketio/EnginePacket.h"
@@ -225,6 +227,8 @@ TEST(BackoffRule, doublesMovesAndThenCuts) {
              Row{quick, 3, 0.1, true, 1000ms},
              Row{steady, 3, 0.9, true, 800ms},
              Row{{-5ms, -1ms, 7}, 3, 0.9, true, 0ms},
+             Row{{10s, std::chrono::milliseconds::max(), 0.5}, 4'000'000'000U, 0.5, true, std::chrono::hours(24 * 365)},
+             Row{{10s, 30s, std::nan("")}, 0, 0.5, true, 10s},
          }) {
         FixedRandom random(row.chance, row.longer);
         EXPECT_EQ(backoffDelay(row.backoff, row.attempt, random), row.wanted)
@@ -234,24 +238,56 @@ TEST(BackoffRule, doublesMovesAndThenCuts) {
 
 TEST(CookieJars, keepWhatTheServerSetAndNoMore) {
     CookieJar jar;
-    jar.take("io=abc; Path=/; HttpOnly; SameSite=Strict", 0s);
-    jar.take("node=7;Max-Age=10", 0s);
-    jar.take("key=1; Secure", 0s);
+    const std::chrono::system_clock::time_point civil = std::chrono::sys_days(2026y / 11 / 21) + 10h;
+    jar.take("io=abc; Path=/; HttpOnly; SameSite=Strict", 0s, civil);
+    jar.take("node=7;Max-Age=10", 0s, civil);
+    jar.take("key=1; Secure", 0s, civil);
     EXPECT_EQ(jar.header(false, 1s), "io=abc; node=7");
     EXPECT_EQ(jar.header(true, 10s), "io=abc; key=1");
-    jar.take("io=def", 1s);
+    jar.take("io=def", 1s, civil);
     EXPECT_EQ(jar.header(false, 11s), "io=def");
-    jar.take("io=; Expires=Thu, 01 Jan 1970 00:00:00 GMT", 1s);
+    jar.take("io=; Expires=Thu, 01 Jan 1970 00:00:00 GMT", 1s, civil);
     EXPECT_EQ(jar.header(false, 11s), "");
+
+    // A date ends a cookie when it comes; an age goes before it, in either order.
+    jar = {};
+    jar.take("d=1; Expires=Sat, 21 Nov 2026 10:00:05 GMT", 1s, civil);
+    EXPECT_EQ(jar.header(false, 6s - 1ns), "d=1");
+    EXPECT_EQ(jar.header(false, 6s), "");
+    jar.take("d=2; Max-Age=2; Expires=Sat, 21 Nov 2026 09:59:59 GMT", 1s, civil);
+    EXPECT_EQ(jar.header(false, 2s), "d=2");
+    jar.take("d=3; Expires=Fri, 31 Dec 9999 23:59:59 GMT; Max-Age = 2", 1s, civil);
+    EXPECT_EQ(jar.header(false, 3s), "");
+    jar.take("d=4; Max-Age=x; Max-Age=99999999999999999999; Expires=never", 1s, civil);
+    EXPECT_EQ(jar.header(false, 100h), "d=4");
+    jar.take("d=5; Expires=Sat, 21-Nov-26 09:59:59 GMT", 1s, civil);
+    EXPECT_EQ(jar.header(false, 1s), "");
     for (const std::string& bad :
          {std::string("x"), std::string("=x"), std::string("a=b\r\nEvil: 1"), "a=" + std::string(5000, 'x')}) {
-        jar.take(bad, 1s);
+        jar.take(bad, 1s, civil);
     }
     EXPECT_EQ(jar.header(false, 11s), "");
     for (int i = 0; i < 100; ++i) {
-        jar.take("c" + std::to_string(i) + "=1", 1s);
+        jar.take("c" + std::to_string(i) + "=1", 1s, civil);
     }
     EXPECT_LT(jar.header(false, 1s).size(), 400U);
+}
+
+TEST(CookieDates, areReadAsServersWriteThem) {
+    const auto moment = std::chrono::sys_days(1994y / 11 / 6) + 8h + 49min + 37s;
+    for (const char* same : {"Sun, 06 Nov 1994 08:49:37 GMT", "Sunday, 06-Nov-94 08:49:37 GMT",
+                             "Sun Nov  6 08:49:37 1994", "1994 november 6 8:49:37.123 +0100", "6 08:49:37 Nov 94"}) {
+        EXPECT_EQ(cookieDate(same), moment) << same;
+    }
+    EXPECT_EQ(cookieDate("29 Feb 2028 0:0:0"), std::chrono::sys_days(2028y / 2 / 29));
+    EXPECT_EQ(cookieDate("1 Jan 69 0:0:0"), std::chrono::sys_days(2069y / 1 / 1));
+    for (const std::string& bad :
+         {std::string(), std::string("1970"), std::string("6 Nov 1994"), std::string("Nov 1994 08:49:37"),
+          std::string("31 Feb 2026 08:49:37"), std::string("6 Nov 1600 08:49:37"), std::string("6 Nov 1994 24:00:00"),
+          std::string("6 Nov 1994 08:49"), std::string("6 Nov 19945 08:49:37"),
+          std::string(200, ' ') + "6 Nov 1994 08:49:37"}) {
+        EXPECT_FALSE(cookieDate(bad)) << bad;
+    }
 }
 
 } // namespace

@@ -100,14 +100,18 @@ TEST_F(EngineTest, pollsWithOneGetAndOnePostAtATime) {
     send("4one");
     EXPECT_FALSE(engine->writable());
     send("4two");
-    engine->send({{std::string("\1\2\3", 3), true}});
+    auto held = std::make_shared<int>();
+    const auto released = [memory = std::weak_ptr(held)] { return memory.expired(); };
+    engine->send({{std::string("\1\2\3", 3), true, std::move(held)}});
     send("4four, which is too long for the others");
     EXPECT_EQ(asked(2), "POST 4one");
     EXPECT_EQ(system.session->count(), 3U);
     answer(2, "ok");
     EXPECT_EQ(asked(3), "POST 4two\x1e"
                         "bAQID");
+    EXPECT_FALSE(released()) << "its body is still there";
     answer(3, "ok");
+    EXPECT_TRUE(released());
     EXPECT_EQ(asked(4), "POST 4four, which is too long for the others") << "alone, beyond the server's limit";
     answer(4, "ok");
 

@@ -100,6 +100,13 @@ TEST_F(EventTest, keepsWhatWaitsAndDropsWhatIsVolatile) {
     EXPECT_THAT(takeSent(), ElementsAre("40", R"(42["a","0123456789"])", R"(42["b"])"));
     socket->emitVolatile("v");
     EXPECT_THAT(takeSent(), ElementsAre(R"(42["v"])"));
+    sockets->last().queued = 1'000'000; // the network is behind, though there is room
+    socket->emitVolatile("v");
+    socket->emit("kept");
+    EXPECT_THAT(takeSent(), ElementsAre(R"(42["kept"])"));
+    sockets->last().queued = 100;
+    socket->emitVolatile("v");
+    EXPECT_THAT(takeSent(), ElementsAre(R"(42["v"])"));
     sockets->last().full = true;
     socket->emit("c");
     socket->emitVolatile("w");
@@ -107,6 +114,14 @@ TEST_F(EventTest, keepsWhatWaitsAndDropsWhatIsVolatile) {
     sockets->last().drain();
     EXPECT_THAT(takeSent(), ElementsAre(R"(42["c"])"));
     EXPECT_TRUE(socket->emit("a", {std::string(100, 'x')}).ok()) << "alone it may be larger";
+    run();
+    const auto watch = socket->onAnyOutgoing([](const Event&) {});
+    EXPECT_TRUE(socket->emit("b").ok());
+    lose();
+    EXPECT_TRUE(socket->emit("a", {"0123"}).ok());
+    EXPECT_FALSE(socket->emit("a", {"0123"}).ok()) << "what handlers will see waits beside it";
+    socket->off(watch);
+    EXPECT_TRUE(socket->emit("b").ok());
 }
 
 } // namespace

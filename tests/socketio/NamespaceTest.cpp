@@ -1,9 +1,12 @@
 // Namespaces: joining, leaving, and letting go of them.
 
+#include <stdexcept>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/socketio/ManagerFixture.h"
+#include "zentavo/foundation/Fault.h"
 
 namespace zentavo::socketio {
 namespace {
@@ -51,6 +54,38 @@ TEST_F(NamespaceTest, joinsSeveralNamespacesOverOneConnection) {
     EXPECT_THAT(takeTold(), ElementsAre("/admin io client disconnect", "io client disconnect"));
     EXPECT_TRUE(sockets->last().released);
     EXPECT_EQ(system.queues->timers(), 0U);
+}
+
+TEST_F(NamespaceTest, doesNotWaitForEverToBeJoined) {
+    ManagerOptions options;
+    options.connectTimeout = 3s;
+    setFaultPolicy(FaultPolicy::contain);
+    start(options);
+    const auto main = join();
+    const auto other = join("/other");
+    std::function<void(Map)> late;
+    const auto asking = join("/asking", {{}, [&](std::function<void(Map)> reply) { late = std::move(reply); }});
+    const auto throwing = join("/throwing", {{}, [](const auto&) { throw std::runtime_error("no token"); }});
+    shake();
+    setFaultPolicy(FaultPolicy::stop);
+    server(R"(40{"sid":"a"})");
+    takeTold();
+    takeSent();
+    system.queues->advance(3s);
+    EXPECT_THAT(takeTold(), ElementsAre("/asking refused the namespace was not joined in time",
+                                        "/other refused the namespace was not joined in time",
+                                        "/throwing refused the namespace was not joined in time"));
+    late({});
+    EXPECT_THAT(takeSent(), ElementsAre());
+    server(R"(40/other,{"sid":"b"})");
+    EXPECT_THAT(takeSent(), ElementsAre("41/other,")) << "too late";
+    EXPECT_TRUE(main->connected());
+
+    other->connect();
+    EXPECT_THAT(takeSent(), ElementsAre("40/other,"));
+    server(R"(40/other,{"sid":"b"})");
+    system.queues->advance(3s);
+    EXPECT_TRUE(other->connected());
 }
 
 TEST_F(NamespaceTest, refusesWhatCannotBe) {

@@ -155,6 +155,38 @@ TEST_F(ReconnectionTest, recoversWhatTheServerKept) {
     EXPECT_THAT(takeSent(), ElementsAre(R"(40{"pid":"P","offset":"offset-1"})"));
     server(R"(40{"sid":"a","pid":"P"})");
     EXPECT_TRUE(socket->recovered());
+
+    // What was missed comes before the answer, and is told before "connect".
+    socket->on("e", [&](const Event& event) {
+        say("e " + std::string(socket->recovered() ? "recovered" : "early"));
+        event.acknowledge({"got"});
+    });
+    lose();
+    awaitAttempt();
+    shake();
+    server(R"(427["e",2,"offset-2"])");
+    takeSent();
+    takeTold();
+    server(R"(40{"sid":"a","pid":"P"})");
+    EXPECT_THAT(takeTold(), ElementsAre("e recovered", "connect"));
+    EXPECT_THAT(takeSent(), ElementsAre(R"(437["got"])"));
+    lose();
+    awaitAttempt();
+    shake();
+    EXPECT_THAT(takeSent(), ElementsAre(R"(40{"pid":"P","offset":"offset-2"})"));
+
+    // What came before a connection that never came about is gone; so is what is too much, and then nothing is claimed.
+    server(R"(42["e",3,"offset-3"])");
+    lose();
+    awaitAttempt();
+    shake();
+    for (int i = 0; i < 20'000; ++i) {
+        sockets->last().say(R"(42["e",4,"offset-4"])");
+    }
+    takeTold();
+    server(R"(40{"sid":"a","pid":"P"})");
+    EXPECT_THAT(takeTold(), ElementsAre("connect"));
+    EXPECT_FALSE(socket->recovered());
 }
 
 } // namespace

@@ -17,6 +17,7 @@ public:
         WebSocketEvents events;
         std::vector<std::string> sent; ///< binary ones behind "b:"
         bool full = false;
+        std::size_t queued = 0;
         bool released = false;
 
         void open(const std::vector<platform::Header>& headers = {}) const { events.onOpen(headers); }
@@ -37,7 +38,8 @@ public:
 
     std::unique_ptr<WebSocketConnection> open(const WebSocketRequest& request, WebSocketEvents events,
                                               std::shared_ptr<platform::DispatchQueue>) override {
-        connections.push_back(std::make_shared<Connection>(Connection{request, std::move(events), {}, false, false}));
+        connections.push_back(
+            std::make_shared<Connection>(Connection{request, std::move(events), {}, false, 0, false}));
         return std::make_unique<Handle>(connections.back());
     }
 
@@ -52,6 +54,7 @@ private:
             connection->sent.push_back((binary ? "b:" : "") + std::string(content));
             return WebSocketSent::taken;
         }
+        std::size_t queued() const override { return connection->queued; }
         const std::shared_ptr<Connection> connection;
     };
 };

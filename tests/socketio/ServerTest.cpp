@@ -1,5 +1,6 @@
 // The client and the reference server, over loopback: by polling, by WebSocket, and from one to the other.
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <csignal>
@@ -68,6 +69,13 @@ public:
                                                     << before;
     }
 
+    /// How often `what` has been told so far.
+    std::ptrdiff_t count(const std::string& what) {
+        const std::lock_guard lock(mutex_);
+        return std::count_if(told_.begin(), told_.end(),
+                             [&](const auto& one) { return one.find(what) != std::string::npos; });
+    }
+
 private:
     std::mutex mutex_;
     std::condition_variable changed_;
@@ -101,7 +109,10 @@ protected:
         socket->onDisconnect([this](const Disconnection& how) {
             story.tell("disconnect " + std::string(text(how.reason)) + " " + how.detail);
         });
-        socket->onConnectError([this](const ConnectError& error) { story.tell("connect_error " + error.message); });
+        socket->onConnectError([this](const ConnectError& error) {
+            story.tell("connect_error " + error.message +
+                       (error.data.asMap() ? text(*error.data.asMap(), "code") : ""));
+        });
         return socket;
     }
     AckHandler ack() {
@@ -221,7 +232,7 @@ TEST_P(ServerTest, joinsNamespacesAndLeavesThem) {
     EXPECT_TRUE(story.comes("connect_error Invalid namespace"));
     const auto admin = socket("/admin");
     admin->connect();
-    EXPECT_TRUE(story.comes("connect_error not authorized"));
+    EXPECT_TRUE(story.comes("connect_error not authorizedE1"));
     admin->setAuth({{}, [](const std::function<void(Map)>& reply) { reply({{"token", "secret"}}); }});
     admin->connect();
     EXPECT_TRUE(story.comes("connect"));
@@ -242,6 +253,81 @@ TEST_P(ServerTest, joinsNamespacesAndLeavesThem) {
     main->emit("drop");
     EXPECT_TRUE(story.comes("disconnect transport close"));
     EXPECT_TRUE(story.comes("connect")) << "this one comes back by itself";
+}
+
+TEST_P(ServerTest, bringsCookiesUntilTheyEnd) {
+    const Server server(R"({"jar":true})");
+    start(server.url());
+    const auto socket = this->socket();
+    socket->connect();
+    for (int round = 0; round < 4; ++round) { // even, so that the URL session's jar is left empty for other tests
+        const std::string wanted = round % 2 == 0 ? "" : "jar=1";
+        EXPECT_TRUE(story.comes("connect"));
+        awaitTransport(*socket);
+        const auto seen = who(*socket);
+        EXPECT_EQ(text(seen, "cookie"), wanted);
+        if (GetParam() == Way::upgrade) {
+            EXPECT_EQ(text(seen, "upgradeCookie"), wanted.empty() ? "jar=1" : "") << "what the handshake said last";
+        }
+        if (round < 3) {
+            socket->emit("drop");
+            EXPECT_TRUE(story.comes("disconnect"));
+        }
+    }
+}
+
+TEST_P(ServerTest, callsHandlersUntilTheyAreTakenAway) {
+    const Server server;
+    start(server.url());
+    const auto socket = this->socket();
+    const auto tells = [this](const char* who) {
+        return [this, who](const Event& event) { story.tell(std::string(who) + " " + event.name); };
+    };
+    socket->emitVolatile("echo"); // nobody is there yet
+    socket->onAny(tells("any"));
+    socket->onAnyOutgoing(tells("out"));
+    socket->once("echo", tells("once"));
+    const auto first = socket->on("echo", tells("first"));
+    socket->on("echo", tells("second"));
+    socket->connect();
+    EXPECT_TRUE(story.comes("connect"));
+    awaitTransport(*socket);
+    for (int round = 0; round < 3; ++round) {
+        socket->emit("echo");
+        socket->emit("ack", {"round"}, ack());
+        EXPECT_TRUE(story.comes("ack round"));
+        if (round == 0) {
+            socket->off(first);
+        } else {
+            socket->off("echo");
+        }
+    }
+    EXPECT_EQ(story.count("out echo"), 3);
+    EXPECT_EQ(story.count("any echo"), 3);
+    EXPECT_EQ(story.count("once echo"), 1);
+    EXPECT_EQ(story.count("first echo"), 1);
+    EXPECT_EQ(story.count("second echo"), 2);
+}
+
+TEST_P(ServerTest, dropsWhatIsVolatileWhenMuchWaits) {
+    const Server server(R"({"maxHttpBufferSize":20000000})");
+    start(server.url());
+    const auto socket = this->socket();
+    socket->onAnyOutgoing([&](const Event& event) { story.tell("out " + event.name); });
+    socket->connect();
+    EXPECT_TRUE(story.comes("connect"));
+    awaitTransport(*socket);
+    server.stopBreathing();
+    socket->emit("silent", {std::string(15'000'000, 'x')}); // more than the system's buffers take
+    for (int i = 0; i < 100; ++i) {
+        socket->emitVolatile("count", {i});
+    }
+    socket->emit("ack", {"after"}, ack());
+    queue->async([&] { story.tell("all emitted"); });
+    EXPECT_TRUE(story.comes("all emitted"));
+    EXPECT_EQ(story.count("out count"), 0);
+    server.breathe();
+    EXPECT_TRUE(story.comes("ack after"));
 }
 
 TEST_P(ServerTest, keepsTenThousandEventsInOrder) {
@@ -321,6 +407,30 @@ TEST_P(ServerTest, comesBackAfterARestart) {
     const std::string id = text(who(*admin), "id"); // the answer comes over the new connection
     EXPECT_EQ(id, admin->id());
     EXPECT_EQ(asked, 2);
+}
+
+TEST_P(ServerTest, recoversWhatItMissed) {
+    const Server server(R"({"connectionStateRecovery":{}})");
+    start(server.url());
+    const auto socket = this->socket();
+    socket->on("echo", [&](const Event&) { story.tell("echo"); });
+    socket->on("missed", [&](const Event& event) {
+        story.tell("missed " + std::to_string(event.arguments[0].exactInt64().value_or(-1)) +
+                   *event.arguments.binary(1) + (socket->recovered() ? " recovered" : ""));
+    });
+    socket->connect();
+    socket->emit("echo"); // only who has received something can be told what came after it
+    EXPECT_TRUE(story.comes("echo"));
+    awaitTransport(*socket);
+    for (int round = 0; round < 2; ++round) {
+        socket->emit("away", {2});
+        EXPECT_TRUE(story.comes("disconnect"));
+        EXPECT_TRUE(story.comes("missed 0b recovered")) << round;
+        EXPECT_TRUE(story.comes("missed 1b recovered"));
+        EXPECT_TRUE(story.comes("connect")) << "after what was missed";
+        awaitTransport(*socket);
+    }
+    EXPECT_EQ(story.count("missed"), 4) << "each once";
 }
 
 TEST_P(ServerTest, noticesAServerThatVanishes) {

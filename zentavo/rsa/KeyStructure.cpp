@@ -5,7 +5,7 @@
 #include <bit>
 #include <string>
 
-#include "zentavo/rsa/DERReader.h"
+#include "zentavo/foundation/DERReader.h"
 
 namespace zentavo::rsa {
 namespace {

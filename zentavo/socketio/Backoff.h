@@ -10,6 +10,7 @@ namespace zentavo::socketio {
 /// How long to wait before connecting again.
 struct Backoff {
     std::chrono::milliseconds wait{10'000};
+    /// A year counts as the longest.
     std::chrono::milliseconds maximumWait{30'000};
     /// From 0 to 1: how far chance moves a wait, as a part of it.
     double randomizationFactor = 0.5;

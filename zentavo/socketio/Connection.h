@@ -23,6 +23,7 @@ public:
     // Any thread.
     const std::shared_ptr<platform::DispatchQueue>& queue() const noexcept { return services_.queue; }
     const Limits& limits() const noexcept { return options_.limits; }
+    std::chrono::milliseconds connectTimeout() const noexcept { return options_.connectTimeout; }
     SendBudget& budget() noexcept { return budget_; }
     /// The host let go of the manager: no handler of its own starts any more.
     void abandon() { abandoned_ = true; }

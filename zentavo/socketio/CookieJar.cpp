@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "zentavo/socketio/CookieDate.h"
+
 namespace zentavo::socketio {
 
 namespace {
@@ -33,9 +35,23 @@ std::string_view takePart(std::string_view& text) {
     return trimmed(part);
 }
 
+/// The seconds of a "Max-Age", or `before` where it is no number.
+std::optional<std::int64_t> ageOf(std::string_view text, std::optional<std::int64_t> before) {
+    std::int64_t seconds = 0;
+    const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    if (fault == std::errc::invalid_argument || end != text.data() + text.size()) {
+        return before;
+    }
+    if (fault == std::errc::result_out_of_range) {
+        return text.front() == '-' ? 0 : longestAge;
+    }
+    return seconds;
+}
+
 } // namespace
 
-void CookieJar::take(std::string_view setCookie, std::chrono::nanoseconds now) {
+void CookieJar::take(std::string_view setCookie, std::chrono::nanoseconds now,
+                     std::chrono::system_clock::time_point civil) {
     const auto pair = takePart(setCookie);
     const auto equals = pair.find('=');
     if (equals == std::string_view::npos || equals == 0 || pair.size() > longestCookie || !fitsIntoHeader(pair)) {
@@ -43,21 +59,28 @@ void CookieJar::take(std::string_view setCookie, std::chrono::nanoseconds now) {
     }
     Cookie cookie{
         std::string(trimmed(pair.substr(0, equals))), std::string(trimmed(pair.substr(equals + 1))), false, {}};
+    std::optional<std::int64_t> age; // seconds; goes before the date
+    std::optional<std::chrono::sys_seconds> date;
     while (!setCookie.empty()) {
         const auto attribute = takePart(setCookie);
         const auto split = attribute.find('=');
-        const auto name = attribute.substr(0, split);
-        const auto value = split == std::string_view::npos ? std::string_view() : attribute.substr(split + 1);
+        const auto name = trimmed(attribute.substr(0, split));
+        const auto value = split == std::string_view::npos ? std::string_view() : trimmed(attribute.substr(split + 1));
         if (equalsIgnoringCase(name, "secure")) {
             cookie.secure = true;
         } else if (equalsIgnoringCase(name, "max-age")) {
-            std::int64_t seconds = 0;
-            if (std::from_chars(value.data(), value.data() + value.size(), seconds).ec == std::errc()) {
-                cookie.expires = now + std::chrono::seconds(std::clamp<std::int64_t>(seconds, 0, longestAge));
+            age = ageOf(value, age);
+        } else if (equalsIgnoringCase(name, "expires")) {
+            if (const auto read = cookieDate(value)) {
+                date = read;
             }
-        } else if (equalsIgnoringCase(name, "expires") && !cookie.expires && value.find("1970") != value.npos) {
-            cookie.expires = now; // how servers take cookies back
         }
+    }
+    if (!age && date) {
+        age = (*date - std::chrono::floor<std::chrono::seconds>(civil)).count();
+    }
+    if (age) {
+        cookie.expires = now + std::chrono::seconds(std::clamp<std::int64_t>(*age, 0, longestAge));
     }
     std::erase_if(cookies_,
                   [&](const Cookie& old) { return old.name == cookie.name || (old.expires && *old.expires <= now); });

@@ -15,8 +15,9 @@ namespace zentavo::socketio {
 /// path. What a hostile server sets is bounded: 50 cookies of 4 KiB.
 class ZENTAVO_EXPORT CookieJar {
 public:
-    /// Takes the value of a "Set-Cookie" header. `now` is the steady clock's.
-    void take(std::string_view setCookie, std::chrono::nanoseconds now);
+    /// Takes the value of a "Set-Cookie" header. `now` is the steady clock's, by which cookies end; `civil` is the same
+    /// moment on the clock that the server's dates are compared with.
+    void take(std::string_view setCookie, std::chrono::nanoseconds now, std::chrono::system_clock::time_point civil);
     /// The value of a "Cookie" header; empty when there are none. Cookies that ask for it travel over TLS only.
     std::string header(bool secure, std::chrono::nanoseconds now) const;
 

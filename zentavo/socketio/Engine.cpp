@@ -62,7 +62,7 @@ void Engine::onTransportHeaders(const std::vector<platform::Header>& headers) {
             break;
         }
         if (options_.cookies && isSetCookie(name)) {
-            cookies_->take(value, services_.clock->steady());
+            cookies_->take(value, services_.clock->steady(), services_.clock->now());
         }
     }
 }

@@ -38,7 +38,7 @@ public:
     void open();
     bool isOpen() const noexcept { return state_ == State::open; }
     /// What is sent now leaves at once, as far as this end can tell.
-    bool writable() const { return state_ == State::open && !changing_ && frames_.empty() && current_->writable(); }
+    bool writable() const { return state_ == State::open && !changing_ && frames_.empty() && current_->idle(); }
     /// False when the server has been silent for too long, which ends the engine: after a sleep of the machine its
     /// timer may be late.
     bool alive();

@@ -34,7 +34,8 @@ struct EngineOptions {
     /// Cookies that the server sets go along with WebSocket connections too. Those of HTTP are the URL session's
     /// affair.
     bool cookies = true;
-    /// From the start to the server's handshake, for each transport that is tried.
+    /// From the start to the server's handshake, for each transport that is tried; and from there until a namespace is
+    /// joined, the auth provider's time included.
     std::chrono::milliseconds connectTimeout{20'000};
     /// A change to WebSocket that takes longer is given up; polling goes on.
     std::chrono::milliseconds upgradeTimeout{10'000};

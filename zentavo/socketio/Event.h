@@ -55,7 +55,7 @@ struct ConnectError {
     std::string message;
     /// What the server's middleware added; null when it was the connection that failed.
     Value data;
-    /// The server itself refused: it is not tried again before the next `connect`.
+    /// Not tried again before the next `connect`: the server itself refused, or joining took too long.
     bool refused = false;
 };
 

@@ -16,7 +16,11 @@ struct Limits {
     std::size_t maximumDepth = 64;
     /// Lists, maps and values of one packet in all.
     std::size_t maximumValues = 1'000'000;
-    /// What may wait to be sent, of all namespaces. A larger packet is taken when nothing else waits.
+    /// Events that come before the answer to a join, 512 bytes added to each. Of more all are dropped, and the connection
+    /// does not count as recovered.
+    std::size_t maximumEarly = std::size_t{8} << 20U;
+    /// What may wait to be sent, of all namespaces; twice as much counts for an event that handlers of outgoing events
+    /// will see. A larger packet is taken when nothing else waits.
     std::size_t maximumBuffered = std::size_t{64} << 20U;
 };
 

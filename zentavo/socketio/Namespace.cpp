@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "zentavo/foundation/Fault.h"
+#include "zentavo/socketio/AcknowledgeReceiver.h"
 #include "zentavo/socketio/Connection.h"
 
 namespace zentavo::socketio {
@@ -20,7 +21,7 @@ std::string textIn(const Value& data, std::string_view key) {
 
 Namespace::Namespace(std::string name, Auth auth, const std::shared_ptr<Connection>& connection)
     : name_(std::move(name)), connection_(connection), queue_(connection->queue()), limits_(connection->limits()),
-      auth_(std::move(auth)) {}
+      early_(limits_), acks_(queue_, abandoned_), auth_(std::move(auth)) {}
 
 template <class Body>
 void Namespace::post(Body body) {
@@ -50,10 +51,7 @@ void Namespace::abandon() {
     post([](Namespace& self, Connection&) {
         self.leave(true);
         self.buffer_.clear();
-        for (const auto& [id, waiting] : self.waiting_) {
-            self.queue_->cancel(waiting.timer);
-        }
-        self.waiting_.clear();
+        self.acks_.clear();
     });
 }
 
@@ -84,7 +82,7 @@ void Namespace::publish(Snapshot snapshot) {
 }
 
 Result<std::vector<EngineFrame>> Namespace::framesOf(PacketType type, std::optional<std::uint64_t> id, List data,
-                                                     std::vector<std::string> attachments) {
+                                                     std::vector<std::string> attachments, std::size_t copies) {
     auto frames = writePacket({type, name_, id, std::move(data), std::move(attachments)}, limits_);
     if (!frames) {
         return frames;
@@ -94,7 +92,7 @@ Result<std::vector<EngineFrame>> Namespace::framesOf(PacketType type, std::optio
     for (const auto& frame : *frames) {
         bytes += frame.bytes.size();
     }
-    auto held = connection ? connection->budget().take(bytes) : nullptr;
+    auto held = connection ? connection->budget().take(bytes * copies) : nullptr;
     if (!held) {
         return Error{"too much waits to be sent already"};
     }
@@ -121,7 +119,8 @@ Result<void> Namespace::emit(std::string_view event, Arguments arguments, bool i
     data.reserve(arguments.size() + 1);
     data.emplace_back(event);
     data.insert(data.end(), arguments.values().begin(), arguments.values().end());
-    auto frames = framesOf(PacketType::event, outgoing->ackId, std::move(data), arguments.takeAttachments());
+    auto frames = framesOf(PacketType::event, outgoing->ackId, std::move(data), arguments.takeAttachments(),
+                           outgoing->seen ? 2 : 1);
     if (!frames) {
         return frames.error();
     }
@@ -151,8 +150,16 @@ Result<void> Namespace::acknowledge(std::uint64_t id, std::uint64_t session, Arg
 }
 
 void Namespace::join() {
+    rest();
     state_ = State::joining;
-    const auto session = ++session_;
+    const auto session = session_;
+    if (const auto connection = connection_.lock()) {
+        joinTimer_ = queue_->after(connection->connectTimeout(), [weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->onJoinTimeout();
+            }
+        });
+    }
     MutexLock lock(mutex_);
     const Auth auth = auth_;
     lock.unlock();
@@ -195,6 +202,18 @@ void Namespace::sendConnect(Map payload) {
     }
 }
 
+void Namespace::onJoinTimeout() {
+    joinTimer_ = 0;
+    const auto connection = connection_.lock();
+    if (state_ != State::joining || !connection) {
+        return;
+    }
+    // Asking a server twice would join twice. Should its answer come after all, the connection leaves for us.
+    wanted_ = false;
+    fail({"the namespace was not joined in time", {}, true});
+    connection->remove(*this);
+}
+
 void Namespace::receive(Packet packet) {
     const auto connection = connection_.lock();
     if (packet.type == PacketType::connectError) {
@@ -208,8 +227,10 @@ void Namespace::receive(Packet packet) {
         }
     } else if (packet.type == PacketType::connect) {
         onConnected(packet);
+    } else if (state_ == State::joining && packet.type == PacketType::event) {
+        early_.keep(std::move(packet));
     } else if (state_ != State::connected) {
-        return; // nothing is expected before the namespace is joined
+        return; // nothing else is expected before the namespace is joined
     } else if (packet.type == PacketType::event) {
         onEvent(std::move(packet));
     } else if (packet.type == PacketType::acknowledgement) {
@@ -233,14 +254,20 @@ void Namespace::onConnected(const Packet& packet) {
         return;
     }
     const auto recoveryId = textIn(packet.data, "pid");
-    const bool recovered = !recoveryId.empty() && recoveryId == recoveryId_;
+    const bool recovered = !recoveryId.empty() && recoveryId == recoveryId_ && early_.complete();
     recoveryId_ = recoveryId;
     state_ = State::connected;
+    stopJoinTimer();
     publish({true, recovered, std::move(id)});
+    for (auto early = early_.take(); auto& missed : early) {
+        onEvent(std::move(missed)); // before "connect", and the host may ask for `recovered` already
+    }
     for (auto buffered = std::exchange(buffer_, {}); auto& outgoing : buffered) {
         send(std::move(outgoing));
     }
-    tell({"connect", {}});
+    if (state_ == State::connected) { // sending may have found the connection dead
+        tell({"connect", {}});
+    }
 }
 
 void Namespace::onEvent(Packet packet) {
@@ -264,7 +291,7 @@ void Namespace::onEvent(Packet packet) {
 }
 
 void Namespace::onAcknowledgement(Packet packet) {
-    settle(*packet.id, Arguments(std::move(*packet.data.asList()), std::move(packet.attachments)));
+    acks_.settle(*packet.id, Arguments(std::move(*packet.data.asList()), std::move(packet.attachments)));
 }
 
 void Namespace::tell(Event event) {
@@ -287,10 +314,7 @@ void Namespace::send(Outgoing outgoing) {
 
 void Namespace::transmit(Outgoing outgoing) {
     if (outgoing.ackId) {
-        const auto waiting = waiting_.find(*outgoing.ackId);
-        if (waiting != waiting_.end()) {
-            waiting->second.sent = true;
-        }
+        acks_.sent(*outgoing.ackId);
     }
     connection_.lock()->send(std::move(outgoing.frames));
     if (outgoing.seen && !abandoned_) {
@@ -299,50 +323,20 @@ void Namespace::transmit(Outgoing outgoing) {
 }
 
 void Namespace::await(std::uint64_t id, AckHandler handler, std::chrono::milliseconds timeout) {
-    Waiting waiting{std::move(handler)};
-    if (timeout.count() > 0) {
-        waiting.timer = queue_->after(timeout, [weak = weak_from_this(), id] {
-            if (const auto self = weak.lock()) {
-                // What is still here must not be sent any more: nobody wants to know.
-                std::erase_if(self->buffer_, [&](const Outgoing& outgoing) { return outgoing.ackId == id; });
-                self->settle(id, AckFailure::timedOut);
-            }
-        });
-    }
-    waiting_.emplace(id, std::move(waiting));
-}
-
-void Namespace::settle(std::uint64_t id, const Result<Arguments, AckFailure>& result) {
-    auto waiting = waiting_.extract(id);
-    if (waiting.empty()) {
-        return; // too late, or never asked for
-    }
-    if (waiting.mapped().timer != 0) {
-        queue_->cancel(waiting.mapped().timer);
-    }
-    if (!abandoned_) {
-        entryPoint("Socket.IO acknowledgement", [&] { waiting.mapped().handler(result); });
-    }
-}
-
-void Namespace::failSent() {
-    std::vector<std::uint64_t> sent;
-    for (const auto& [id, waiting] : waiting_) {
-        if (waiting.sent) {
-            sent.push_back(id);
+    acks_.add(id, std::move(handler), timeout, [weak = weak_from_this(), id] {
+        if (const auto self = weak.lock()) {
+            // What is still here must not be sent any more: nobody wants to know.
+            std::erase_if(self->buffer_, [&](const Outgoing& outgoing) { return outgoing.ackId == id; });
+            self->acks_.settle(id, AckFailure::timedOut);
         }
-    }
-    std::sort(sent.begin(), sent.end());
-    for (const auto id : sent) {
-        settle(id, AckFailure::disconnected);
-    }
+    });
 }
 
 void Namespace::lose(const Disconnection& how) {
-    const auto before = std::exchange(state_, State::idle);
-    ++session_;
+    const auto before = state_;
+    rest();
     publish({});
-    failSent();
+    acks_.failSent();
     if (before == State::connected) {
         tell({"disconnect", {text(how.reason), how.detail}});
     } else if (before == State::joining) {
@@ -351,8 +345,7 @@ void Namespace::lose(const Disconnection& how) {
 }
 
 void Namespace::fail(ConnectError error) {
-    state_ = State::idle;
-    ++session_;
+    rest();
     tell({"connect_error", {std::move(error.message), std::move(error.data), error.refused}});
 }
 
@@ -369,26 +362,23 @@ void Namespace::leave(bool tellServer) {
     if (state_ == State::connected) {
         lose({DisconnectReason::clientDisconnect, {}});
     }
-    state_ = State::idle;
-    ++session_;
+    rest();
     if (connection) {
         connection->remove(*this);
     }
 }
 
-Result<void> Acknowledge::Receiver::answer(Arguments arguments) {
-    const auto space = space_.lock();
-    if (!space) {
-        return {}; // as for any connection that has ended
-    }
-    if (used_.exchange(true)) {
-        return Error{"this event has been acknowledged already"};
-    }
-    return space->acknowledge(id_, session_, std::move(arguments));
+void Namespace::rest() {
+    state_ = State::idle;
+    ++session_;
+    early_.take();
+    stopJoinTimer();
 }
 
-Emitted Acknowledge::operator()(Arguments arguments) const {
-    return receiver_ ? receiver_->answer(std::move(arguments)) : Error{"this event wants no acknowledgement"};
+void Namespace::stopJoinTimer() {
+    if (const auto timer = std::exchange(joinTimer_, 0)) {
+        queue_->cancel(timer);
+    }
 }
 
 } // namespace zentavo::socketio

@@ -5,14 +5,15 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "zentavo/foundation/Mutex.h"
+#include "zentavo/socketio/EarlyEvents.h"
 #include "zentavo/socketio/Event.h"
 #include "zentavo/socketio/HandlerTable.h"
 #include "zentavo/socketio/ManagerOptions.h"
 #include "zentavo/socketio/Packet.h"
+#include "zentavo/socketio/PendingAcks.h"
 
 namespace zentavo::socketio {
 
@@ -57,11 +58,6 @@ private:
         bool isVolatile = false;
         std::shared_ptr<const Event> seen; ///< for any-handlers
     };
-    struct Waiting {
-        AckHandler handler;
-        platform::TimerId timer = 0;
-        bool sent = false;
-    };
     /// What other threads may ask for.
     struct Snapshot {
         bool connected = false;
@@ -71,17 +67,20 @@ private:
 
     template <class Body>
     void post(Body body);
+    /// `copies` is how many times the packet is in memory while it waits.
     Result<std::vector<EngineFrame>> framesOf(PacketType type, std::optional<std::uint64_t> id, List data,
-                                              std::vector<std::string> attachments);
+                                              std::vector<std::string> attachments, std::size_t copies = 1);
     void sendConnect(Map payload);
+    void onJoinTimeout();
     void onConnected(const Packet& packet);
     void onEvent(Packet packet);
     void onAcknowledgement(Packet packet);
     void send(Outgoing outgoing);
     void transmit(Outgoing outgoing);
     void await(std::uint64_t id, AckHandler handler, std::chrono::milliseconds timeout);
-    void settle(std::uint64_t id, const Result<Arguments, AckFailure>& result);
-    void failSent();
+    /// Not joined and not joining: nothing of this join reaches into the next one.
+    void rest();
+    void stopJoinTimer();
     void tell(Event event);
     void publish(Snapshot snapshot);
 
@@ -96,9 +95,11 @@ private:
     // On the queue.
     bool wanted_ = false;
     State state_ = State::idle;
-    std::uint64_t session_ = 0; ///< counts joins: what belongs to an earlier one is dropped
+    std::uint64_t session_ = 0;       ///< counts joins: what belongs to an earlier one is dropped
+    platform::TimerId joinTimer_ = 0; ///< while it is joining
+    EarlyEvents early_;
     std::deque<Outgoing> buffer_;
-    std::unordered_map<std::uint64_t, Waiting> waiting_;
+    PendingAcks acks_;
     /// The server keeps what it sends for a while under the first, and knows by the second what we have.
     std::string recoveryId_;
     std::string recoveryOffset_;
@@ -106,21 +107,6 @@ private:
     mutable Mutex mutex_;
     Snapshot snapshot_ ZENTAVO_GUARDED_BY(mutex_);
     Auth auth_ ZENTAVO_GUARDED_BY(mutex_);
-};
-
-/// Where the answer to one event goes.
-class Acknowledge::Receiver {
-public:
-    Receiver(std::weak_ptr<Namespace> space, std::uint64_t id, std::uint64_t session)
-        : space_(std::move(space)), id_(id), session_(session) {}
-
-    Result<void> answer(Arguments arguments);
-
-private:
-    const std::weak_ptr<Namespace> space_;
-    const std::uint64_t id_;
-    const std::uint64_t session_;
-    std::atomic<bool> used_ = false;
 };
 
 } // namespace zentavo::socketio

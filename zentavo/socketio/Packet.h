@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -25,6 +26,8 @@ struct Packet {
     /// Of an event a list that begins with its name, of an acknowledgement a list, of `connect` a map or null.
     Value data;
     std::vector<std::string> attachments;
+    /// What was read, attachments included; 0 in a packet to be written.
+    std::size_t bytes = 0;
 };
 
 /// The packet as frames: its text, then one for each attachment. Refused: what JSON cannot say, more attachments than

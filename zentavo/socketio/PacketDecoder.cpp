@@ -71,6 +71,7 @@ Result<std::optional<Packet>> PacketDecoder::takeText(std::string_view text) {
     const bool binary = type > 4;
     text.remove_prefix(1);
     Packet packet;
+    packet.bytes = whole;
     packet.type = static_cast<PacketType>(binary ? type - 3 : type);
     std::size_t attachments = 0;
     if (binary) {
@@ -117,7 +118,6 @@ Result<std::optional<Packet>> PacketDecoder::takeText(std::string_view text) {
     }
     waiting_ = std::move(packet);
     missing_ = attachments;
-    bytes_ = whole;
     return std::optional<Packet>();
 }
 
@@ -125,8 +125,8 @@ Result<std::optional<Packet>> PacketDecoder::takeBinary(std::string_view bytes) 
     if (!waiting_) {
         return Error{"an attachment came that nobody announced"};
     }
-    bytes_ += bytes.size();
-    if (bytes_ > limits_.maximumPacket) {
+    waiting_->bytes += bytes.size();
+    if (waiting_->bytes > limits_.maximumPacket) {
         return Error{"a packet and its attachments are larger than " + std::to_string(limits_.maximumPacket) +
                      " bytes"};
     }

@@ -25,7 +25,6 @@ private:
     const Limits limits_;
     std::optional<Packet> waiting_; ///< for attachments
     std::size_t missing_ = 0;
-    std::size_t bytes_ = 0; ///< of `waiting_` so far
 };
 
 } // namespace zentavo::socketio

@@ -88,6 +88,9 @@ void PollingTransport::send(std::deque<EngineFrame>& frames) {
             break;
         }
         appendToPayload(*body, frames.front());
+        if (auto& held = frames.front().held; held && (posted_.empty() || posted_.back() != held)) {
+            posted_.push_back(std::move(held)); // the body is memory too, until the server has it
+        }
         frames.pop_front();
     }
     posting_ = start("POST", std::move(body), &PollingTransport::onPosted);
@@ -95,6 +98,7 @@ void PollingTransport::send(std::deque<EngineFrame>& frames) {
 
 void PollingTransport::onPosted(const URLResult& result) {
     posting_.reset();
+    posted_.clear();
     const auto owner = owner_.lock();
     if (!owner || !succeeded("the post", result)) {
         return;
@@ -154,6 +158,7 @@ void PollingTransport::settlePause() {
 
 void PollingTransport::close() {
     closed_ = true;
+    posted_.clear();
     for (auto* task : {&polling_, &posting_}) {
         if (const auto running = std::exchange(*task, nullptr)) {
             running->cancel();

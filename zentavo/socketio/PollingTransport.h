@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "zentavo/socketio/EngineAddress.h"
 #include "zentavo/socketio/Transport.h"
@@ -17,6 +18,7 @@ public:
     void open(const std::string& sid) override;
     void setHandshake(const EngineHandshake& handshake) override;
     bool writable() const override { return !closed_ && !pausing_ && !posting_; }
+    bool idle() const override { return writable(); }
     void send(std::deque<EngineFrame>& frames) override;
     void pause() override;
     void resume() override;
@@ -45,6 +47,7 @@ private:
     std::uint64_t requests_ = 0;
     std::shared_ptr<platform::URLTask> polling_;
     std::shared_ptr<platform::URLTask> posting_;
+    std::vector<std::shared_ptr<const void>> posted_; ///< what the frames of `posting_` hold
     bool pausing_ = false;
     bool closed_ = false;
 };

@@ -66,7 +66,7 @@ public:
     /// time is over is not sent any more.
     Emitted emit(std::string_view event, Arguments arguments, AckHandler handler,
                  std::chrono::milliseconds timeout = std::chrono::milliseconds(0));
-    /// Dropped unless it can leave at once: for what is soon out of date.
+    /// Dropped unless it can leave at once, with less than 16 KiB ahead of it: for what is soon out of date.
     Emitted emitVolatile(std::string_view event, Arguments arguments = {});
 
 private:

@@ -36,6 +36,8 @@ public:
     virtual void open(const std::string& sid) = 0;
     virtual void setHandshake(const EngineHandshake& handshake) = 0;
     virtual bool writable() const = 0;
+    /// What is sent now leaves at once, as far as this end can tell: hardly anything waits.
+    virtual bool idle() const = 0;
     /// When writable: takes frames from the front, as many as it can.
     virtual void send(std::deque<EngineFrame>& frames) = 0;
     virtual void pause() = 0;

@@ -4,6 +4,11 @@
 
 namespace zentavo::socketio {
 
+namespace {
+/// What an idle connection may show for a moment: what was just sent waits for the network's thread.
+constexpr std::size_t lowWater = 16'384;
+} // namespace
+
 platform::Headers WebSocketTransport::headers() const {
     auto cookies = options_.cookies ? cookies_.header(address_.secure(), services_.clock->steady()) : std::string();
     std::vector<platform::Header> list;
@@ -83,6 +88,8 @@ void WebSocketTransport::end(bool error, const std::string& detail) {
         owner->onTransportEnd(*this, error, shortened(detail));
     }
 }
+
+bool WebSocketTransport::idle() const { return writable() && connection_->queued() < lowWater; }
 
 void WebSocketTransport::send(std::deque<EngineFrame>& frames) {
     while (!frames.empty()) {

@@ -20,6 +20,7 @@ public:
     void open(const std::string& sid) override;
     void setHandshake(const EngineHandshake&) override {}
     bool writable() const override { return open_ && !full_ && connection_; }
+    bool idle() const override;
     void send(std::deque<EngineFrame>& frames) override;
     void pause() override {}
     void resume() override {}

@@ -1,9 +1,10 @@
 // The reference server as the tests want it: node server.cjs MODULES PORT OPTIONS, where OPTIONS is the server's own as
-// JSON. It says "listening PORT", and ends after two minutes at the latest.
+// JSON, with "jar" besides. It says "listening PORT", and ends after two minutes at the latest.
 const [, , modules, port, options] = process.argv;
 const { Server } = require(modules + "/socket.io");
 const http = require("http").createServer();
-const io = new Server(http, { serveClient: false, ...JSON.parse(options || "{}") });
+const { jar, ...own } = JSON.parse(options || "{}");
+const io = new Server(http, { serveClient: false, ...own });
 
 setTimeout(() => process.exit(3), 120_000).unref();
 
@@ -24,6 +25,11 @@ const serve = (socket) => {
   socket.on("leave", () => socket.disconnect());
   socket.on("kick", () => socket.disconnect(true));
   socket.on("drop", () => socket.conn.close());
+  // Closes the connection, and says something to everybody while this client is away.
+  socket.on("away", (n) => {
+    socket.on("disconnect", () => { for (let i = 0; i < n; i++) io.emit("missed", i, Buffer.from("b")); });
+    socket.conn.close();
+  });
   socket.on("garbage", (text) => socket.conn.sendPacket("message", text));
 };
 
@@ -31,6 +37,11 @@ const serve = (socket) => {
 io.engine.on("headers", (headers, request) => {
   const conn = request._query.transport === "websocket" && io.engine.clients[request._query.sid];
   if (conn) conn.upgradeCookie = request.headers.cookie || "";
+  if (!jar || request._query.sid) return;
+  // With "jar", a cookie for who has none, and taken back from who brings it.
+  const there = (request.headers.cookie || "").includes("jar=");
+  const end = new Date(there ? 1.4e12 : Date.now() + 3.6e6);
+  headers["Set-Cookie"] = `jar=${there ? "" : "1"}; Expires=${end.toUTCString()}`;
 });
 io.on("connection", serve);
 io.of("/admin").use((socket, next) => {

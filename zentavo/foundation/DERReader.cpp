@@ -1,8 +1,8 @@
-#include "zentavo/rsa/DERReader.h"
+#include "zentavo/foundation/DERReader.h"
 
 #include <string>
 
-namespace zentavo::rsa {
+namespace zentavo {
 
 DERReader::DERReader(std::span<const std::uint8_t> bytes) noexcept : bytes_(bytes) { ends_[0] = bytes.size(); }
 
@@ -132,4 +132,4 @@ Result<void> DERReader::finish() {
     return {};
 }
 
-} // namespace zentavo::rsa
+} // namespace zentavo

@@ -5,9 +5,10 @@
 #include <cstdint>
 #include <span>
 
+#include "zentavo/foundation/Export.h"
 #include "zentavo/foundation/Result.h"
 
-namespace zentavo::rsa {
+namespace zentavo {
 
 /// The identifier octets that keys are made of. The numbered ones are context-specific.
 enum class DERTag : std::uint8_t {
@@ -26,7 +27,7 @@ enum class DERTag : std::uint8_t {
 ///
 /// The first failure stays: from then on everything reads as empty, nothing moves, and `finish` tells what and where it
 /// was. So a caller reads a whole structure and asks once at the end.
-class DERReader {
+class ZENTAVO_EXPORT DERReader {
 public:
     /// `bytes` must outlive the reader.
     explicit DERReader(std::span<const std::uint8_t> bytes) noexcept;
@@ -65,4 +66,4 @@ private:
     const char* why_ = nullptr;
 };
 
-} // namespace zentavo::rsa
+} // namespace zentavo
