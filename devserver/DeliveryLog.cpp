@@ -1,6 +1,7 @@
 #include "devserver/DeliveryLog.h"
 
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
 #include "devserver/BodyChecks.h"
@@ -113,9 +114,11 @@ std::string DeliveryLog::Entry::verdict() const {
 bool DeliveryLog::Entry::fits(const TraceReport& report) const {
     // Traces cut long names elsewhere.
     const auto beginning = [](std::string_view name) { return name.substr(0, comparedName); };
+    const bool isCut = report.campaigns.size() == TraceReport::mostCampaigns;
+    const auto offered = std::views::take(offers, isCut ? TraceReport::mostCampaigns : offers.size());
     return beginning(event) == beginning(report.event) &&
            (!report.isRead() ||
-            std::ranges::equal(report.campaigns, offers, {}, &TraceReport::Campaign::story, &Offer::story));
+            std::ranges::equal(report.campaigns, offered, {}, &TraceReport::Campaign::story, &Offer::story));
 }
 
 Map DeliveryLog::Entry::map() const {

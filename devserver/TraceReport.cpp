@@ -36,12 +36,13 @@ constexpr std::array<Words, 6> outcomes{{{"noAnswer", "not shown: the app got no
                                          {"noUserInterface", "not shown: no user interface can show it"},
                                          {"alreadyShowing", "not shown: another message was on screen"},
                                          {"presented", "shown"}}};
-constexpr std::array<Words, 6> closings{{{"page", "closed by its page"},
+constexpr std::array<Words, 7> closings{{{"page", "closed by its page"},
                                          {"click", "closed by a click"},
                                          {"overlay", "closed by a tap beside it"},
                                          {"pageProcessDied", "closed because its web process died"},
                                          {"replaced", "closed because another message took its place"},
-                                         {"noContent", "closed because its content cannot be asked for"}}};
+                                         {"noContent", "closed because its content cannot be asked for"},
+                                         {"windowGone", "closed with the window"}}};
 constexpr std::array<Words, 3> levels{{{"story", ""}, {"destination", ""}, {"zone", ""}}};
 
 std::string text(const Map& map, std::string_view name) {

@@ -14,6 +14,8 @@ namespace zentavo::devserver {
 /// What an app says became of one delivery: the SDK's `DeliveryTrace` in its JSON form. It knows what no server can see.
 struct TraceReport {
     static constexpr std::size_t maximumBytes = 256U << 10U;
+    /// Of more campaigns than these an app names only the first.
+    static constexpr std::size_t mostCampaigns = 500;
 
     struct Campaign {
         std::int64_t story = 0;

@@ -1,7 +1,9 @@
 // Each input is read as each of the four answers of the inbox service. A message that can be read can be written, and what
 // was written reads back as the same message.
 
+#include <map>
 #include <string>
+#include <vector>
 
 #include "fuzz/Check.h"
 #include "zentavo/inbox/DecodingDiagnostic.h"
@@ -29,6 +31,36 @@ Result<Response, DecodingFailure> read(std::string_view text) {
     return response;
 }
 
+/// The lists are read record by record; whoever reads all of it as values first comes to the same.
+template <class Response>
+void checkAgainstPlainReading(std::string_view text, const Result<Response, DecodingFailure>& response) {
+    using Record = typename Response::Record;
+    const auto source = json::readMap(text);
+    if (!source) {
+        return check(!response.ok(), "what is no JSON object is no answer");
+    }
+    KeyedDecoder decoder(*source);
+    std::map<std::string, std::vector<Record>> lists;
+    decoder.nested("data", [&](KeyedDecoder& data) {
+        for (const auto& [key, value] : data.source()) {
+            lists.emplace(key, data.nestedList(key, Record::decode));
+        }
+        return 0;
+    });
+    decodeHTTPResponse(decoder, "code");
+    decoder.string("message");
+    check(response.ok() == !decoder.failed(), "both ways end alike");
+    if (response) {
+        check(response->data.size() == lists.size(), "with as many lists");
+        for (const auto& [key, records] : lists) {
+            const auto found = response->data.find(key);
+            check(found != response->data.end() && found->second == records, "of the same records");
+        }
+    } else {
+        check(response.error().codingPath == decoder.failure()->codingPath, "or fail at the same place");
+    }
+}
+
 void checkItem(const InboxItem& item) {
     const auto text = item.jsonString();
     check(text.has_value(), "a message that was read can be written");
@@ -42,14 +74,18 @@ void checkItem(const InboxItem& item) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text = textOf(data, size);
-    if (auto page = read<InboxItemAPIResponse>(text)) {
+    auto page = read<InboxItemAPIResponse>(text);
+    checkAgainstPlainReading(text, page);
+    if (page) {
         for (const auto& [key, items] : page->data) {
             for (const InboxItem& item : items) {
                 checkItem(item);
             }
         }
     }
-    if (auto catalogs = read<CatalogAPIResponse>(text)) {
+    auto catalogs = read<CatalogAPIResponse>(text);
+    checkAgainstPlainReading(text, catalogs);
+    if (catalogs) {
         for (const Catalog& catalog : std::move(*catalogs).entries()) {
             check(catalog.jsonString().has_value(), "a catalog that was read can be written");
         }

@@ -48,7 +48,7 @@ public:
     /// Takes another frame while what is around it is being laid out.
     void takeFrame(platform::Rect frame);
     /// The window around it is gone, for good.
-    virtual void windowGone();
+    void windowGone();
 
 protected:
     const std::shared_ptr<platform::MainQueue> mainQueue_;

@@ -252,12 +252,6 @@ void GtkWebView::processDied() {
     });
 }
 
-void GtkWebView::windowGone() {
-    GtkView::windowGone();
-    // For who shows the page this comes to the same: nothing of it will be seen again.
-    processDied();
-}
-
 // --- Messages and scripts ---------------------------------------------------------------------------------------------
 
 void GtkWebView::setMessageHandler(const std::string& name, std::function<void(Value)> handler) {

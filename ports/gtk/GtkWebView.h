@@ -29,8 +29,6 @@ public:
     void evaluate(const std::string& script, std::function<void(Result<Value>)> completion) override;
     void evaluateAfterLayout(const std::string& script, std::function<void(Result<Value>)> completion) override;
 
-    void windowGone() override;
-
     /// For tests, which play the engine's part.
     WebKitWebView* page() const noexcept { return page_.get(); }
 

@@ -191,6 +191,12 @@ void WindowStage::resized(int width, int height) {
     }
 }
 
+void WindowStage::listenForResizes(const std::shared_ptr<std::function<void()>>& onResize) {
+    // A window that keeps its size would else keep the traces of all who ever listened.
+    std::erase_if(onResize_, [](const auto& weak) { return weak.expired(); });
+    onResize_.push_back(onResize);
+}
+
 platform::Appearance WindowStage::appearance() const {
     if (window_ == nullptr) {
         return platform::Appearance::light;

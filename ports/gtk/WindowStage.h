@@ -34,7 +34,7 @@ public:
     /// Called inside the toolkit's work when bounds or theme have changed.
     void setOnChange(std::function<void()> onChange) { onChange_ = std::move(onChange); }
     /// Called inside the toolkit's work when the bounds have changed, as long as somebody holds `onResize`.
-    void listenForResizes(const std::shared_ptr<std::function<void()>>& onResize) { onResize_.push_back(onResize); }
+    void listenForResizes(const std::shared_ptr<std::function<void()>>& onResize);
     /// The widget on which everything stands.
     GtkWidget* root() const noexcept { return root_.widget(); }
 

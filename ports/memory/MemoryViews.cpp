@@ -239,6 +239,7 @@ void MemoryViews::setScreen(platform::Rect bounds, platform::Insets safeArea) {
 }
 
 std::shared_ptr<const void> MemoryViews::listenForResizes(std::function<void()> onResize) {
+    std::erase_if(resizeListeners_, [](const auto& weak) { return weak.expired(); });
     auto listener = std::make_shared<std::function<void()>>(std::move(onResize));
     resizeListeners_.push_back(listener);
     return listener;

@@ -199,9 +199,10 @@ TEST_F(DeliveryTest, AnAppsTraceSaysWhatTheServerCannotSee) {
               "capped by story: impression 2 of 2");
     // The one before it, presented and then closed.
     EXPECT_EQ(numberOf(post("/_dev/trace", trace("promo_full_screen", "presented", List{story}, {{"chosen", 0}}))), 1);
-    const Map closed = trace("promo_full_screen", "presented", List{story}, {{"chosen", 0}, {"closed_by", "overlay"}});
+    const Map closed =
+        trace("promo_full_screen", "presented", List{story}, {{"chosen", 0}, {"closed_by", "windowGone"}});
     EXPECT_EQ(numberOf(post("/_dev/trace", closed)), 1);
-    EXPECT_EQ(verdict(delivery(2)), "promo_full_screen: shown, then closed by a tap beside it");
+    EXPECT_EQ(verdict(delivery(2)), "promo_full_screen: shown, then closed with the window");
     EXPECT_EQ(post("/_dev/trace", closed)->status, 404) << "it is closed already";
     EXPECT_EQ(post("/_dev/trace", trace("promo_gamified", "alreadyShowing", List{story}))->status, 404);
     EXPECT_EQ(numberOf(post("/_dev/trace", trace("promo_gamified", "undecodable", {}, {{"problem", "a: odd"}}))), 3);

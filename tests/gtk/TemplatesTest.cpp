@@ -337,6 +337,7 @@ TEST_F(TemplatesTest, AMessageWhosePageOrWindowDiesMakesWayForTheNext) {
     show("full_screen", "{width: 200, height: 100}", 100, 0);
     closeWindow();
     ASSERT_TRUE(eventually([&] { return !sdk->isShowingTemplate(); }));
+    EXPECT_EQ(traces.back().closedBy, ClosedBy::windowGone);
     track("popup", "show({width: 200, height: 100})");
     ASSERT_TRUE(eventually([&] { return traces.back().outcome == DeliveryTrace::Outcome::noUserInterface; }));
     EXPECT_FALSE(sdk->isShowingTemplate()) << "without a window it is dropped";

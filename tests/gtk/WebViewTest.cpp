@@ -314,14 +314,15 @@ TEST_F(WebViewTest, TheDeathOfTheProcessIsReportedOnce) {
     settle(window);
     EXPECT_THAT(events, ElementsAre("died"));
 
-    // So is that of the window: the page will not be seen again.
+    // The end of the window is none of the process, and told as of any view.
     page = makePage();
     loadHTML("<body></body>");
+    page->setOnRemoved([this] { events.emplace_back("removed"); });
     events.clear();
     closeWindow();
     EXPECT_THAT(events, IsEmpty());
     ASSERT_TRUE(until([&] { return !events.empty(); }));
-    EXPECT_THAT(events, ElementsAre("died"));
+    EXPECT_THAT(events, ElementsAre("removed"));
 }
 
 TEST_F(WebViewTest, WithoutASandboxThereAreNoWebViews) {

@@ -1,5 +1,7 @@
+#include <limits>
 #include <stdexcept>
 
+#include "examples/support/TracePost.h"
 #include "tests/inapp/InAppTest.h"
 #include "zentavo/inapp/CampaignChoice.h"
 
@@ -194,6 +196,46 @@ TEST_F(DeliveryTest, TheTraceOfALongAnswerIsAShortLine) {
     ASSERT_EQ(traces.size(), 1U);
     EXPECT_EQ(traces[0].campaigns.size(), 1000U);
     EXPECT_LT(traces[0].text().size(), 1000U);
+}
+
+TEST_F(DeliveryTest, TracesArePostedInTheirOrder) {
+    memory.session->hold();
+    const examples::TracePost post(memory.platform(), "http://tool.example");
+    DeliveryTrace trace;
+    post(trace);
+    trace.closedBy = DeliveryTrace::ClosedBy::page;
+    for (const examples::TracePost& copy : {post, post}) {
+        copy(trace);
+    }
+    for (std::size_t answered = 0; answered < 3; ++answered) {
+        settle();
+        ASSERT_EQ(sent("/_dev/trace").size(), answered + 1) << "the next waits until this one is answered";
+        EXPECT_EQ(bodyOf(*sent("/_dev/trace").back()).contains("closed_by"), answered > 0);
+        memory.session->answer(answered, {404, ""});
+    }
+    settle();
+    post(trace);
+    EXPECT_EQ(sent("/_dev/trace").size(), 4U);
+}
+
+TEST(DeliveryTraceJSON, TakesAnyTextAndStaysWithinWhatAServerTakes) {
+    DeliveryTrace trace;
+    trace.eventName = std::string(79, 'n') + "\xC3\xA9t\xE9";
+    trace.problem = "pas de m\xE9moire\n"; // a system's message in Latin-1
+    const std::string name(200, '"');
+    const auto least = std::numeric_limits<std::int64_t>::min();
+    trace.campaigns.assign(1000,
+                           {least, name, DeliveryTrace::Capped{CappingLevel::destination, name, least, least}, false});
+    trace.chosen = 700;
+    const std::string text = trace.json();
+    EXPECT_LE(text.size(), 256U << 10U);
+    const Map map = json::readMap(text).value();
+    EXPECT_EQ(*map.find("event"), std::string(79, 'n') + " ...");
+    EXPECT_EQ(*map.find("problem"), "pas de m\xEF\xBF\xBDmoire?");
+    EXPECT_EQ(map.find("campaigns")->asList()->size(), DeliveryTrace::mostInJSON);
+    EXPECT_FALSE(map.contains("chosen")) << "none of those that are named";
+    trace.chosen = DeliveryTrace::mostInJSON - 1;
+    EXPECT_TRUE(json::readMap(trace.json())->contains("chosen"));
 }
 
 } // namespace

@@ -78,6 +78,22 @@ TEST_F(TemplateCodeModeTest, ALayoutWithoutASizeStillSaysWhere) {
     }
 }
 
+TEST_F(TemplateCodeModeTest, AMeasuredMessageIsMeasuredAgainInAnotherWindow) {
+    present();
+    page()->setResult(Value(List{390, 400}));
+    page()->finishLoad();
+    settle();
+    Rect measuredIn;
+    memory.platform()->userInterface()->mainQueue->async([&] {
+        page()->setResult(Value(List{200, 780}));
+        memory.views->setScreen({0, 0, 200, 800});
+        memory.platform()->userInterface()->mainQueue->async([&] { measuredIn = view("zentavo.popup")->frame(); });
+    });
+    settle();
+    EXPECT_EQ(measuredIn.width, 200) << "no page is narrower than it was made";
+    EXPECT_EQ(view("zentavo.popup")->frame(), (Rect{0, 10, 200, 780}));
+}
+
 TEST_F(TemplateCodeModeTest, ABarWhoseContentNeverComesIsClosedByATap) {
     present("floating_bar");
     EXPECT_EQ(view("zentavo.overlay")->background().alpha, 0) << "a bar dims nothing";

@@ -218,6 +218,15 @@ TEST_F(TemplateTest, FailedLoadsScriptsAndDeadProcessesAreSurvived) {
     EXPECT_FALSE(sdk->isShowingTemplate());
 }
 
+TEST_F(TemplateTest, AMessageGoesWithItsWindow) {
+    present();
+    memory.views->closeWindow();
+    settle();
+    EXPECT_EQ(traces.back().closedBy, ClosedBy::windowGone);
+    EXPECT_FALSE(sdk->isShowingTemplate());
+    EXPECT_FALSE(page()) << "nothing holds on to it";
+}
+
 TEST_F(TemplateTest, OfTwoDeliveriesOneIsShownAndOneCounted) {
     offer({campaign(1, {{"zoneFrequencyCapping", limit("impression", 9)}})});
     sdk->track(CDPEvent("a"));

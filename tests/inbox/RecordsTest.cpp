@@ -86,6 +86,12 @@ TEST(InboxRecords, OfListsAndDataGivenTwiceTheLaterCount) {
     EXPECT_EQ(entriesOf(R"("data":{)" + one + R"(,"entries":1})"), Ids{"data.entries"});
     EXPECT_EQ(entriesOf(R"("data":{)" + two + R"(},"other":{)" + one + "}"), Ids{"m2"});
     EXPECT_EQ(entriesOf(R"("data":{"entries":[1]})"), Ids{"data.entries[0]"});
+    // What was replaced cannot fail the page, and the first failure is the first in the order of reading.
+    EXPECT_EQ(entriesOf(R"("data":{"entries":[1],)" + one + "}"), Ids{"m1"});
+    EXPECT_EQ(entriesOf(R"("data":{"entries":[1]},"data":{})"), Ids{});
+    EXPECT_EQ(entriesOf(R"("data":{"entries":[1]},"data":1)"), Ids{"data"});
+    EXPECT_EQ(entriesOf(R"("data":{"a":1,"entries":[1]})"), Ids{"data.a"});
+    EXPECT_EQ(entriesOf(R"("data":{"entries":null,"x":[1]})"), Ids{"data.entries"});
 }
 
 TEST(InboxRecords, EveryRequiredFieldIsRequired) {
@@ -118,6 +124,11 @@ TEST(InboxRecords, WhatIsNoURLIsAbsentAndRemarkedAndWhatIsNoTextFails) {
     EXPECT_FALSE(response->data.at("entries")[0].lauchUrl || response->data.at("entries")[0].imageUrl);
     EXPECT_EQ(remarks, (std::vector<std::string>{"data.entries[0].launch_url: no URL, and therefore absent",
                                                  "data.entries[0].app_url: no URL, and therefore absent"}));
+    remarks.clear();
+    const std::string answer = R"({"data":{"entries":[)" + textOf(item) + R"(],"entries":[]},"code":200,"message":""})";
+    EXPECT_TRUE(
+        readInboxAnswer<InboxItemAPIResponse>(answer, [&](const std::string& line) { remarks.push_back(line); }));
+    EXPECT_TRUE(remarks.empty()) << "of a list that was replaced";
     for (const char* key : {"launch_url", "tracking_url", "button_label_1"}) {
         Map wrong = plainItem();
         wrong.set(key, 7);

@@ -125,6 +125,18 @@ void KeyedDecoder::fail(DecodingFailure::Kind kind, std::string_view subject, st
     failure.codingPath = std::move(path);
 }
 
+void KeyedDecoder::adopt(const KeyedDecoder& other) {
+    KeyedDecoder& whole = root();
+    if (!whole.failure_) {
+        whole.failure_ = other.failure();
+    }
+    for (const std::string& line : other.remarks()) {
+        if (whole.remarks_.size() < maximumRemarks) {
+            whole.remarks_.push_back(line);
+        }
+    }
+}
+
 void KeyedDecoder::remark(std::string_view key, std::string_view text) {
     if (std::vector<std::string>& remarks = root().remarks_; remarks.size() < maximumRemarks) {
         remarks.push_back(path(key) + ": " + std::string(text));

@@ -99,6 +99,10 @@ public:
         mismatch(key, expected, found, notInList);
     }
 
+    /// As if what `other` has read, a part of this record that was kept elsewhere, had been read here: its failure, where
+    /// this has none yet, and its remarks. Its paths are taken as they are.
+    void adopt(const KeyedDecoder& other);
+
     /// Notes something odd about `key` that is no failure. The first `maximumRemarks` are kept, with their paths.
     void remark(std::string_view key, std::string_view text);
     const std::vector<std::string>& remarks() const noexcept { return root().remarks_; }

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 #include "zentavo/foundation/JSON.h"
 #include "zentavo/foundation/Printable.h"
+#include "zentavo/foundation/UTF8.h"
 
 namespace zentavo {
 
@@ -14,6 +16,7 @@ namespace {
 constexpr std::size_t namedCampaigns = 10;
 /// Bytes of a name that others chose.
 constexpr std::size_t longestName = 80;
+constexpr std::size_t longestProblem = 400;
 
 const char* words(DeliveryTrace::Outcome outcome) noexcept {
     switch (outcome) {
@@ -47,6 +50,8 @@ const char* words(DeliveryTrace::ClosedBy closedBy) noexcept {
         return "closed because another message took its place";
     case DeliveryTrace::ClosedBy::noContent:
         return "closed because its content cannot be asked for";
+    case DeliveryTrace::ClosedBy::windowGone:
+        return "closed with the window";
     }
     return "";
 }
@@ -58,16 +63,30 @@ const char* name(DeliveryTrace::Outcome outcome) noexcept {
 }
 
 const char* name(DeliveryTrace::ClosedBy closedBy) noexcept {
-    static constexpr const char* names[] = {"page", "click", "overlay", "pageProcessDied", "replaced", "noContent"};
+    static constexpr const char* names[] = {"page",     "click",     "overlay",   "pageProcessDied",
+                                            "replaced", "noContent", "windowGone"};
     return names[static_cast<std::size_t>(closedBy)];
 }
 
+/// As `printable`, for JSON: messages of the system come in the locale's encoding.
+std::string printableUTF8(std::string_view bytes, std::size_t longest) {
+    constexpr std::size_t longestCharacter = 4;
+    const std::string_view seen = bytes.substr(0, longest + longestCharacter);
+    std::string text;
+    for (std::size_t at = 0; at < seen.size();) {
+        const std::size_t length = utf8::characterLength(seen, at);
+        text += length != 0 ? seen.substr(at, length) : std::string_view("\xEF\xBF\xBD");
+        at += std::max<std::size_t>(length, 1);
+    }
+    return printable(text, longest);
+}
+
 Map mapOf(const DeliveryTrace::Campaign& campaign) {
-    Map map{{"story_id", campaign.storyId}, {"template", printable(campaign.templateType, longestName)}};
+    Map map{{"story_id", campaign.storyId}, {"template", printableUTF8(campaign.templateType, longestName)}};
     if (campaign.capped) {
         const auto& capped = *campaign.capped;
         map.set("capped", Map{{"level", name(capped.level)},
-                              {"event", printable(capped.event, longestName)},
+                              {"event", printableUTF8(capped.event, longestName)},
                               {"counter", capped.counter},
                               {"limit", capped.limit}});
     } else if (campaign.typeDropped) {
@@ -120,7 +139,7 @@ std::string DeliveryTrace::text() const {
     line += "; ";
     line += words(outcome);
     if (!problem.empty()) {
-        line += " (" + printable(problem) + ")";
+        line += " (" + printable(problem, longestProblem) + ")";
     }
     if (closedBy) {
         line += "; ";
@@ -130,23 +149,24 @@ std::string DeliveryTrace::text() const {
 }
 
 std::string DeliveryTrace::json() const {
-    const auto named = static_cast<std::ptrdiff_t>(std::min(campaigns.size(), mostInJSON));
+    const std::size_t named = std::min(campaigns.size(), mostInJSON);
     List list;
-    std::transform(campaigns.begin(), campaigns.begin() + named, std::back_inserter(list), mapOf);
-    Map map{{"event", printable(eventName, longestName)},
+    std::transform(campaigns.begin(), campaigns.begin() + static_cast<std::ptrdiff_t>(named), std::back_inserter(list),
+                   mapOf);
+    Map map{{"event", printableUTF8(eventName, longestName)},
             {"received_bytes", receivedBytes},
             {"outcome", name(outcome)},
             {"campaigns", std::move(list)}};
-    if (chosen) {
+    if (chosen && *chosen < named) {
         map.set("chosen", *chosen);
     }
     if (!problem.empty()) {
-        map.set("problem", printable(problem));
+        map.set("problem", printableUTF8(problem, longestProblem));
     }
     if (closedBy) {
         map.set("closed_by", name(*closedBy));
     }
-    return zentavo::json::write(map).value(); // what is printable is UTF-8
+    return zentavo::json::write(map).value(); // all text in it is UTF-8 by now
 }
 
 } // namespace zentavo

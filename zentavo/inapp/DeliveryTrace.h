@@ -31,7 +31,8 @@ struct ZENTAVO_EXPORT DeliveryTrace {
         overlay, ///< the user, by a tap beside it
         pageProcessDied,
         replaced,
-        noContent, ///< the request for its content could not be signed
+        noContent,  ///< the request for its content could not be signed
+        windowGone, ///< the host's window was closed under it
     };
 
     struct Capped {
@@ -64,10 +65,11 @@ struct ZENTAVO_EXPORT DeliveryTrace {
     std::string text() const;
     /// All of it as a JSON object, for a tool: "event", "received_bytes", "outcome", "campaigns" (the first
     /// `mostInJSON`), each with "story_id", "template" and, where so, "type_dropped" or "capped" ("level", "event",
-    /// "counter", "limit"); and where they are there "chosen", a position in them, "problem" and "closed_by". Outcome,
-    /// "closed_by" and "level" are the enumerators' names. Texts as in `text`.
+    /// "counter", "limit"); and where they are there "chosen" (a position in them, absent where it lies
+    /// beyond them), "problem" and "closed_by". Outcome, "closed_by" and "level" are the enumerators' names. Texts as in
+    /// `text`, what is no UTF-8 in them as U+FFFD. At most 256 KiB.
     std::string json() const;
-    static constexpr std::size_t mostInJSON = 1000;
+    static constexpr std::size_t mostInJSON = 500;
 };
 
 } // namespace zentavo

@@ -125,24 +125,33 @@ void TemplateCodeMode::handleLoaded() {
     }
 }
 
+/// A page is as wide as it was made, so what it asked for in the old window says nothing in the new one.
+void TemplateCodeMode::handleResized() {
+    if (laidOut_) {
+        return move();
+    }
+    giveInitialFrame();
+    measure(&platform::WebView::evaluateAfterLayout);
+}
+
 /// Without a size in the layout the page is as large as it asks to be.
-void TemplateCodeMode::measure() {
-    customPopupView->webView->evaluate("[document.documentElement.scrollWidth, document.documentElement.scrollHeight]",
-                                       [weak = weak_from_this()](const Result<Value>& result) {
-                                           entryPoint("web view", [&] {
-                                               const auto self =
-                                                   std::static_pointer_cast<TemplateCodeMode>(weak.lock());
-                                               const List* sides = result ? result->asList() : nullptr;
-                                               if (!self || self->laidOut_ || sides == nullptr || sides->size() != 2) {
-                                                   return;
-                                               }
-                                               const auto width = (*sides)[0].exactInt64();
-                                               const auto height = (*sides)[1].exactInt64();
-                                               if (width && height) {
-                                                   self->placeMeasured(*width, *height);
-                                               }
-                                           });
-                                       });
+void TemplateCodeMode::measure(Evaluate evaluate) {
+    const auto measured = [weak = weak_from_this()](const Result<Value>& result) {
+        entryPoint("web view", [&] {
+            const auto self = std::static_pointer_cast<TemplateCodeMode>(weak.lock());
+            const List* sides = result ? result->asList() : nullptr;
+            if (!self || self->laidOut_ || sides == nullptr || sides->size() != 2) {
+                return;
+            }
+            const auto width = (*sides)[0].exactInt64();
+            const auto height = (*sides)[1].exactInt64();
+            if (width && height) {
+                self->placeMeasured(*width, *height);
+            }
+        });
+    };
+    ((*customPopupView->webView).*
+     evaluate)("[document.documentElement.scrollWidth, document.documentElement.scrollHeight]", measured);
 }
 
 void TemplateCodeMode::placeMeasured(std::int64_t width, std::int64_t height) {

@@ -28,6 +28,7 @@ private:
     void shown(Zentavo& facade) override;
     void handleMessage(Zentavo& facade, const Map& body) override;
     void handleOverlayTap() override { close(DeliveryTrace::ClosedBy::overlay); }
+    void handleResized() override;
 
     std::shared_ptr<CDPDeliveryOperation> cdpDeliveryOperation(Zentavo& facade);
     void askTemplateInfo(Zentavo& facade);
@@ -37,7 +38,8 @@ private:
     /// There is nothing to show, and never will be.
     void handleUnprovable(const std::optional<std::string>&) { close(DeliveryTrace::ClosedBy::noContent); }
     void handleLoaded();
-    void measure();
+    using Evaluate = void (platform::WebView::*)(const std::string&, std::function<void(Result<Value>)>);
+    void measure(Evaluate evaluate = &platform::WebView::evaluate);
     void placeMeasured(std::int64_t width, std::int64_t height);
     void placeBy(TemplateInfoResponse::TemplateData data);
     void fire(const std::optional<std::string>& trackingURL) const;

@@ -38,7 +38,15 @@ bool TemplatePresenter::show() {
             }
         });
     });
-    popup_->setFrame(layout::initialFrame(tempateType, screen()));
+    // Taking the message down says so too; it is closed by then.
+    overlayView->setOnRemoved([weak = weak_from_this()] {
+        entryPoint("view", [&] {
+            if (const auto self = weak.lock()) {
+                self->close(DeliveryTrace::ClosedBy::windowGone);
+            }
+        });
+    });
+    giveInitialFrame();
     popup_->dataCallback = [weak = weak_from_this()](const Map& body) {
         const auto self = weak.lock();
         const auto current = self && !self->closed_ ? self->facade() : nullptr;
@@ -86,9 +94,9 @@ void TemplatePresenter::handleResize() {
     }
     overlayView->setFrame(userInterface_->views->mainScreenBounds());
     if (placement_) {
-        move();
+        handleResized();
     } else {
-        popup_->setFrame(layout::initialFrame(tempateType, screen()));
+        giveInitialFrame();
     }
 }
 

@@ -45,6 +45,8 @@ protected:
     virtual void handleMessage(Zentavo& facade, const Map& body) = 0;
     /// Called for a tap beside the popup.
     virtual void handleOverlayTap() {}
+    /// Called when the screen has another size and the message has a place.
+    virtual void handleResized() { move(); }
 
     layout::Screen screen() const;
     /// From now on the message has the screen: the window is dimmed and does not react, unless the message is a bar.
@@ -52,6 +54,10 @@ protected:
     using Placement = std::function<platform::Rect(const layout::Screen&)>;
     /// Moves the popup to where it belongs, now and whenever the screen has another size, and tells its page.
     void place(Placement placement);
+    /// Puts the popup where it belongs on the screen as it is, and tells its page.
+    void move();
+    /// Gives the popup the size of a message that has not said its own yet.
+    void giveInitialFrame() { popup_->setFrame(layout::initialFrame(tempateType, screen())); }
     void clicked(Zentavo& facade, const ClickMessage& click);
 
     std::shared_ptr<Zentavo> facade() const { return facade_.lock(); }
@@ -60,7 +66,6 @@ protected:
 private:
     void takeDown();
     void handleResize();
-    void move();
 
     const std::weak_ptr<Zentavo> facade_;
     const std::shared_ptr<const platform::UserInterface> userInterface_;

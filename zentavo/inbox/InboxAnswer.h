@@ -53,12 +53,8 @@ Result<Response, DecodingFailure> readInboxAnswer(std::string_view bytes, Remark
     if (!source) {
         return inbox::unreadable(source.error());
     }
-    if (lists.decoder().failed()) {
-        return *lists.decoder().failure();
-    }
     KeyedDecoder decoder(*source);
-    Response response = Response::decode(decoder, lists);
-    return decoder.failed() ? *decoder.failure() : inbox::checked(std::move(response), lists.decoder(), remark);
+    return inbox::checked(Response::decode(decoder, lists), decoder, remark);
 }
 
 } // namespace zentavo

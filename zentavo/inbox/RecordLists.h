@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <map>
 #include <string>
 #include <string_view>
@@ -17,28 +19,26 @@ template <class Record>
 class RecordLists : public json::ListTaker {
 public:
     void begin(std::string_view outer, std::string_view inner, std::size_t size) override {
-        records_ = nullptr;
+        current_ = nullptr;
         if (outer == "data") {
             key_ = inner;
-            records_ = &lists_[key_];
-            records_->clear();
-            records_->reserve(size);
+            lists_.erase(key_);
+            current_ = &lists_.try_emplace(key_, place_).first->second;
+            current_->records.reserve(std::min(size, mostReserved));
         }
     }
 
     void take(Value element) override {
-        if (records_ != nullptr && !decoder_.failed()) {
-            records_->push_back(decoder_.nested("data", [&](KeyedDecoder& data) {
-                return data.nestedElement(key_, records_->size(), element, Record::decode);
+        if (current_ != nullptr && !current_->decoder.failed()) {
+            auto& records = current_->records;
+            records.push_back(current_->decoder.nested("data", [&](KeyedDecoder& data) {
+                return data.nestedElement(key_, records.size(), element, Record::decode);
             }));
         }
     }
 
-    /// Knows the first failure, and the remarks.
-    const KeyedDecoder& decoder() const { return decoder_; }
-
-    /// The lists that the rest of the answer still has, which `data` reads: of an object that was given twice only the
-    /// later counts.
+    /// The lists that the rest of the answer still has, which `data` reads: of a list or an object that was given twice
+    /// only the later counts, with its failure and its remarks.
     std::map<std::string, std::vector<Record>> in(KeyedDecoder& data) {
         std::map<std::string, std::vector<Record>> found;
         for (const auto& [key, value] : data.source()) {
@@ -46,18 +46,29 @@ public:
             if (data.failed()) {
                 break;
             }
-            found.emplace(key, std::move(lists_[key]));
+            Kept& kept = lists_.at(key);
+            data.adopt(kept.decoder);
+            found.emplace(key, std::move(kept.records));
         }
         return found;
     }
 
 private:
+    struct Kept {
+        explicit Kept(const Map& place) : decoder(place) {}
+
+        KeyedDecoder decoder;
+        std::vector<Record> records;
+    };
+
+    /// A record is much larger than the shortest text of an element, so room for more is made only as they come.
+    static constexpr std::size_t mostReserved = 4096;
+
     /// Where records lie, for the paths of failures.
     const Map place_{{"data", Map()}};
-    KeyedDecoder decoder_{place_};
-    std::map<std::string, std::vector<Record>> lists_;
+    std::map<std::string, Kept> lists_;
     std::string key_;
-    std::vector<Record>* records_ = nullptr;
+    Kept* current_ = nullptr;
 };
 
 } // namespace zentavo

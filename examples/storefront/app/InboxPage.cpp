@@ -27,6 +27,8 @@ constexpr unsigned patienceMilliseconds = 10'000;
 constexpr unsigned layoutMilliseconds = 100;
 /// The service has done what it was asked for by then, as a rule.
 constexpr unsigned settledMilliseconds = 500;
+/// How long a notice stays.
+constexpr unsigned noticeMilliseconds = 6'000;
 
 Gtk::Widget& sign(const Glib::ustring& icon) {
     auto& image = *Gtk::make_managed<Gtk::Image>();
@@ -95,6 +97,9 @@ InboxPage::InboxPage(Services services) : Gtk::Box(Gtk::Orientation::VERTICAL), 
                "problem");
     stack_.set_vexpand(true);
     append(stack_);
+    undone_.add_css_class("undone");
+    undone_.set_visible(false);
+    append(undone_);
 }
 
 InboxPage::~InboxPage() = default;
@@ -243,6 +248,7 @@ std::vector<MessageRow*> InboxPage::rows() {
 void InboxPage::open(MessageRow& row) {
     const InboxItem& item = row.item();
     if (row.unread()) {
+        makeSure(pageOf(row), {{item.itemId, false}});
         row.showRead();
         services_.sdk->appInbox()->modifyMessageStatus({item.itemId}, ModifyAction::read);
         changeUnread(unread_ - 1);
@@ -253,9 +259,11 @@ void InboxPage::open(MessageRow& row) {
 }
 
 void InboxPage::remove(MessageRow& row) {
+    const std::int64_t page = pageOf(row);
     if (!row.hide()) {
         return;
     }
+    makeSure(page, {{row.item().itemId, true}});
     services_.sdk->appInbox()->modifyMessageStatus({row.item().itemId}, ModifyAction::remove);
     if (row.unread()) {
         changeUnread(unread_ - 1);
@@ -271,10 +279,72 @@ void InboxPage::remove(MessageRow& row) {
 
 void InboxPage::markAllAsRead() {
     services_.sdk->appInbox()->markAllAsRead();
+    std::vector<Change> changes;
+    std::int64_t page = 1;
     for (MessageRow* row : rows()) {
-        row->showRead();
+        if (row->unread()) {
+            page = changes.empty() ? pageOf(*row) : page;
+            changes.push_back({row->item().itemId, false});
+            row->showRead();
+        }
+    }
+    if (!changes.empty()) {
+        makeSure(page, std::move(changes));
     }
     changeUnread(0);
+}
+
+std::int64_t InboxPage::pageOf(const MessageRow& row) {
+    const auto seen = rows();
+    const auto before = std::find(seen.begin(), seen.end(), &row) - seen.begin();
+    return before / AppInbox::pageLimit() + 1;
+}
+
+void InboxPage::makeSure(std::int64_t page, std::vector<Change> changes) {
+    const std::vector<std::string> catalogs = catalog_.empty() ? std::vector<std::string>{} : std::vector{catalog_};
+    soon(settledMilliseconds, [this, page, catalogs, changes = std::move(changes)] {
+        const auto known = std::make_shared<bool>(false);
+        services_.sdk->appInbox()->forceFetchInboxItem(
+            catalogs, page, later([this, changes, known](const std::vector<InboxItem>& items) {
+                const bool isUndone = std::ranges::any_of(changes, [&](const Change& change) {
+                    const auto item = std::ranges::find(items, change.itemId, &InboxItem::itemId);
+                    return item != items.end() && (change.removed || item->status == MessageRow::unreadStatus);
+                });
+                if (!std::exchange(*known, true) && isUndone) {
+                    takeBack(changes);
+                }
+            }));
+        soon(patienceMilliseconds, [this, changes, known] {
+            if (!std::exchange(*known, true)) {
+                takeBack(changes);
+            }
+        });
+    });
+}
+
+void InboxPage::takeBack(const std::vector<Change>& changes) {
+    for (int i = 0; auto* row = static_cast<MessageRow*>(list_.get_row_at_index(i)); ++i) {
+        const auto change = std::ranges::find(changes, row->item().itemId, &Change::itemId);
+        if (change == changes.end()) {
+            continue;
+        }
+        if (change->removed) {
+            row->bringBack();
+        } else {
+            row->showUnread();
+        }
+    }
+    if (state() == "empty") {
+        showWhatIsThere();
+    }
+    const auto seen = rows();
+    changeUnread(std::max<std::int64_t>(unread_, std::ranges::count_if(seen, &MessageRow::unread)));
+    undone_.set_visible(true);
+    soon(noticeMilliseconds, [this, undoing = ++undoing_] {
+        if (undoing == undoing_) {
+            undone_.set_visible(false);
+        }
+    });
 }
 
 void InboxPage::changeUnread(std::int64_t count) {

@@ -10,6 +10,7 @@
 
 #include <gtkmm/box.h>
 #include <gtkmm/button.h>
+#include <gtkmm/label.h>
 #include <gtkmm/listbox.h>
 #include <gtkmm/scrolledwindow.h>
 #include <gtkmm/stack.h>
@@ -46,8 +47,15 @@ public:
     std::string state() const { return stack_.get_visible_child_name(); }
     /// The messages that are to be seen, the newest first.
     std::vector<MessageRow*> rows();
+    /// Whether it says that a change was not kept and what it was about is as before.
+    bool saysUndone() const { return undone_.get_visible(); }
 
 private:
+    /// What the user has made of a message, shown before the service has done so.
+    struct Change {
+        std::string itemId;
+        bool removed; ///< else read
+    };
     void choose(const std::string& catalog);
     enum class Fill { anew, further };
     void askForPage(std::int64_t page, Fill fill);
@@ -57,6 +65,11 @@ private:
     /// What the user has just made of the number of unread messages, until the service says what it is.
     void changeUnread(std::int64_t count);
     void setUnread(std::int64_t count);
+    /// The page of the service's that has this row now.
+    std::int64_t pageOf(const MessageRow& row);
+    /// Asks for `page` once the service has had time for `changes`, and takes them back where it has not made them.
+    void makeSure(std::int64_t page, std::vector<Change> changes);
+    void takeBack(const std::vector<Change>& changes);
     bool canScroll() const;
     void showProblem();
 
@@ -78,6 +91,7 @@ private:
     Gtk::Stack stack_;
     Gtk::ScrolledWindow scroller_;
     Gtk::ListBox list_;
+    Gtk::Label undone_{"That did not work, so it is as it was."};
 
     std::string catalog_; ///< empty: all
     std::map<std::string, Gtk::ToggleButton*> filterButtons_;
@@ -87,6 +101,7 @@ private:
     std::uint64_t change_ = 0; ///< the user's latest
     bool asking_ = false;
     bool complete_ = false;      ///< there is no further page
+    std::uint64_t undoing_ = 0;  ///< the latest time that a change was taken back
     std::uint64_t question_ = 0; ///< of the newest request; answers to earlier ones are dropped
 };
 

@@ -12,7 +12,6 @@ namespace storefront {
 
 namespace {
 
-constexpr std::int64_t unreadStatus = 1;
 constexpr double swipeSpeed = 400; // points a second
 
 /// "2026-11-03T09:00:00.000Z" as "3 November".
@@ -78,6 +77,18 @@ MessageRow::MessageRow(zentavo::InboxItem item, const Pictures& pictures, std::f
 bool MessageRow::hide() {
     set_visible(false);
     return !std::exchange(hidden_, true);
+}
+
+void MessageRow::bringBack() {
+    hidden_ = false;
+    set_visible(true);
+}
+
+void MessageRow::showUnread() {
+    unread_ = true;
+    dot_.set_opacity(1);
+    heading_.remove_css_class("read-heading");
+    heading_.add_css_class("unread-heading");
 }
 
 void MessageRow::showRead() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 
 #include <gtkmm/box.h>
@@ -14,6 +15,8 @@ namespace storefront {
 /// One message of the inbox as a row of its list.
 class MessageRow : public Gtk::ListBoxRow {
 public:
+    static constexpr std::int64_t unreadStatus = 1;
+
     struct Pictures {
         std::shared_ptr<zentavo::platform::URLSession> network;
         std::shared_ptr<zentavo::platform::DispatchQueue> queue; ///< where answers come
@@ -24,8 +27,11 @@ public:
     const zentavo::InboxItem& item() const { return item_; }
     bool unread() const { return unread_; }
     void showRead();
+    void showUnread();
     /// Gone for the user; the row itself stays in its list until that is filled anew. False when it was gone already.
     bool hide();
+    /// Undoes `hide`.
+    void bringBack();
 
 private:
     const zentavo::InboxItem item_;
