@@ -171,10 +171,20 @@ TEST_F(PushTemplatesTest, SmallImage) {
              "small-right");
     EXPECT_EQ(shown->templateBigImage->view()->frame().x, 256);
     dark(true);
-    show(SampleTemplate::push(R"("template": "small_image", )" + big("square.png") + "," + twoButtons("افتح", "لاحقا"),
-                              "تخفيضات الشتاء على كل ما هو دافئ من المعاطف إلى الأحذية",
-                              "حتى يوم الأحد فقط: معاطف وأوشحة وأحذية. مقاسك ما زال متوفرا."),
-         "small-arabic-dark");
+    shown = show(
+        SampleTemplate::push(R"("template": "small_image", )" + big("square.png") + "," + twoButtons("افتح", "لاحقا"),
+                             "تخفيضات الشتاء على كل ما هو دافئ من المعاطف إلى الأحذية",
+                             "حتى يوم الأحد فقط: معاطف وأوشحة وأحذية. مقاسك ما زال متوفرا."),
+        "small-arabic-dark");
+    const auto isDark = [](Pixel colour) { return colour.red < 60 && colour.green < 60 && colour.blue < 60; };
+    EXPECT_EQ(shown->templateBigImage->view()->frame().x, 16) << "where the lines end";
+    EXPECT_FALSE(isDark(pixel(60, 40))) << "the picture";
+    EXPECT_GT(middle({shown->stackView, shown->button1Label->view}).x, 180) << "the first button begins the row";
+    EXPECT_LT(middle({shown->stackView, shown->button2Label->view}).x, 180);
+    for (const int x : {4, 355}) {
+        EXPECT_TRUE(isDark(pixel(x, 4))) << x;
+        EXPECT_TRUE(isDark(pixel(x, static_cast<int>(context->height) - 4))) << x;
+    }
     dark(false);
 }
 

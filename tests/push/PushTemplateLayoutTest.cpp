@@ -98,7 +98,6 @@ TEST(PushTemplateLayoutTest, ASmallPictureStandsBesideTheTexts) {
     const PushFrames right = pushSmallImage(given, false);
     EXPECT_EQ(right.picture, (Rect{256, 16, 88, 88}));
     EXPECT_EQ(right.title, (Rect{16, 16, 228, 42}));
-    EXPECT_EQ(right.title.width, pushTextWidth(360, true));
     const PushFrames left = pushSmallImage(given, true);
     EXPECT_EQ(left.picture.x, 16);
     EXPECT_EQ(left.title.x, 116);
@@ -132,11 +131,10 @@ TEST(PushTemplateLayoutTest, ACarouselHasRoomForItsDots) {
     given.picture = {16, 9};
     const PushFrames one = pushCarousel(given, 1);
     const PushFrames many = pushCarousel(given, 5);
-    EXPECT_EQ(one.picture, (Rect{16, 16, 328, 185}));
     EXPECT_EQ(many.picture, one.picture);
-    EXPECT_EQ(many.pages, (Rect{16, 201, 328, 20}));
-    EXPECT_EQ(many.title.y, 225);
-    EXPECT_EQ(one.title.y, 213);
+    EXPECT_EQ(many.pages.y, bottom(many.picture));
+    EXPECT_GE(many.title.y, bottom(many.pages));
+    EXPECT_LT(one.title.y, many.title.y);
 }
 
 TEST(PushTemplateLayoutTest, IconsAndDotsStandInTheMiddleAndInReadingOrder) {

@@ -107,6 +107,35 @@ TEST_F(PushRegistrationTest, OddAnswersAreLoggedAndChangeNothing) {
     EXPECT_EQ(sdk->getPushUid(), "push-2");
 }
 
+TEST_F(PushRegistrationTest, ARefusalIsNoUidWhateverItHolds) {
+    start();
+    for (const int status : {300, 400, 500}) {
+        memory.session->on({"POST", "", "/api/app/identify"},
+                           testing::ScriptedAnswer{status, R"({"code":400,"data":"invalid portal"})"}, 1);
+        registerToken();
+        EXPECT_EQ(sdk->getPushUid(), std::nullopt) << status;
+        EXPECT_EQ(store()->object(keys().operationTime), std::nullopt) << status;
+    }
+    EXPECT_THAT(events(), IsEmpty());
+}
+
+TEST_F(PushRegistrationTest, AnAnswerBelongsToTheStoreThatAskedForIt) {
+    start();
+    const auto earlier = store();
+    earlier->set(keys().customerId, "c1");
+    sdk->registerForNotification(std::vector<std::uint8_t>{1});
+    sdk->activate(Configuration{"1002", "556", "group.other", "43"});
+    settle();
+    EXPECT_EQ(sdk->getPushUid(), std::nullopt);
+    EXPECT_EQ(store()->object(keys().operationTime), std::nullopt);
+    EXPECT_EQ(earlier->string(keys().pushUid), "push-1");
+    EXPECT_GT(earlier->number(keys().operationTime), 0.0);
+    const auto last = events().back();
+    EXPECT_EQ(*last.find("en"), "app_push_subscribe");
+    EXPECT_EQ(*last.find("dims")->asMap()->find("customers"),
+              Value(Map{{"customer_id", "c1"}, {"update_mode", "update"}}));
+}
+
 TEST_F(PushRegistrationTest, PermissionLeadsToRegistrationOnTheMainQueue) {
     sdk->setDebug(true);
     memory.userNotifications->setGrant(false);
@@ -126,6 +155,19 @@ TEST_F(PushRegistrationTest, ALaunchIsReportedAfterActivationOnly) {
     const auto requests = sent("/api/application");
     ASSERT_EQ(requests.size(), 1U);
     expectGolden("push-application", bodyOf(*requests[0]));
+
+    sdk->setDebug(true);
+    const testing::RequestMatch report{"POST", "", "/api/application"};
+    for (const char* answer : {"{}", "[1]", "garbage", ""}) {
+        memory.session->on(report, testing::ScriptedAnswer{200, answer}, 1);
+        sdk->trackAppLaunch();
+        settle();
+        EXPECT_THAT(logged(), IsEmpty()) << answer;
+    }
+    memory.session->on(report, testing::ScriptedAnswer::failure(platform::URLErrorKind::cannotConnect), 1);
+    sdk->trackAppLaunch();
+    settle();
+    EXPECT_THAT(logged(), ElementsAre("Error: scripted", ::testing::HasSubstr("is sent again in 60 s")));
 }
 
 } // namespace

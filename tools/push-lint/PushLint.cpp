@@ -10,6 +10,7 @@
 #include "zentavo/push/NotificationProperties.h"
 #include "zentavo/push/PushTemplate.h"
 #include "zentavo/push/ZentavoNotificationService.h"
+#include "zentavo/push/templates/PushTemplateLayout.h"
 
 namespace zentavo::tools {
 
@@ -95,6 +96,9 @@ private:
                 warn("template \"rating\" without \"ratingSettings\": there is nothing to rate with");
             } else if (p.ratingSettings->scale < 1) {
                 warn("\"ratingSettings.scale\" is " + std::to_string(p.ratingSettings->scale) + ": no icon is shown");
+            } else if (p.ratingSettings->scale > static_cast<std::int64_t>(layout::mostIcons)) {
+                warn("\"ratingSettings.scale\" is " + std::to_string(p.ratingSettings->scale) + ": no more than " +
+                     std::to_string(layout::mostIcons) + " icons are shown, and no higher rating can be chosen");
             }
         } else if (name == PushTemplate::carousel) {
             carousel(p);
@@ -118,6 +122,9 @@ private:
         say("Template: carousel with " + std::to_string(slides) + (slides == 1 ? " slide." : " slides."));
         if (slides == 0) {
             warn("template \"simple_image_carousel\" without slides");
+        } else if (slides > layout::mostSlides) {
+            warn("of " + std::to_string(slides) + " slides only the first " + std::to_string(layout::mostSlides) +
+                 " are shown");
         }
         for (std::size_t i = 0; i < slides; ++i) {
             const Slide& slide = p.imageCarouselSettings->slides[i];

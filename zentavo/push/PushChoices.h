@@ -12,7 +12,8 @@
 namespace zentavo {
 
 /// What the user chose inside the rich template of one push. The content extension writes it and the app reads it, out
-/// of a suite that both share. Any thread.
+/// of a suite that both share. Nothing is ever removed: a push may be answered again (by a button, from another window),
+/// and a later answer has to find the same choice. Any thread.
 class ZENTAVO_EXPORT PushChoices {
 public:
     /// Opens the suite of the app that the running program is, or is an extension of. Where it is refused, nothing is

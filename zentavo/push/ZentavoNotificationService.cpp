@@ -24,104 +24,112 @@ const Map* map(const Map& map, std::string_view key) { return member(map, key, &
 
 } // namespace
 
-/// One push on its way: what came, what has become of it so far, and whom to hand that to, once.
-class ZentavoNotificationService::Rewriting {
-public:
-    Rewriting(platform::NotificationContent content, ContentHandler handler, ImageFetch fetch)
-        : originalContent(std::move(content)), imageFetch(std::move(fetch)), bestAttemptContent_(originalContent),
-          contentHandler_(std::move(handler)) {}
-
-    const platform::NotificationContent originalContent;
-    ImageFetch imageFetch;
-
-    /// `change` is given the content that will be handed back. False, and no call, where that has happened.
-    template <class Change>
-    bool change(Change change) {
-        MutexLock lock(mutex_);
-        if (delivered_) {
-            return false;
-        }
-        change(bestAttemptContent_);
-        return true;
-    }
-
-    /// Hands back what there is, unless that has happened.
-    void deliver() {
-        MutexLock lock(mutex_);
-        if (std::exchange(delivered_, true)) {
-            return;
-        }
-        const auto handler = std::move(contentHandler_);
-        auto content = std::move(bestAttemptContent_);
-        lock.unlock();
-        if (handler) {
-            handler(std::move(content));
-        }
-    }
-
-private:
-    Mutex mutex_;
-    platform::NotificationContent bestAttemptContent_ ZENTAVO_GUARDED_BY(mutex_);
-    ContentHandler contentHandler_ ZENTAVO_GUARDED_BY(mutex_);
-    bool delivered_ ZENTAVO_GUARDED_BY(mutex_) = false;
-};
-
 ZentavoNotificationService::ZentavoNotificationService(std::shared_ptr<Zentavo> instance)
     : sdk_(instance ? std::move(instance) : Zentavo::shared()) {}
 
 ZentavoNotificationService::~ZentavoNotificationService() = default;
 
 void ZentavoNotificationService::didReceive(platform::NotificationRequest request, ContentHandler withContentHandler) {
-    const auto rewriting = std::make_shared<Rewriting>(std::move(request.content), std::move(withContentHandler),
-                                                       ImageFetch(sdk_->state()->platform->urlSession));
-    MutexLock lock(mutex_);
-    auto earlier = std::exchange(rewriting_, rewriting);
-    lock.unlock();
-    earlier.reset();
-
-    entryPoint("didReceive", [&] {
-        const Map* aps = map(rewriting->originalContent.userInfo, "aps");
-        rewrite(*rewriting, aps != nullptr ? *aps : Map());
-    });
+    const auto copy = std::make_shared<platform::NotificationContent>(std::move(request.content));
+    const auto fetch = std::make_shared<ImageFetch>(sdk_->state()->platform->urlSession);
+    begin(copy, std::move(withContentHandler), fetch);
+    entryPoint("didReceive", [&] { rewrite(copy, *fetch); });
     // Also after a fault that was contained: a push must not be lost.
-    entryPoint("didReceive", [&] { rewriting->deliver(); });
+    entryPoint("didReceive", [&] { deliver(copy); });
 }
 
 void ZentavoNotificationService::serviceExtensionTimeWillExpire() {
     entryPoint("serviceExtensionTimeWillExpire", [&] {
         MutexLock lock(mutex_);
-        const auto rewriting = rewriting_;
+        const auto copy = bestAttemptContent;
+        const auto fetch = imageFetch_;
         lock.unlock();
-        if (rewriting) {
-            rewriting->deliver(); // before the fetch ends, so that the thread that waits for it finds this done
-            rewriting->imageFetch.cancel();
+        if (copy) {
+            deliver(copy); // before the fetch ends, so that the thread that waits for it finds this done
+            fetch->cancel();
         }
     });
 }
 
-void ZentavoNotificationService::rewrite(Rewriting& rewriting, const Map& aps) {
-    const std::string* category = text(aps, "category");
-    rewriting.change([&](platform::NotificationContent& content) {
-        if (!content.sound) {
-            content.sound = platform::NotificationContent::defaultSound;
+void ZentavoNotificationService::begin(const Copy& copy, ContentHandler handler, std::shared_ptr<ImageFetch> fetch) {
+    platform::NotificationContent original = *copy;
+    for (;;) {
+        MutexLock lock(mutex_);
+        if (!bestAttemptContent) {
+            contentHandler = std::move(handler);
+            originalContent = std::move(original);
+            mutableContent = copy;
+            bestAttemptContent = copy;
+            imageFetch_ = std::move(fetch);
+            return;
         }
-        if (category != nullptr && category->empty()) {
-            content.categoryIdentifier = contentCategory;
+        lock.unlock();
+        serviceExtensionTimeWillExpire(); // for the earlier push, whose handler would be lost
+    }
+}
+
+template <class Change>
+bool ZentavoNotificationService::change(const Copy& copy, Change change) {
+    MutexLock lock(mutex_);
+    if (mutableContent != copy) {
+        return false;
+    }
+    change(*mutableContent);
+    return true;
+}
+
+void ZentavoNotificationService::deliver(const Copy& copy) {
+    MutexLock lock(mutex_);
+    if (bestAttemptContent != copy) {
+        return;
+    }
+    const auto handler = std::exchange(contentHandler, nullptr);
+    const auto content = std::exchange(bestAttemptContent, nullptr);
+    originalContent.reset();
+    mutableContent = nullptr;
+    imageFetch_ = nullptr;
+    lock.unlock();
+    if (handler) {
+        handler(std::move(*content)); // nobody else changes it any more
+    }
+}
+
+void ZentavoNotificationService::setTitleSoundAndCategory(const Copy& copy, bool categoryIsEmpty) {
+    MutexLock lock(mutex_);
+    if (mutableContent != copy || !originalContent) {
+        return;
+    }
+    mutableContent->title = originalContent->title;
+    if (!originalContent->sound) {
+        mutableContent->sound = platform::NotificationContent::defaultSound;
+    }
+    if (categoryIsEmpty) {
+        mutableContent->categoryIdentifier = contentCategory;
+    }
+}
+
+void ZentavoNotificationService::rewrite(const Copy& copy, ImageFetch& fetch) {
+    Map aps; // of its own: the copy may be handed back, and moved from, at any time
+    change(copy, [&](const platform::NotificationContent& content) {
+        if (const Map* found = map(content.userInfo, "aps")) {
+            aps = *found;
         }
     });
+    const std::string* category = text(aps, "category");
+    setTitleSoundAndCategory(copy, category != nullptr && category->empty());
     // The two go together on purpose: a push that names a category keeps it.
     if (category != nullptr && !category->empty()) {
         sdk_->state()->platform->userInterface()->userNotifications->addCategory({contentCategory, {}});
     }
     if (const Map* rule = map(aps, "badge")) {
-        applyBadge(rewriting, *rule);
+        applyBadge(copy, *rule);
     }
     if (const std::string* url = text(aps, "urlImageString")) {
-        attachImage(rewriting, *url);
+        attachImage(copy, fetch, *url);
     }
 }
 
-void ZentavoNotificationService::applyBadge(Rewriting& rewriting, const Map& rule) {
+void ZentavoNotificationService::applyBadge(const Copy& copy, const Map& rule) {
     // The extension's own store: the app knows nothing of the count.
     const auto store = sdk_->state()->platform->preferences->standard();
     const std::string& key = sdk_->state()->keys.badge;
@@ -137,15 +145,15 @@ void ZentavoNotificationService::applyBadge(Rewriting& rewriting, const Map& rul
     if (result.overflow) {
         fatalError("the badge of the app goes beyond 64 bits");
     }
-    rewriting.change([&](platform::NotificationContent& content) { content.badge = result.shown; });
+    change(copy, [&](platform::NotificationContent& content) { content.badge = result.shown; });
 }
 
-void ZentavoNotificationService::attachImage(Rewriting& rewriting, const std::string& urlText) {
+void ZentavoNotificationService::attachImage(const Copy& copy, ImageFetch& fetch, const std::string& urlText) {
     const auto url = URL::parse(urlText);
     if (!url) {
         return;
     }
-    const auto image = rewriting.imageFetch.get(*url);
+    const auto image = fetch.get(*url);
     if (!image) {
         sdk_->log("Error: the notification is shown without its image: " + image.error().message);
         return;
@@ -159,9 +167,9 @@ void ZentavoNotificationService::attachImage(Rewriting& rewriting, const std::st
         makeSingleLine(line);
         platform.console->writeLine(line);
     }
-    const bool attached = attachment && rewriting.change([&](platform::NotificationContent& content) {
-        content.attachments = {*std::move(attachment)};
-    });
+    const bool attached = attachment && change(copy, [&](platform::NotificationContent& content) {
+                              content.attachments = {*std::move(attachment)};
+                          });
     if (!attached && path) {
         platform.attachmentFiles->remove(*path); // nobody else knows of it
     }

@@ -6,6 +6,7 @@
 #include "zentavo/push/PushChoices.h"
 #include "zentavo/push/PushClick.h"
 #include "zentavo/push/PushTemplate.h"
+#include "zentavo/tracking/BaseOperation.h"
 #include "zentavo/tracking/CDPEvent.h"
 
 namespace zentavo {
@@ -24,35 +25,47 @@ const Map* mapIn(const Map& map, std::string_view key) {
 /// What stands for the lead source of a payload that has none.
 const char* const noLeadSource = "123";
 
+/// What the instance fires tracking URLs with, made now where no click or message has needed it yet.
+std::shared_ptr<BaseOperation> operationOf(Zentavo::State& state) {
+    MutexLock lock(state.mutex);
+    if (!state.baseOperation) {
+        state.baseOperation = std::make_shared<BaseOperation>(std::make_shared<HTTPClient>(state.platform, state.log));
+    }
+    return state.baseOperation;
+}
+
 } // namespace
 
 ZentavoUNUserNotificationCenter::ZentavoUNUserNotificationCenter(std::shared_ptr<Zentavo> instance)
-    : sdk_(instance ? std::move(instance) : Zentavo::shared()) {}
+    : sdk_(instance ? std::move(instance) : Zentavo::shared()),
+      actionForUrl(
+          [system = sdk_->state()->platform](const URL& url) { system->userInterface()->application->open(url); }),
+      baseOperation(operationOf(*sdk_->state())) {}
 
 template <class Called>
-Called ZentavoUNUserNotificationCenter::callback(Called Callbacks::*which) const {
+Called ZentavoUNUserNotificationCenter::callback(Called ZentavoUNUserNotificationCenter::*which) const {
     MutexLock lock(mutex_);
-    return callbacks_.*which;
+    return this->*which;
 }
 
 template <class Called>
-void ZentavoUNUserNotificationCenter::setCallback(Called Callbacks::*which, Called next) {
+void ZentavoUNUserNotificationCenter::setCallback(Called ZentavoUNUserNotificationCenter::*which, Called next) {
     MutexLock lock(mutex_);
-    (callbacks_.*which).swap(next);
+    (this->*which).swap(next);
     lock.unlock(); // the earlier callback is released outside the lock
 }
 
 void ZentavoUNUserNotificationCenter::onNotificationPressed(PressedCallback callback) {
-    setCallback(&Callbacks::onNotificationReceived, std::move(callback));
+    setCallback(&ZentavoUNUserNotificationCenter::_onNotificationReceived, std::move(callback));
 }
 void ZentavoUNUserNotificationCenter::setActionForDismiss(Callback callback) {
-    setCallback(&Callbacks::actionForDismiss, std::move(callback));
+    setCallback(&ZentavoUNUserNotificationCenter::actionForDismiss, std::move(callback));
 }
 void ZentavoUNUserNotificationCenter::setActionForDefault(Callback callback) {
-    setCallback(&Callbacks::actionForDefault, std::move(callback));
+    setCallback(&ZentavoUNUserNotificationCenter::actionForDefault, std::move(callback));
 }
 void ZentavoUNUserNotificationCenter::setActionForCustomDefault(CustomCallback callback) {
-    setCallback(&Callbacks::actionForCustomDefault, std::move(callback));
+    setCallback(&ZentavoUNUserNotificationCenter::actionForCustomDefault, std::move(callback));
 }
 
 void ZentavoUNUserNotificationCenter::userNotificationCenter(platform::UserNotifications&,
@@ -85,7 +98,7 @@ void ZentavoUNUserNotificationCenter::handleResponse(const platform::Notificatio
         tellPressed(content, *aps);
     }
     if (action == platform::dismissActionIdentifier) {
-        if (const auto told = callback(&Callbacks::actionForDismiss)) {
+        if (const auto told = callback(&ZentavoUNUserNotificationCenter::actionForDismiss)) {
             told();
         }
         sdk_->log("Action dismiss");
@@ -99,10 +112,10 @@ void ZentavoUNUserNotificationCenter::handleResponse(const platform::Notificatio
         }
     }
     if (action == platform::defaultActionIdentifier) {
-        if (const auto told = callback(&Callbacks::actionForDefault)) {
+        if (const auto told = callback(&ZentavoUNUserNotificationCenter::actionForDefault)) {
             told();
         }
-    } else if (const auto told = callback(&Callbacks::actionForCustomDefault)) {
+    } else if (const auto told = callback(&ZentavoUNUserNotificationCenter::actionForCustomDefault)) {
         told(action);
     }
 }
@@ -115,7 +128,7 @@ void ZentavoUNUserNotificationCenter::tellPressed(const platform::NotificationCo
     if (image == nullptr || url == nullptr || additionalData == nullptr || !URL::parse(*url)) {
         return;
     }
-    if (const auto told = callback(&Callbacks::onNotificationReceived)) {
+    if (const auto told = callback(&ZentavoUNUserNotificationCenter::_onNotificationReceived)) {
         told({{"title", content.title}, {"clickURL", *url}, {"additionalData", *additionalData}});
     }
 }
@@ -152,7 +165,7 @@ void ZentavoUNUserNotificationCenter::sendRating(const NotificationProperties& p
 
 void ZentavoUNUserNotificationCenter::open(const std::string& url) const {
     if (const auto target = URL::parse(url)) {
-        sdk_->state()->platform->userInterface()->application->open(*target);
+        actionForUrl(*target);
     }
 }
 

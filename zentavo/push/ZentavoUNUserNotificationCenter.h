@@ -51,21 +51,22 @@ private:
     void sendRating(const NotificationProperties& payload, std::int64_t rating) const;
     void open(const std::string& url) const;
 
-    struct Callbacks {
-        Callback actionForDismiss;
-        Callback actionForDefault;
-        CustomCallback actionForCustomDefault;
-        PressedCallback onNotificationReceived;
-    };
     /// A copy, to be called outside the lock; empty where none is set.
     template <class Called>
-    Called callback(Called Callbacks::*which) const;
+    Called callback(Called ZentavoUNUserNotificationCenter::*which) const;
     template <class Called>
-    void setCallback(Called Callbacks::*which, Called next);
+    void setCallback(Called ZentavoUNUserNotificationCenter::*which, Called next);
 
     const std::shared_ptr<Zentavo> sdk_;
     mutable Mutex mutex_;
-    Callbacks callbacks_ ZENTAVO_GUARDED_BY(mutex_);
+    Callback actionForDismiss ZENTAVO_GUARDED_BY(mutex_);
+    /// Opens what a click leads to.
+    const std::function<void(const URL&)> actionForUrl;
+    Callback actionForDefault ZENTAVO_GUARDED_BY(mutex_);
+    CustomCallback actionForCustomDefault ZENTAVO_GUARDED_BY(mutex_);
+    PressedCallback _onNotificationReceived ZENTAVO_GUARDED_BY(mutex_);
+    /// Fires the tracking URLs of clicks. It is the instance's own: what counts and repeats failures is one.
+    const std::shared_ptr<BaseOperation> baseOperation;
 };
 
 } // namespace zentavo

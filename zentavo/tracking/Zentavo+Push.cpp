@@ -1,3 +1,5 @@
+#include <tuple>
+
 #include "zentavo/core/ZentavoState.h"
 #include "zentavo/foundation/DecimalInteger.h"
 #include "zentavo/foundation/Hex.h"
@@ -81,31 +83,29 @@ void Zentavo::registerForNotification(std::span<const std::uint8_t> token) {
         }
         const auto operation =
             std::make_shared<RegisterDeviceOperation>(std::make_shared<HTTPClient>(state_->platform, state_->log));
-        operation->identify(
-            account->endpoints.push, *portalNumber, tokenText, *deviceId,
-            // The operation lives until its answer, so that a failed registration is repeated.
-            [weak = weak_from_this(), operation](const std::optional<std::string>& data, const std::optional<Error>&) {
-                if (const auto self = weak.lock()) {
-                    self->handleIdentifyAnswer(data);
-                }
-            });
+        operation->identify(account->endpoints.push, *portalNumber, tokenText, *deviceId,
+                            // The operation lives until its answer, so that a failed registration is repeated.
+                            [weak = weak_from_this(), store, deviceId = *deviceId,
+                             operation](const std::optional<std::string>& data, const std::optional<Error>& error) {
+                                const auto self = weak.lock();
+                                if (self && data && !error) { // a refusal may hold a text where the uid would be
+                                    self->handleIdentifyAnswer(*data, store, deviceId);
+                                }
+                            });
         store->synchronise();
     });
 }
 
-void Zentavo::handleIdentifyAnswer(const std::optional<std::string>& data) {
-    if (!data) {
-        return;
-    }
-    const auto answer = json::readMap(*data);
+void Zentavo::handleIdentifyAnswer(const std::string& data, const std::shared_ptr<platform::Preferences>& store,
+                                   const std::string& deviceId) {
+    const auto answer = json::readMap(data);
     if (!answer) {
         log(answer.error().message);
         return;
     }
-    const auto store = state_->store();
     const auto uid = pushUidIn(*answer);
-    if (!uid || !store) {
-        log("Error: the answer to the registration holds no push uid");
+    if (!uid) {
+        log("Error: the answer to the registration of device " + deviceId + " holds no push uid");
         return;
     }
     const StoreKeys& keys = state_->keys;
@@ -126,12 +126,21 @@ void Zentavo::trackAppLaunch() {
         if (!account->configuration) {
             fatalError("trackAppLaunch needs an activation first");
         }
+        if (!account->store) {
+            return;
+        }
         const auto operation =
             std::make_shared<PushApplicationOperation>(std::make_shared<HTTPClient>(state_->platform, state_->log));
         operation->launched(
             account->endpoints.push, *account->configuration, getDeviceId(),
-            // The answer says nothing of use. The operation lives until it is there, so that a failed report is repeated.
-            [operation](const std::optional<std::string>&, const std::optional<Error>&) {});
+            // The operation lives until its answer, so that a failed report is repeated.
+            [operation, log = state_->log](const std::optional<std::string>& data, const std::optional<Error>& error) {
+                if (error) {
+                    log->write("Error: " + error->message);
+                } else if (data) {
+                    std::ignore = json::readMap(*data); // an object, which says nothing of use yet
+                }
+            });
     });
 }
 

@@ -27,7 +27,7 @@ void CarouselController::build() {
     pageControl->setTouchThrough(true);
     view->addSubview(pageControl);
 
-    const auto& all = data.imageCarouselSettings ? data.imageCarouselSettings->slides : std::vector<Slide>();
+    const auto& all = jsonContent.slides;
     for (std::size_t i = 0; i < std::min(all.size(), layout::mostSlides); ++i) {
         auto slide = views().makeView();
         slide->setName("zentavo.push.slide" + std::to_string(i + 1));
@@ -147,7 +147,7 @@ void CarouselController::turn(int direction) {
     wait();
 }
 
-void CarouselController::tapped(std::size_t slide) { choose(data.imageCarouselSettings->slides[slide].url); }
+void CarouselController::tapped(std::size_t slide) { choose(jsonContent.slides[slide].url); }
 
 void CarouselController::update() {
     currentItemView = itemViews.empty() ? nullptr : itemViews[currentItemIndex];

@@ -16,7 +16,9 @@ class CarouselController final : public PushTemplateBaseController {
 public:
     static constexpr std::chrono::seconds interval{3};
 
-    explicit CarouselController(Setup setup) : PushTemplateBaseController(std::move(setup)) {}
+    explicit CarouselController(Setup setup)
+        : PushTemplateBaseController(std::move(setup)),
+          jsonContent(data.imageCarouselSettings.value_or(ImageCarouselSettings())) {}
     ~CarouselController() override;
 
     std::shared_ptr<platform::View> contentView;       ///< around the slides; the edge of what is seen of them
@@ -25,7 +27,8 @@ public:
     platform::TimerId timer = 0;
     std::vector<std::shared_ptr<ZentavoImageView>> itemViews; ///< one for each slide
     std::size_t currentItemIndex = 0;
-    double imageViewBottomContraint = 0; ///< sic; from the pictures to the end of everything
+    const ImageCarouselSettings jsonContent; ///< what the payload says of the slides; none where it says nothing
+    double imageViewBottomContraint = 0;     ///< sic; from the pictures to the end of everything
     double titleHeight = 0;
     double subtitleHeight = 0;
     double bodyHeight = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -56,6 +57,9 @@ public:
     const std::unique_ptr<UIPaddingLabel> button1Label;
     const std::unique_ptr<UIPaddingLabel> button2Label;
     const bool isContainActionButton;
+    // What a tap on each of the buttons does, from the moment that it shows.
+    std::function<void()> tapGR1;
+    std::function<void()> tapGR2;
 
 protected:
     /// What a controller is made of.
