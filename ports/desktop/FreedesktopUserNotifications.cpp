@@ -80,7 +80,7 @@ void FreedesktopUserNotifications::setDelegate(std::weak_ptr<platform::UserNotif
 void FreedesktopUserNotifications::respond(platform::NotificationResponse response) {
     parts_.bus->run([self = shared_from_this(), response = std::move(response)] {
         self->takeAway({response.notification.request.identifier});
-        self->door_.tell(self, response);
+        self->answered(response);
     });
 }
 
@@ -113,7 +113,6 @@ void FreedesktopUserNotifications::enqueue(Pending pending) {
         return;
     }
     pending_.push_back(std::move(pending));
-    tellShownChanged();
     if (pending_.size() == 1) {
         begin();
     }
@@ -162,8 +161,9 @@ void FreedesktopUserNotifications::present(std::uint64_t number, std::uint32_t o
 
 void FreedesktopUserNotifications::show(std::uint32_t options, const ServerCapabilities& capabilities) {
     const platform::NotificationRequest& request = pending_.front().notification.request;
+    const bool expandable = parts_.expand && (!parts_.canExpand || parts_.canExpand());
     MutexLock lock(mutex_);
-    auto actions = actionsOf(request.content, categories_, static_cast<bool>(parts_.expand));
+    auto actions = actionsOf(request.content, categories_, expandable);
     lock.unlock();
     const auto earlier = find(request.identifier);
     const Variant arguments = notifyArguments(parts_.app, request.content, actions, capabilities, options,
@@ -184,6 +184,7 @@ void FreedesktopUserNotifications::shown(std::uint32_t id, std::vector<DesktopAc
         removeFiles(earlier->notification, &notification);
         shown_.erase(earlier);
     }
+    std::erase(answered_, notification.request.identifier); // another one that is called the same
     shown_.push_back({id, notification, std::move(actions)});
     if (pending_.front().cancelled || shown_.size() > maximumShown) {
         const auto unwanted = pending_.front().cancelled ? shown_.end() - 1 : shown_.begin();
@@ -204,7 +205,6 @@ void FreedesktopUserNotifications::finish(std::optional<std::string> error) {
     if (completion) {
         completion(std::move(error));
     }
-    tellShownChanged();
     if (!pending_.empty()) {
         begin();
     }
@@ -269,7 +269,7 @@ void FreedesktopUserNotifications::invoked(std::uint32_t id, const std::string& 
     // Most services take it away by themselves, and say so; nobody listens to that any more.
     server_->close(id);
     forget(shown);
-    door_.tell(shared_from_this(), std::move(response));
+    answered(std::move(response));
 }
 
 void FreedesktopUserNotifications::closed(std::uint32_t id, std::uint32_t reason) {
@@ -281,8 +281,20 @@ void FreedesktopUserNotifications::closed(std::uint32_t id, std::uint32_t reason
     platform::NotificationResponse response{shown->notification, platform::dismissActionIdentifier};
     forget(shown);
     if (dismissed) {
-        door_.tell(shared_from_this(), std::move(response));
+        answered(std::move(response));
     }
+}
+
+void FreedesktopUserNotifications::answered(platform::NotificationResponse response) {
+    const std::string& identifier = response.notification.request.identifier;
+    if (std::find(answered_.begin(), answered_.end(), identifier) != answered_.end()) {
+        return;
+    }
+    answered_.push_back(identifier);
+    if (answered_.size() > maximumAnswered) {
+        answered_.pop_front();
+    }
+    door_.tell(shared_from_this(), std::move(response));
 }
 
 void FreedesktopUserNotifications::gone() {
@@ -304,7 +316,6 @@ FreedesktopUserNotifications::find(const std::string& identifier) {
 void FreedesktopUserNotifications::forget(std::vector<Shown>::iterator shown) {
     removeFiles(shown->notification);
     shown_.erase(shown);
-    tellShownChanged();
 }
 
 void FreedesktopUserNotifications::removeFiles(const platform::Notification& of, const platform::Notification* kept) {
@@ -316,12 +327,6 @@ void FreedesktopUserNotifications::removeFiles(const platform::Notification& of,
         if (!needed) {
             parts_.diskQueue->async([files = parts_.attachmentFiles, path = attachment.path] { files->remove(path); });
         }
-    }
-}
-
-void FreedesktopUserNotifications::tellShownChanged() const {
-    if (parts_.shownChanged) {
-        parts_.shownChanged(shown_.size() + pending_.size());
     }
 }
 
