@@ -26,6 +26,10 @@ std::shared_ptr<FreedesktopUserNotifications> FreedesktopUserNotifications::make
     made->server_->listen({made->weakly(&FreedesktopUserNotifications::invoked),
                            made->weakly(&FreedesktopUserNotifications::closed),
                            made->weakly(&FreedesktopUserNotifications::gone)});
+    // Launchers forget the number with the process that said it.
+    if (const std::int64_t count = made->parts_.suite ? made->parts_.suite->badge() : 0; count > 0) {
+        made->badge_.set(count);
+    }
     return made;
 }
 
@@ -53,6 +57,9 @@ void FreedesktopUserNotifications::requestAuthorization(
 }
 
 void FreedesktopUserNotifications::addCategory(platform::NotificationCategory category) {
+    if (parts_.suite) {
+        parts_.suite->addCategory(category);
+    }
     MutexLock lock(mutex_);
     const bool known = std::any_of(categories_.begin(), categories_.end(),
                                    [&](const auto& other) { return other.identifier == category.identifier; });
@@ -69,7 +76,24 @@ void FreedesktopUserNotifications::categories(
     parts_.bus->run([known = std::move(known), completion = std::move(completion)] { completion(known); });
 }
 
-void FreedesktopUserNotifications::setBadgeCount(std::int64_t count) { badge_.set(count); }
+std::vector<platform::NotificationCategory> FreedesktopUserNotifications::allCategories() {
+    MutexLock lock(mutex_);
+    auto all = categories_;
+    lock.unlock();
+    if (parts_.suite) {
+        // After ours: the first that brings a button wins.
+        const auto registered = parts_.suite->categories();
+        all.insert(all.end(), registered.begin(), registered.end());
+    }
+    return all;
+}
+
+void FreedesktopUserNotifications::setBadgeCount(std::int64_t count) {
+    if (parts_.suite) {
+        parts_.suite->setBadge(count);
+    }
+    badge_.set(count);
+}
 
 // --- Delegate --------------------------------------------------------------------------------------------------------
 
@@ -144,7 +168,7 @@ void FreedesktopUserNotifications::present(std::uint64_t number, std::uint32_t o
     presenting_ = number;
     const platform::Notification& notification = pending_.front().notification;
     if (notification.request.content.badge && (options & platform::presentBadge) != 0) {
-        badge_.set(*notification.request.content.badge);
+        setBadgeCount(*notification.request.content.badge);
     }
     if ((options & platform::presentAlert) == 0) {
         removeFiles(notification);
@@ -162,9 +186,7 @@ void FreedesktopUserNotifications::present(std::uint64_t number, std::uint32_t o
 void FreedesktopUserNotifications::show(std::uint32_t options, const ServerCapabilities& capabilities) {
     const platform::NotificationRequest& request = pending_.front().notification.request;
     const bool expandable = parts_.expand && (!parts_.canExpand || parts_.canExpand());
-    MutexLock lock(mutex_);
-    auto actions = actionsOf(request.content, categories_, expandable);
-    lock.unlock();
+    auto actions = actionsOf(request.content, allCategories(), expandable);
     const auto earlier = find(request.identifier);
     const Variant arguments = notifyArguments(parts_.app, request.content, actions, capabilities, options,
                                               earlier != shown_.end() ? earlier->id : 0);

@@ -13,6 +13,7 @@
 #include "ports/desktop/LauncherBadge.h"
 #include "ports/desktop/NotificationServer.h"
 #include "ports/desktop/NotificationServiceClient.h"
+#include "ports/desktop/NotificationSuite.h"
 #include "zentavo/foundation/Export.h"
 #include "zentavo/platform/AttachmentFiles.h"
 #include "zentavo/platform/DispatchQueue.h"
@@ -49,6 +50,8 @@ public:
         AppOnDesktop app;
         /// The bus name of the extension that shows notifications as well, where this is not it.
         std::string notificationService = {};
+        /// What the app and its extension know together; without it, this process keeps it to itself.
+        std::shared_ptr<NotificationSuite> suite = {};
         /// Whether the delegate is asked how to show a notification: the app is in front. On the main queue.
         std::function<bool()> isInFront = {};
         /// The user wants to see all of a rich notification. On the main queue. Without it there is no button for it.
@@ -116,6 +119,8 @@ private:
     std::vector<Shown>::iterator find(std::uint32_t id);
     std::vector<Shown>::iterator find(const std::string& identifier);
     void forget(std::vector<Shown>::iterator shown);
+    /// This process's, and those that the other one has registered.
+    std::vector<platform::NotificationCategory> allCategories();
     /// Those that `kept` does not need.
     void removeFiles(const platform::Notification& of, const platform::Notification* kept = nullptr);
 

@@ -214,10 +214,10 @@ private:
         centre().add(
             {push.identifier, std::move(content)},
             [self = weak_from_this(), queue = queue_, settled = push.settled](const std::optional<std::string>& error) {
-                queue->async([self, settled, error] {
-                    if (settled) {
-                        settled();
-                    }
+                if (settled) {
+                    settled();
+                }
+                queue->async([self, error] {
                     if (const auto alive = self.lock()) {
                         alive->added(error);
                     }

@@ -44,8 +44,8 @@ public:
     PushQueue(const PushQueue&) = delete;
     PushQueue& operator=(const PushQueue&) = delete;
 
-    /// `identifier` is the notification's, also as the extension sees it; empty: one is drawn. `settled` is called on the
-    /// queue when the notification centre has taken the push, or refused it.
+    /// `identifier` is the notification's, also as the extension sees it; empty: one is drawn. `settled` is called when
+    /// the notification centre has taken the push, or refused it: on whatever thread it says so.
     void add(PushMessage message, std::string identifier = {}, std::function<void()> settled = {});
     /// Whether a push is under way.
     bool busy() const;
