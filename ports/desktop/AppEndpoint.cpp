@@ -1,15 +1,45 @@
 #include "ports/desktop/AppEndpoint.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <deque>
+
 #include "ports/desktop/AppInterfaces.h"
 #include "ports/desktop/NotificationCodec.h"
+#include "ports/desktop/PushEndpoint.h"
 
 namespace zentavo::desktop {
 
 namespace {
 
+/// Which responses have come lately: one whose sender gave up waiting while the bus still kept it for us comes twice.
+/// The bus's thread.
+class RecentResponses {
+public:
+    /// False where it has come before.
+    bool add(const std::string& id) {
+        if (id.empty()) {
+            return true;
+        }
+        if (std::find(ids_.begin(), ids_.end(), id) != ids_.end()) {
+            return false;
+        }
+        ids_.push_back(id);
+        if (ids_.size() > maximumCount) {
+            ids_.pop_front();
+        }
+        return true;
+    }
+
+private:
+    static constexpr std::size_t maximumCount = 32;
+    std::deque<std::string> ids_; ///< oldest first
+};
+
 struct App {
     std::shared_ptr<FreedesktopUserNotifications> notifications;
     std::shared_ptr<RemoteNotifications> remote;
+    std::shared_ptr<RecentResponses> recent;
 
     void willPresent(const MethodCall& call, const std::string& text) const {
         const auto notification = codec::readNotification(text);
@@ -22,11 +52,13 @@ struct App {
     }
 
     void respond(const MethodCall& call, const std::string& text) const {
-        auto response = codec::readResponse(text);
-        if (!response) {
-            return call.refuseArguments("no response: " + response.error().message);
+        auto sent = codec::readSentResponse(text);
+        if (!sent) {
+            return call.refuseArguments("no response: " + sent.error().message);
         }
-        notifications->respond(std::move(*response));
+        if (recent->add(sent->id)) {
+            notifications->respond(std::move(sent->response));
+        }
         call.answer();
     }
 
@@ -40,6 +72,9 @@ struct App {
         } else if (method == "Respond") {
             respond(call, text);
         } else if (method == "TokenChanged") {
+            if (!isPushToken(text)) {
+                return call.refuseArguments("pushes cannot be sent there");
+            }
             remote->tokenChanged(text);
             call.answer();
         } else {
@@ -67,9 +102,10 @@ void AppEndpoint::open(SessionBus& bus, const std::string& name,
                        const std::shared_ptr<RemoteNotifications>& remote,
                        const std::shared_ptr<platform::SystemLog>& log) {
     // The bus keeps its handlers, and they must not keep the bus.
-    const auto handler = [weak = std::weak_ptr(notifications), remote](const MethodCall& call) {
+    const auto handler = [weak = std::weak_ptr(notifications), remote,
+                          recent = std::make_shared<RecentResponses>()](const MethodCall& call) {
         if (const auto self = weak.lock()) {
-            App{self, remote}.answer(call);
+            App{self, remote, recent}.answer(call);
         }
     };
     bus.serve(app_interface::path, app_interface::xml, handler);

@@ -4,6 +4,9 @@ namespace zentavo::desktop {
 
 /// What the programs of one app offer each other on the message bus. Notifications and responses travel as the texts of
 /// `codec`; one that cannot be read is refused as an invalid argument.
+///
+/// Callers are not asked who they are: whoever is on the user's own bus could as well press the buttons, or take a name
+/// before the app does.
 
 /// The app, at the name `BusNames::app`.
 namespace app_interface {
@@ -12,7 +15,8 @@ inline constexpr const char* name = "zentavo.App1";
 inline constexpr const char* xml = R"(<node><interface name="zentavo.App1">
   <!-- How to show it while the app runs: a mask of presentation options, asked before it is shown. -->
   <method name="WillPresent"><arg type="s" name="notification" direction="in"/><arg type="u" name="options" direction="out"/></method>
-  <!-- The user answered a notification. Answered at once; the app's delegate is told when it has one. -->
+  <!-- The user answered a notification. Answered at once; the app's delegate is told when it has one. One whose "id" has
+       come before is answered, and not told again. -->
   <method name="Respond"><arg type="s" name="response" direction="in"/></method>
   <!-- Where pushes to this app are to be sent: an endpoint's URL, its keys in the fragment where it has some. -->
   <method name="TokenChanged"><arg type="s" name="token" direction="in"/></method>

@@ -1,5 +1,6 @@
 #include "ports/desktop/ForwardingDelegate.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "ports/desktop/AppInterfaces.h"
@@ -9,13 +10,13 @@
 namespace zentavo::desktop {
 
 ForwardingDelegate::ForwardingDelegate(std::shared_ptr<SessionBus> bus, std::string app,
-                                       std::shared_ptr<platform::SystemLog> log)
-    : bus_(std::move(bus)), app_(std::move(app)), log_(std::move(log)) {}
+                                       const platform::Platform& platform)
+    : bus_(std::move(bus)), app_(std::move(app)), log_(platform.systemLog), clock_(platform.clock),
+      random_(platform.random) {}
 
 std::shared_ptr<ForwardingDelegate> ForwardingDelegate::make(std::shared_ptr<SessionBus> bus, std::string app,
-                                                             std::shared_ptr<platform::SystemLog> log) {
-    const std::shared_ptr<ForwardingDelegate> made(
-        new ForwardingDelegate(std::move(bus), std::move(app), std::move(log)));
+                                                             const platform::Platform& platform) {
+    const std::shared_ptr<ForwardingDelegate> made(new ForwardingDelegate(std::move(bus), std::move(app), platform));
     made->bus_->watch(made->app_, [weak = std::weak_ptr(made)](bool present) {
         const auto self = weak.lock();
         if (!self) {
@@ -23,10 +24,9 @@ std::shared_ptr<ForwardingDelegate> ForwardingDelegate::make(std::shared_ptr<Ses
         }
         MutexLock lock(self->mutex_);
         self->present_ = present;
-        self->failures_ = 0;
         lock.unlock();
         if (present) {
-            self->tellNext();
+            self->tellNow();
         }
     });
     return made;
@@ -60,7 +60,8 @@ void ForwardingDelegate::userNotificationCenter(platform::UserNotifications&, co
 void ForwardingDelegate::userNotificationCenter(platform::UserNotifications&,
                                                 const platform::NotificationResponse& didReceive,
                                                 std::function<void()> withCompletionHandler) {
-    auto text = codec::write(didReceive);
+    // With an id, since an attempt that we no longer wait for may arrive all the same.
+    auto text = codec::write(didReceive, random_->uuidText());
     if (text) {
         MutexLock lock(mutex_);
         const bool full = waiting_.size() == maximumWaiting;
@@ -68,7 +69,7 @@ void ForwardingDelegate::userNotificationCenter(platform::UserNotifications&,
             // The first may be on its way, and is not to be told twice.
             waiting_.erase(waiting_.begin() + (telling_ ? 1 : 0));
         }
-        waiting_.push_back(std::move(*text));
+        waiting_.push_back({std::move(*text), clock_->steady()});
         lock.unlock();
         if (full) {
             log_->write(platform::LogLevel::warning, "Too many answers wait for the app: the oldest is dropped");
@@ -80,13 +81,22 @@ void ForwardingDelegate::userNotificationCenter(platform::UserNotifications&,
     bus_->run(std::move(withCompletionHandler));
 }
 
+void ForwardingDelegate::tellNow() {
+    MutexLock lock(mutex_);
+    failures_ = 0;
+    lock.unlock();
+    tellNext();
+}
+
 void ForwardingDelegate::tellNext() {
+    dropOld();
     MutexLock lock(mutex_);
     if (telling_ || waiting_.empty()) {
         return;
     }
     telling_ = true;
-    const std::string text = waiting_.front();
+    ++round_;
+    const std::string text = waiting_.front().text;
     lock.unlock();
     auto response = call("Respond", text);
     response.timeout = responseTimeout;
@@ -103,20 +113,52 @@ void ForwardingDelegate::told(const Result<Variant>& outcome) {
         lock.unlock();
         return tellNext();
     }
+    const auto pause = std::min(firstPause * (1U << std::min(failures_, 16U)), lastPause);
     ++failures_;
-    const bool again = present_ && failures_ < attempts;
     const bool first = failures_ == 1;
+    const bool again = present_;
+    const std::uint64_t round = ++round_;
     lock.unlock();
     if (first) {
         log_->write(platform::LogLevel::warning, "The app is not told of an answer yet: " + outcome.error().message);
     }
     // It has its name, but perhaps not yet what it answers with.
     if (again) {
-        bus_->after(pause, [self = shared_from_this()] { self->tellNext(); });
+        bus_->after(pause, [weak = weak_from_this(), round] {
+            if (const auto self = weak.lock()) {
+                self->tellAgain(round);
+            }
+        });
     }
 }
 
-std::size_t ForwardingDelegate::waiting() const {
+void ForwardingDelegate::tellAgain(std::uint64_t round) {
+    MutexLock lock(mutex_);
+    const bool due = round == round_;
+    lock.unlock();
+    if (due) {
+        tellNext();
+    }
+}
+
+void ForwardingDelegate::dropOld() {
+    const auto now = clock_->steady();
+    MutexLock lock(mutex_);
+    // The first may be on its way.
+    const auto begin = waiting_.begin() + (telling_ ? 1 : 0);
+    const auto young =
+        std::find_if(begin, waiting_.end(), [&](const Waiting& each) { return now - each.since < maximumAge; });
+    const auto count = young - begin;
+    waiting_.erase(begin, young);
+    lock.unlock();
+    if (count > 0) {
+        log_->write(platform::LogLevel::warning,
+                    "The app could not be told of " + std::to_string(count) + " answers in time: they are dropped");
+    }
+}
+
+std::size_t ForwardingDelegate::waiting() {
+    dropOld();
     MutexLock lock(mutex_);
     return waiting_.size();
 }

@@ -26,6 +26,10 @@ std::shared_ptr<FreedesktopUserNotifications> FreedesktopUserNotifications::make
     made->server_->listen({made->weakly(&FreedesktopUserNotifications::invoked),
                            made->weakly(&FreedesktopUserNotifications::closed),
                            made->weakly(&FreedesktopUserNotifications::gone)});
+    // Launchers forget the number with the process that said it.
+    if (const std::int64_t count = made->parts_.suite ? made->parts_.suite->badge() : 0; count > 0) {
+        made->badge_.set(count);
+    }
     return made;
 }
 
@@ -53,6 +57,9 @@ void FreedesktopUserNotifications::requestAuthorization(
 }
 
 void FreedesktopUserNotifications::addCategory(platform::NotificationCategory category) {
+    if (parts_.suite) {
+        parts_.suite->addCategory(category);
+    }
     MutexLock lock(mutex_);
     const bool known = std::any_of(categories_.begin(), categories_.end(),
                                    [&](const auto& other) { return other.identifier == category.identifier; });
@@ -69,7 +76,24 @@ void FreedesktopUserNotifications::categories(
     parts_.bus->run([known = std::move(known), completion = std::move(completion)] { completion(known); });
 }
 
-void FreedesktopUserNotifications::setBadgeCount(std::int64_t count) { badge_.set(count); }
+std::vector<platform::NotificationCategory> FreedesktopUserNotifications::allCategories() {
+    MutexLock lock(mutex_);
+    auto all = categories_;
+    lock.unlock();
+    if (parts_.suite) {
+        // After ours: the first that brings a button wins.
+        const auto registered = parts_.suite->categories();
+        all.insert(all.end(), registered.begin(), registered.end());
+    }
+    return all;
+}
+
+void FreedesktopUserNotifications::setBadgeCount(std::int64_t count) {
+    if (parts_.suite) {
+        parts_.suite->setBadge(count);
+    }
+    badge_.set(count);
+}
 
 // --- Delegate --------------------------------------------------------------------------------------------------------
 
@@ -80,7 +104,7 @@ void FreedesktopUserNotifications::setDelegate(std::weak_ptr<platform::UserNotif
 void FreedesktopUserNotifications::respond(platform::NotificationResponse response) {
     parts_.bus->run([self = shared_from_this(), response = std::move(response)] {
         self->takeAway({response.notification.request.identifier});
-        self->door_.tell(self, response);
+        self->answered(response);
     });
 }
 
@@ -113,7 +137,6 @@ void FreedesktopUserNotifications::enqueue(Pending pending) {
         return;
     }
     pending_.push_back(std::move(pending));
-    tellShownChanged();
     if (pending_.size() == 1) {
         begin();
     }
@@ -145,7 +168,7 @@ void FreedesktopUserNotifications::present(std::uint64_t number, std::uint32_t o
     presenting_ = number;
     const platform::Notification& notification = pending_.front().notification;
     if (notification.request.content.badge && (options & platform::presentBadge) != 0) {
-        badge_.set(*notification.request.content.badge);
+        setBadgeCount(*notification.request.content.badge);
     }
     if ((options & platform::presentAlert) == 0) {
         removeFiles(notification);
@@ -162,9 +185,8 @@ void FreedesktopUserNotifications::present(std::uint64_t number, std::uint32_t o
 
 void FreedesktopUserNotifications::show(std::uint32_t options, const ServerCapabilities& capabilities) {
     const platform::NotificationRequest& request = pending_.front().notification.request;
-    MutexLock lock(mutex_);
-    auto actions = actionsOf(request.content, categories_, static_cast<bool>(parts_.expand));
-    lock.unlock();
+    const bool expandable = parts_.expand && (!parts_.canExpand || parts_.canExpand());
+    auto actions = actionsOf(request.content, allCategories(), expandable);
     const auto earlier = find(request.identifier);
     const Variant arguments = notifyArguments(parts_.app, request.content, actions, capabilities, options,
                                               earlier != shown_.end() ? earlier->id : 0);
@@ -184,6 +206,7 @@ void FreedesktopUserNotifications::shown(std::uint32_t id, std::vector<DesktopAc
         removeFiles(earlier->notification, &notification);
         shown_.erase(earlier);
     }
+    std::erase(answered_, notification.request.identifier); // another one that is called the same
     shown_.push_back({id, notification, std::move(actions)});
     if (pending_.front().cancelled || shown_.size() > maximumShown) {
         const auto unwanted = pending_.front().cancelled ? shown_.end() - 1 : shown_.begin();
@@ -204,7 +227,6 @@ void FreedesktopUserNotifications::finish(std::optional<std::string> error) {
     if (completion) {
         completion(std::move(error));
     }
-    tellShownChanged();
     if (!pending_.empty()) {
         begin();
     }
@@ -269,7 +291,7 @@ void FreedesktopUserNotifications::invoked(std::uint32_t id, const std::string& 
     // Most services take it away by themselves, and say so; nobody listens to that any more.
     server_->close(id);
     forget(shown);
-    door_.tell(shared_from_this(), std::move(response));
+    answered(std::move(response));
 }
 
 void FreedesktopUserNotifications::closed(std::uint32_t id, std::uint32_t reason) {
@@ -281,8 +303,20 @@ void FreedesktopUserNotifications::closed(std::uint32_t id, std::uint32_t reason
     platform::NotificationResponse response{shown->notification, platform::dismissActionIdentifier};
     forget(shown);
     if (dismissed) {
-        door_.tell(shared_from_this(), std::move(response));
+        answered(std::move(response));
     }
+}
+
+void FreedesktopUserNotifications::answered(platform::NotificationResponse response) {
+    const std::string& identifier = response.notification.request.identifier;
+    if (std::find(answered_.begin(), answered_.end(), identifier) != answered_.end()) {
+        return;
+    }
+    answered_.push_back(identifier);
+    if (answered_.size() > maximumAnswered) {
+        answered_.pop_front();
+    }
+    door_.tell(shared_from_this(), std::move(response));
 }
 
 void FreedesktopUserNotifications::gone() {
@@ -304,7 +338,6 @@ FreedesktopUserNotifications::find(const std::string& identifier) {
 void FreedesktopUserNotifications::forget(std::vector<Shown>::iterator shown) {
     removeFiles(shown->notification);
     shown_.erase(shown);
-    tellShownChanged();
 }
 
 void FreedesktopUserNotifications::removeFiles(const platform::Notification& of, const platform::Notification* kept) {
@@ -316,12 +349,6 @@ void FreedesktopUserNotifications::removeFiles(const platform::Notification& of,
         if (!needed) {
             parts_.diskQueue->async([files = parts_.attachmentFiles, path = attachment.path] { files->remove(path); });
         }
-    }
-}
-
-void FreedesktopUserNotifications::tellShownChanged() const {
-    if (parts_.shownChanged) {
-        parts_.shownChanged(shown_.size() + pending_.size());
     }
 }
 

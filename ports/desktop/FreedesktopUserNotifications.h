@@ -13,6 +13,7 @@
 #include "ports/desktop/LauncherBadge.h"
 #include "ports/desktop/NotificationServer.h"
 #include "ports/desktop/NotificationServiceClient.h"
+#include "ports/desktop/NotificationSuite.h"
 #include "zentavo/foundation/Export.h"
 #include "zentavo/platform/AttachmentFiles.h"
 #include "zentavo/platform/DispatchQueue.h"
@@ -34,6 +35,8 @@ public:
     /// Of more that are up, the oldest are taken away; of more that wait to be shown, the newest are refused.
     static constexpr std::size_t maximumShown = 128;
     static constexpr std::size_t maximumPending = 128;
+    /// Of so many that the user has answered, a second answer from elsewhere changes nothing.
+    static constexpr std::size_t maximumAnswered = 32;
     /// How long a delegate may think; then everything is shown.
     static constexpr std::chrono::milliseconds presentationTimeout{5'000};
 
@@ -47,12 +50,14 @@ public:
         AppOnDesktop app;
         /// The bus name of the extension that shows notifications as well, where this is not it.
         std::string notificationService = {};
+        /// What the app and its extension know together; without it, this process keeps it to itself.
+        std::shared_ptr<NotificationSuite> suite = {};
         /// Whether the delegate is asked how to show a notification: the app is in front. On the main queue.
         std::function<bool()> isInFront = {};
         /// The user wants to see all of a rich notification. On the main queue. Without it there is no button for it.
         std::function<void(platform::Notification)> expand = {};
-        /// How many notifications are up, or wait to be. On the bus's thread, after each change.
-        std::function<void(std::size_t)> shownChanged = {};
+        /// Whether that could be done now; without it, always. On the bus's thread.
+        std::function<bool()> canExpand = {};
     };
     static std::shared_ptr<FreedesktopUserNotifications> make(Parts parts);
 
@@ -69,7 +74,7 @@ public:
     void setBadgeCount(std::int64_t count) override;
 
     /// The user answered a notification somewhere else, in another program or window of the app: takes it away where it is
-    /// up here, and tells the delegate.
+    /// up here, and tells the delegate, unless it was answered before.
     void respond(platform::NotificationResponse response);
     /// How a notification is to be shown now: everything where the app is not in front.
     void presentation(const platform::Notification& notification, std::function<void(std::uint32_t)> completion);
@@ -107,14 +112,17 @@ private:
 
     void invoked(std::uint32_t id, const std::string& key);
     void closed(std::uint32_t id, std::uint32_t reason);
+    /// The delegate is told once of each that was shown.
+    void answered(platform::NotificationResponse response);
     void gone();
     void takeAway(const std::vector<std::string>& identifiers);
     std::vector<Shown>::iterator find(std::uint32_t id);
     std::vector<Shown>::iterator find(const std::string& identifier);
     void forget(std::vector<Shown>::iterator shown);
+    /// This process's, and those that the other one has registered.
+    std::vector<platform::NotificationCategory> allCategories();
     /// Those that `kept` does not need.
     void removeFiles(const platform::Notification& of, const platform::Notification* kept = nullptr);
-    void tellShownChanged() const;
 
     const Parts parts_;
     const std::shared_ptr<NotificationServer> server_;
@@ -127,8 +135,9 @@ private:
 
     std::deque<Pending> pending_; ///< the first is being shown
     std::uint64_t lastNumber_ = 0;
-    std::uint64_t presenting_ = 0; ///< the last that it was decided of how it is shown
-    std::vector<Shown> shown_;     ///< in the order of arrival
+    std::uint64_t presenting_ = 0;     ///< the last that it was decided of how it is shown
+    std::vector<Shown> shown_;         ///< in the order of arrival
+    std::deque<std::string> answered_; ///< identifiers of what the user has answered, oldest first
 };
 
 } // namespace zentavo::desktop

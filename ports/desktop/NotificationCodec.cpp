@@ -88,18 +88,33 @@ Result<platform::Notification> readNotification(std::string_view text) {
     return read<platform::Notification>(text, notification);
 }
 
-Result<std::string> write(const platform::NotificationResponse& response) {
-    return bounded(json::write(
-        Map{{"actionIdentifier", response.actionIdentifier}, {"notification", map(response.notification)}}));
+Result<std::string> write(const platform::NotificationResponse& response, const std::string& id) {
+    Map sent{{"actionIdentifier", response.actionIdentifier}, {"notification", map(response.notification)}};
+    if (!id.empty()) {
+        sent.set("id", id);
+    }
+    return bounded(json::write(sent));
+}
+
+Result<SentResponse> readSentResponse(std::string_view text) {
+    return read<SentResponse>(text, [](KeyedDecoder& decoder) {
+        SentResponse sent;
+        sent.response.actionIdentifier = decoder.string("actionIdentifier");
+        sent.response.notification = decoder.nested("notification", notification);
+        sent.id = decoder.optionalString("id").value_or("");
+        if (sent.id.size() > maximumIdBytes) {
+            decoder.fail("id", "is too long");
+        }
+        return sent;
+    });
 }
 
 Result<platform::NotificationResponse> readResponse(std::string_view text) {
-    return read<platform::NotificationResponse>(text, [](KeyedDecoder& decoder) {
-        platform::NotificationResponse response;
-        response.actionIdentifier = decoder.string("actionIdentifier");
-        response.notification = decoder.nested("notification", notification);
-        return response;
-    });
+    auto sent = readSentResponse(text);
+    if (!sent) {
+        return sent.error();
+    }
+    return std::move(sent->response);
 }
 
 } // namespace zentavo::desktop::codec

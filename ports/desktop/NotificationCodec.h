@@ -19,7 +19,17 @@ ZENTAVO_EXPORT Result<std::string> write(const platform::Notification& notificat
 /// Strict: what another program sends is not to be trusted. Without an identifier it is no notification.
 ZENTAVO_EXPORT Result<platform::Notification> readNotification(std::string_view text);
 
-ZENTAVO_EXPORT Result<std::string> write(const platform::NotificationResponse& response);
+/// A response on its way. Who sends it again, not knowing whether it has arrived, gives it the same `id`; without one it
+/// is told as often as it comes.
+struct SentResponse {
+    platform::NotificationResponse response;
+    std::string id;
+};
+inline constexpr std::size_t maximumIdBytes = 64;
+
+ZENTAVO_EXPORT Result<std::string> write(const platform::NotificationResponse& response, const std::string& id = {});
+ZENTAVO_EXPORT Result<SentResponse> readSentResponse(std::string_view text);
+/// The same, where it is sent but once.
 ZENTAVO_EXPORT Result<platform::NotificationResponse> readResponse(std::string_view text);
 
 } // namespace codec

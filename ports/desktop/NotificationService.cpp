@@ -7,12 +7,11 @@
 
 #include <pthread.h>
 
-#include "ports/desktop/AppInterfaces.h"
 #include "ports/desktop/AppOnDesktop.h"
 #include "ports/desktop/BusNames.h"
+#include "ports/desktop/ContentExtension.h"
 #include "ports/desktop/ForwardingDelegate.h"
 #include "ports/desktop/FreedesktopUserNotifications.h"
-#include "ports/desktop/NotificationCodec.h"
 #include "ports/desktop/NotificationServiceHost.h"
 #include "ports/desktop/SessionBus.h"
 
@@ -64,21 +63,6 @@ std::shared_ptr<const platform::Bundle> appBundle(platform::Bundles& bundles, co
     return bundles.main();
 }
 
-/// Has the content extension show a notification; it is started for that.
-void showAll(SessionBus& bus, const std::string& contentExtension, platform::SystemLog& log,
-             const platform::Notification& notification) {
-    const auto text = codec::write(notification);
-    if (!text) {
-        log.write(platform::LogLevel::warning, text.error().message);
-        return;
-    }
-    bus.call({.destination = contentExtension,
-              .path = content_interface::path,
-              .interface = content_interface::name,
-              .method = "Show",
-              .parameters = Variant::share(g_variant_new("(s)", text->c_str()))});
-}
-
 } // namespace
 
 int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
@@ -94,17 +78,29 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
     const auto end = std::make_shared<End>();
     const auto bus = std::make_shared<SessionBus>();
     const auto app = AppOnDesktop::of(*appBundle(*platform->bundles, names->app));
+    const auto content = ContentExtension::make(bus, names->notificationContent, log);
+    const auto expanding = std::make_shared<std::weak_ptr<FreedesktopUserNotifications>>();
     const auto centre = FreedesktopUserNotifications::make(
         {.bus = bus,
          .mainQueue = platform->userInterface()->mainQueue,
          .diskQueue = platform->queues->make("zentavo.attachments", platform::QueueKind::serial),
          .attachmentFiles = platform->attachmentFiles,
          .app = app,
+         .suite = NotificationSuite::open(*platform->preferences, names->app),
          // The app knows whether it is in front, and is asked each time.
          .isInFront = [] { return true; },
-         .expand = [bus, log, content = names->notificationContent](
-                       const platform::Notification& notification) { showAll(*bus, content, *log, notification); }});
-    const auto delegate = ForwardingDelegate::make(bus, names->app, log);
+         .expand =
+             [content, expanding](const platform::Notification& notification) {
+                 // What cannot be shown in full is at least opened: the user has asked for it.
+                 content->show(notification, [expanding, notification] {
+                     if (const auto shows = expanding->lock()) {
+                         shows->respond({notification});
+                     }
+                 });
+             },
+         .canExpand = [content] { return content->isThere(); }});
+    *expanding = centre; // before anything can be shown
+    const auto delegate = ForwardingDelegate::make(bus, names->app, *platform);
     centre->setDelegate(delegate);
     const platform::UserInterface before = *platform->userInterface();
     platform::UserInterface interface = before;
@@ -122,6 +118,12 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
                      shows->respond(std::move(response));
                  }
              },
+         .appIsReady =
+             [weak = std::weak_ptr(delegate)] {
+                 if (const auto tells = weak.lock()) {
+                     tells->tellNow();
+                 }
+             },
          .busy =
              [weak = std::weak_ptr(delegate)] {
                  const auto tells = weak.lock();
@@ -135,11 +137,16 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
              }});
     host->start();
     end->signals.wait();
-    if (!end->reached) { // a signal came from outside
+    if (!end->reached) {     // a signal came from outside
+        delegate->tellNow(); // one that is sent now arrives, though nobody waits for what comes of it
         host->end();
         while (!end->reached) {
             end->signals.wait();
         }
+    }
+    if (const std::size_t lost = delegate->waiting(); lost > 0) {
+        log->write(platform::LogLevel::warning,
+                   "The app may not have been told of " + std::to_string(lost) + " answers of the user");
     }
     platform->attach(before); // the bus ends with the last who holds it, and says what it has still to say
     return end->status;

@@ -1,10 +1,12 @@
 #include "ports/desktop/NotificationServiceHost.h"
 
+#include <set>
 #include <utility>
 #include <vector>
 
 #include "ports/desktop/AppInterfaces.h"
 #include "ports/desktop/NotificationCodec.h"
+#include "ports/desktop/PushJournal.h"
 #include "ports/desktop/UnifiedPushConnector.h"
 
 namespace zentavo::desktop {
@@ -49,7 +51,7 @@ public:
           PushQueue::ExtensionFactory makeExtension, Handlers handlers)
         : platform_(std::move(platform)), bus_(bus), settings_(std::move(settings)), handlers_(std::move(handlers)),
           queue_(platform_->queues->make("zentavo.notification-service", platform::QueueKind::serial)),
-          pushes_(platform_, queue_, std::move(makeExtension)) {}
+          journal_(platform_->preferences->standard()), pushes_(platform_, queue_, std::move(makeExtension)) {}
 
     /// Any thread.
     void start() {
@@ -57,14 +59,14 @@ public:
             bus_, *platform_,
             UnifiedPushConnector::Settings{settings_.names.notificationService, settings_.description, settings_.vapid},
             UnifiedPushConnector::Handlers{
-                [this](std::string body) { post([body = std::move(body)](State& state) { state.receive(body); }); },
+                [this](const std::string& body) { receive(body); },
                 [this](const std::string& text) { tellApp("TokenChanged", text); },
                 [this](const std::string& reason) { tellApp("RegistrationFailed", reason); }});
         connector_->start();
         bus_.serve(service_interface::path, service_interface::xml,
                    [self = shared_from_this()](const MethodCall& call) { self->answer(call); });
         bus_.own(settings_.names.notificationService,
-                 [self = shared_from_this()](bool ours) { self->post([ours](State& state) { state.named(ours); }); });
+                 [self = shared_from_this()](bool ours) { self->nameChanged(ours); });
         post([](State& state) { state.touch(); });
     }
 
@@ -93,7 +95,17 @@ private:
                    .mayStart = false});
     }
 
-    void named(bool ours) {
+    /// On the bus's thread.
+    void nameChanged(bool ours) {
+        PushJournal::Left left;
+        if (ours && !std::exchange(tookUp_, true)) {
+            left = journal_.takeUp(std::exchange(early_, {}));
+        }
+        post([ours, left](State& state) { state.named(ours, left); });
+    }
+
+    void named(bool ours, const PushJournal::Left& left) {
+        takeUp(left);
         if (ours) {
             hadName_ = true;
         } else if (!leaving_) {
@@ -103,13 +115,37 @@ private:
         }
     }
 
+    /// On the bus's thread. The distributor is answered after this, and does not bring it again: it is safe by then.
     void receive(const std::string& body) {
-        touch();
         auto message = PushMessage::read(body);
         if (!message) {
             return warn("one says nothing that can be read: " + message.error().message);
         }
-        pushes_.add(*std::move(message));
+        const std::string identifier = platform_->random->uuidText();
+        journal_.add(identifier, body);
+        if (!tookUp_) {
+            early_.insert(identifier);
+        }
+        post([message = *std::move(message), identifier](State& state) { state.show(message, identifier); });
+    }
+
+    void show(PushMessage message, const std::string& identifier) {
+        touch();
+        pushes_.add(std::move(message), identifier, [journal = journal_, identifier] { journal.remove(identifier); });
+    }
+
+    /// What a process before this one was killed over. Not before the name is ours: until then that one may be at work.
+    void takeUp(const PushJournal::Left& left) {
+        if (left.givenUp > 0) {
+            warn(std::to_string(left.givenUp) + " could not be shown in several attempts, and are given up");
+        }
+        for (const PushJournal::Entry& each : left.entries) {
+            if (auto message = PushMessage::read(each.body)) {
+                show(*std::move(message), each.identifier);
+            } else {
+                journal_.remove(each.identifier);
+            }
+        }
     }
 
     /// On the bus's thread. Answers come from the notification centre, in its own time.
@@ -120,6 +156,9 @@ private:
         if (method == "Register") {
             connector_->request();
             call.answer();
+            if (handlers_.appIsReady) {
+                handlers_.appIsReady();
+            }
         } else if (method == "Delivered") {
             centre->delivered([call](const std::vector<platform::Notification>& delivered) {
                 std::vector<std::string> texts;
@@ -216,6 +255,9 @@ private:
     const Settings settings_;
     const Handlers handlers_;
     const std::shared_ptr<platform::DispatchQueue> queue_;
+    const PushJournal journal_;
+    bool tookUp_ = false;                           ///< what was in the journal; the bus's thread
+    std::set<std::string> early_;                   ///< came before that, and is under way; the bus's thread
     std::optional<UnifiedPushConnector> connector_; ///< made once, before anybody calls
     PushQueue pushes_;
     std::chrono::nanoseconds lastActivity_{0};

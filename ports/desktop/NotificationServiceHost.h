@@ -28,6 +28,8 @@ public:
     struct Handlers {
         /// The content extension says that the user has answered a notification. On the bus's thread.
         std::function<void(platform::NotificationResponse response)> respond;
+        /// The app has asked for pushes: it can be told things now. On the bus's thread.
+        std::function<void()> appIsReady = {};
         /// Whether something else than pushes keeps this process busy. On a queue of `platform`.
         std::function<bool()> busy;
         /// It is over; `name` says whether our name on the bus was ours at all. Once, on a queue of `platform` or the

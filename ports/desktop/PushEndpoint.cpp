@@ -21,4 +21,10 @@ Result<std::string> readPushEndpoint(std::string_view text) {
     return url->text();
 }
 
+bool isPushToken(std::string_view text) {
+    const std::size_t end = text.find('#');
+    return readPushEndpoint(text.substr(0, end)).ok() &&
+           (end == std::string_view::npos || text.size() - end <= maximumKeyBytes);
+}
+
 } // namespace zentavo::desktop

@@ -19,8 +19,11 @@ public:
           ExtensionFactory makeExtension)
         : platform_(std::move(platform)), queue_(std::move(queue)), makeExtension_(std::move(makeExtension)) {}
 
-    void add(PushMessage message) {
-        waiting_.push_back({++lastNumber_, std::move(message)});
+    void add(PushMessage message, std::string identifier, std::function<void()> settled) {
+        if (identifier.empty()) {
+            identifier = platform_->random->uuidText();
+        }
+        waiting_.push_back({{++lastNumber_, std::move(identifier), std::move(settled)}, std::move(message)});
         if (waiting_.size() > maximumWaiting) {
             warn("too many wait; the oldest is shown as it came");
             showFirst();
@@ -57,14 +60,21 @@ public:
     }
 
 private:
-    struct Waiting {
+    struct Push {
         std::uint64_t number;
+        std::string identifier;
+        std::function<void()> settled;
+    };
+    struct Waiting {
+        Push push;
         PushMessage message;
     };
     struct Job {
-        Job(std::shared_ptr<platform::NotificationServiceExtension> extension, platform::NotificationContent content)
-            : rewriting(std::move(extension)), original(std::move(content)) {}
+        Job(Push of, std::shared_ptr<platform::NotificationServiceExtension> extension,
+            platform::NotificationContent content)
+            : push(std::move(of)), rewriting(std::move(extension)), original(std::move(content)) {}
 
+        const Push push;
         PushRewriting rewriting;
         platform::NotificationContent original;
         platform::TimerId patience = 0;
@@ -98,16 +108,22 @@ private:
         Waiting first = std::move(waiting_.front());
         waiting_.pop_front();
         if (first.message.alert) {
-            show(first.number, std::move(first.message.content));
-        } else if (first.message.content.badge) {
-            lastBadge_ = std::max(lastBadge_, first.number);
+            return show(first.push, std::move(first.message.content));
+        }
+        if (first.message.content.badge) {
+            lastBadge_ = std::max(lastBadge_, first.push.number);
             centre().setBadgeCount(*first.message.content.badge);
+        }
+        if (first.push.settled) {
+            first.push.settled();
         }
     }
 
     void start(std::shared_ptr<platform::NotificationServiceExtension> extension) {
-        const std::uint64_t number = waiting_.front().number;
-        const auto job = std::make_shared<Job>(std::move(extension), std::move(waiting_.front().message.content));
+        Waiting& first = waiting_.front();
+        const std::uint64_t number = first.push.number;
+        const auto job =
+            std::make_shared<Job>(std::move(first.push), std::move(extension), std::move(first.message.content));
         waiting_.pop_front();
         jobs_.emplace(number, job);
         job->patience = after(patience, number, [](State& state, Job& late, std::uint64_t) {
@@ -119,7 +135,7 @@ private:
             late.rewriting.expire();
         });
         const bool started = job->rewriting.start(
-            {platform_->random->uuidText(), job->original}, queue_,
+            {job->push.identifier, job->original}, queue_,
             [self = weak_from_this(), number](platform::NotificationContent content) {
                 if (const auto alive = self.lock()) {
                     alive->rewritten(number, std::move(content));
@@ -156,7 +172,7 @@ private:
     void rewritten(std::uint64_t number, platform::NotificationContent content) {
         const auto job = find(number);
         if (job && !std::exchange(job->shown, true)) {
-            show(number, std::move(content));
+            show(job->push, std::move(content));
         }
     }
 
@@ -175,7 +191,7 @@ private:
         cancelTimers(*job);
         if (!job->shown) {
             warn("an extension hands nothing back; the push is shown as it came");
-            show(number, std::move(job->original));
+            show(job->push, std::move(job->original));
         }
         jobs_.erase(number);
         startNext();
@@ -187,22 +203,26 @@ private:
         queue_->cancel(job.expiry);
     }
 
-    void show(std::uint64_t number, platform::NotificationContent content) {
+    void show(const Push& push, platform::NotificationContent content) {
         if (content.badge) {
-            if (number < lastBadge_) {
+            if (push.number < lastBadge_) {
                 content.badge.reset();
             }
-            lastBadge_ = std::max(lastBadge_, number);
+            lastBadge_ = std::max(lastBadge_, push.number);
         }
         ++adding_;
-        centre().add({platform_->random->uuidText(), std::move(content)},
-                     [self = weak_from_this(), queue = queue_](const std::optional<std::string>& error) {
-                         queue->async([self, error] {
-                             if (const auto alive = self.lock()) {
-                                 alive->added(error);
-                             }
-                         });
-                     });
+        centre().add(
+            {push.identifier, std::move(content)},
+            [self = weak_from_this(), queue = queue_, settled = push.settled](const std::optional<std::string>& error) {
+                if (settled) {
+                    settled();
+                }
+                queue->async([self, error] {
+                    if (const auto alive = self.lock()) {
+                        alive->added(error);
+                    }
+                });
+            });
     }
 
     void added(const std::optional<std::string>& error) {
@@ -238,7 +258,9 @@ PushQueue::~PushQueue() {
     state_->queue().async([state = state_] { state->end(); });
 }
 
-void PushQueue::add(PushMessage message) { state_->add(std::move(message)); }
+void PushQueue::add(PushMessage message, std::string identifier, std::function<void()> settled) {
+    state_->add(std::move(message), std::move(identifier), std::move(settled));
+}
 
 bool PushQueue::busy() const { return state_->busy(); }
 

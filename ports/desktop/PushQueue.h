@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "ports/desktop/PushMessage.h"
 #include "zentavo/foundation/Export.h"
@@ -17,7 +18,8 @@ namespace zentavo::desktop {
 /// does not hold up the next push: that is rewritten beside it, and may be shown first. What was overtaken leaves the
 /// number on the app's icon to the later push.
 ///
-/// No push is lost: what cannot be rewritten in time, or at all, is shown as it came.
+/// What cannot be rewritten in time, or at all, is shown as it came. A push is not shown only where the notification
+/// centre refuses it, with a line in the log, or this object goes first.
 class ZENTAVO_EXPORT PushQueue {
 public:
     using ExtensionFactory = std::function<std::shared_ptr<platform::NotificationServiceExtension>()>;
@@ -42,7 +44,9 @@ public:
     PushQueue(const PushQueue&) = delete;
     PushQueue& operator=(const PushQueue&) = delete;
 
-    void add(PushMessage message);
+    /// `identifier` is the notification's, also as the extension sees it; empty: one is drawn. `settled` is called when
+    /// the notification centre has taken the push, or refused it: on whatever thread it says so.
+    void add(PushMessage message, std::string identifier = {}, std::function<void()> settled = {});
     /// Whether a push is under way.
     bool busy() const;
     /// Shows what waits as it came, and tells extensions that their time is over. `done` is called on the queue when

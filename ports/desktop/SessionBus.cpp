@@ -4,6 +4,7 @@
 #include <csignal>
 #include <map>
 #include <memory>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -192,8 +193,13 @@ private:
         sigset_t before;
         sigfillset(&all);
         pthread_sigmask(SIG_SETMASK, &all, &before);
-        thread_ = std::thread([self = shared_from_this()] { self->work(); });
-        pthread_setname_np(thread_.native_handle(), "zentavo-bus");
+        try {
+            thread_ = std::thread([self = shared_from_this()] { self->work(); });
+            pthread_setname_np(thread_.native_handle(), "zentavo-bus");
+        } catch (const std::system_error&) {
+            // Whoever asks for something next tries again; what was asked for waits.
+            started_ = false;
+        }
         pthread_sigmask(SIG_SETMASK, &before, nullptr);
     }
 

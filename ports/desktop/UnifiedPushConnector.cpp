@@ -33,6 +33,7 @@ public:
 
     void request() {
         asked_ = true;
+        retried_ = false;
         renew();
     }
 
@@ -130,9 +131,11 @@ private:
             return asked_ ? renew() : void(); // that one ended while we waited
         }
         if (!version) {
-            return fail(version.error().message);
+            fail(version.error().message);
+            return retryOnce();
         }
         away_ = false;
+        retried_ = false;
         if (registration_->version != *version) {
             // The endpoint that follows tells senders how to send to this one.
             registration_->version = *version;
@@ -142,6 +145,19 @@ private:
         if (asked_ || failed_) {
             tellEndpoint();
         }
+    }
+
+    /// A distributor without a network at the moment refuses what it takes a little later.
+    void retryOnce() {
+        if (std::exchange(retried_, true)) {
+            return;
+        }
+        bus_.after(retryPause, [weak = weak_from_this()] {
+            const auto self = weak.lock();
+            if (self && self->registration_) {
+                self->renew();
+            }
+        });
     }
 
     /// Gives the registration back, to make one elsewhere.
@@ -236,6 +252,7 @@ private:
     std::set<std::string> watched_;
     bool asked_ = false;       ///< the app waits for an answer
     bool failed_ = false;      ///< the last that the app was told is that there are no pushes
+    bool retried_ = false;     ///< a failure has been answered by another attempt
     bool registering_ = false; ///< a distributor has been asked and has not answered
     bool away_ = false;        ///< our distributor has left the bus since it last took the registration
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -24,15 +26,19 @@ public:
     /// Called on the bus's thread.
     struct Handlers {
         /// A push for us, decrypted, 1 to 4096 bytes. One that is delivered again within the last hundred is not told.
+        /// The distributor is answered afterwards, and forgets it: what is to survive the process is kept by then.
         std::function<void(std::string body)> message;
         /// What senders need from now on: see `PushRegistration::senderText`.
         std::function<void(std::string senderText)> tokenChanged;
-        /// Why there are no pushes. After this nothing happens until the next `request`.
+        /// Why there are no pushes. After this nothing happens until the next `request`, but for one more attempt after
+        /// `retryPause` where the distributor has refused.
         std::function<void(std::string reason)> registrationFailed;
     };
 
     /// A push has no more bytes, encrypted or not.
     static constexpr std::size_t maximumMessageBytes = 4096;
+    /// Within the minute for which a service stays at least.
+    static constexpr std::chrono::seconds retryPause{30};
 
     /// `bus` outlives this object.
     UnifiedPushConnector(SessionBus& bus, const platform::Platform& platform, Settings settings, Handlers handlers);

@@ -60,7 +60,7 @@ public:
                 if (owned) {
                     self.owned_ = true;
                 } else if (self.owned_) {
-                    self.over_ = true; // the session ends
+                    self.over_ = self.over_ || !self.leaving_; // the session ends
                 } else {
                     self.giveUp("the name on the bus is not ours");
                 }
@@ -169,13 +169,38 @@ private:
 
     void stayForAWhile() {
         cancelIdle();
-        if (!window_ && underWay_ == 0) {
+        if (left_) {
+            over_ = over_ || (!window_ && underWay_ == 0);
+        } else if (!window_ && underWay_ == 0) {
             idle_ = queue_->after(options_.idle, [weak = weak_from_this()] {
                 if (const auto self = weak.lock()) {
-                    self->over_ = true;
+                    self->leave();
                 }
             });
         }
+    }
+
+    /// Gives the name back first: what is sent to it from then on starts the next process, and what came before is shown
+    /// here still.
+    void leave() {
+        if (useless_ || std::exchange(leaving_, true)) {
+            return;
+        }
+        bus_.disown(names_->notificationContent);
+        bus_.call({.destination = "org.freedesktop.DBus",
+                   .path = "/org/freedesktop/DBus",
+                   .interface = "org.freedesktop.DBus",
+                   .method = "GetId",
+                   .parameters = {},
+                   .answerType = "(s)"},
+                  [queue = queue_, weak = weak_from_this()](const Result<Variant>&) {
+                      queue->async([weak] {
+                          if (const auto self = weak.lock()) {
+                              self->left_ = true;
+                              self->over_ = self->over_ || (!self->window_ && self->underWay_ == 0);
+                          }
+                      });
+                  });
     }
 
     void cancelIdle() {
@@ -205,7 +230,9 @@ private:
     std::uint64_t opened_ = 0; ///< the number of the last that the user opened
     int underWay_ = 0;         ///< answers of the user that the app has not been told yet
     std::optional<platform::TimerId> idle_;
-    bool owned_ = false; ///< has been, the name on the bus
+    bool owned_ = false;   ///< has been, the name on the bus
+    bool leaving_ = false; ///< the name is on its way back
+    bool left_ = false;    ///< nothing comes any more
     bool over_ = false;
     bool useless_ = false;
     desktop::SessionBus bus_; ///< the first to go: it calls the rest

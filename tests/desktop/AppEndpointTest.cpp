@@ -81,7 +81,7 @@ protected:
 
 TEST_F(AppEndpointTest, AClickThatStartedTheAppIsToldOnce) {
     const auto clicks = std::make_shared<desktop::SessionBus>(bus.address());
-    const auto service = desktop::ForwardingDelegate::make(clicks, appName, memory.systemLog);
+    const auto service = desktop::ForwardingDelegate::make(clicks, appName, *memory.platform());
     service->userNotificationCenter(*memory.userNotifications, {{request("cold")}, "x"}, [] {});
     ASSERT_TRUE(until([&] { return !memory.systemLog->entries().empty(); })) << "it is not there yet";
 
@@ -96,6 +96,20 @@ TEST_F(AppEndpointTest, AClickThatStartedTheAppIsToldOnce) {
     EXPECT_TRUE(tell("Respond", responseText("warm")));
     settle();
     EXPECT_THAT(delegate->told, ElementsAre("cold: x", "warm: x"));
+}
+
+TEST_F(AppEndpointTest, AResponseThatTheBusBringsTwiceIsToldOnce) {
+    const auto app = start();
+    app->userNotifications()->setDelegate(delegate);
+    const platform::NotificationResponse response{{request("a")}, "x"};
+    const auto text = [&](const std::string& id) { return desktop::codec::write(response, id).value(); };
+    EXPECT_TRUE(tell("Respond", text("1")));
+    EXPECT_TRUE(tell("Respond", text("1"))) << "its sender must not try again";
+    EXPECT_TRUE(tell("Respond", text("2"))) << "one notification is answered once, by whatever program";
+    EXPECT_TRUE(tell("Respond", responseText("b")));
+    EXPECT_FALSE(tell("Respond", text(std::string(desktop::codec::maximumIdBytes + 1, 'x'))));
+    settle();
+    EXPECT_THAT(delegate->told, ElementsAre("a: x", "b: x"));
 }
 
 TEST_F(AppEndpointTest, SaysHowToShowWhatArrives) {
@@ -132,6 +146,10 @@ TEST_F(AppEndpointTest, BringsTheTokenToAHostThatMayComeLater) {
     const auto app = start();
     EXPECT_TRUE(tell("TokenChanged", "https://push.example/1"));
     EXPECT_TRUE(tell("TokenChanged", "https://push.example/2"));
+    for (const std::string& bad :
+         {std::string("token"), std::string("file:///etc"), "https://push.example/#" + std::string(300, 'x')}) {
+        EXPECT_THAT(tell("TokenChanged", bad).error().message, HasSubstr("cannot be sent")) << bad;
+    }
     std::vector<std::string> news;
     remote->setHandlers({[&](const std::string& token) { news.push_back(token); },
                          [&](const std::string& reason) { news.push_back("failed: " + reason); }});

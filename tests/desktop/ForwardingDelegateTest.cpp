@@ -58,7 +58,7 @@ protected:
         return options.all().at(0);
     }
 
-    const std::shared_ptr<ForwardingDelegate> delegate = ForwardingDelegate::make(session, appName, memory.systemLog);
+    const std::shared_ptr<ForwardingDelegate> delegate = ForwardingDelegate::make(session, appName, *memory.platform());
 };
 
 TEST_F(ForwardingDelegateTest, AsksAnAppThatRuns) {
@@ -106,12 +106,38 @@ TEST_F(ForwardingDelegateTest, AnAppThatHasItsNameAndNothingElseYetIsToldLater) 
     EXPECT_THAT(app.told.all(), ElementsAre("a"));
 }
 
+TEST_F(ForwardingDelegateTest, AnAppThatSaysItIsReadyIsToldAtOnce) {
+    FakeApp app(bus.address(), false);
+    respond("a");
+    ASSERT_TRUE(until([&] { return !memory.systemLog->entries().empty(); }));
+    app.speak();
+    delegate->tellNow();
+    delegate->tellNow();
+    ASSERT_TRUE(until([&] { return delegate->waiting() == 0; }));
+    settle();
+    EXPECT_THAT(app.told.all(), ElementsAre("a"));
+}
+
+TEST_F(ForwardingDelegateTest, WhatIsTooOldIsNotToldAnyMore) {
+    respond("old");
+    ASSERT_TRUE(until([&] { return !memory.systemLog->entries().empty(); })) << "the app cannot be started";
+    memory.queues->advance(ForwardingDelegate::maximumAge - std::chrono::seconds(1));
+    respond("young");
+    EXPECT_EQ(delegate->waiting(), 2U);
+    memory.queues->advance(std::chrono::seconds(1));
+    ASSERT_TRUE(until([&] { return delegate->waiting() == 1; }));
+    EXPECT_THAT(memory.systemLog->entries().back().message, ::testing::HasSubstr("in time"));
+    FakeApp app(bus.address());
+    ASSERT_TRUE(until([&] { return delegate->waiting() == 0; }));
+    EXPECT_THAT(app.told.all(), ElementsAre("young"));
+}
+
 TEST_F(ForwardingDelegateTest, AClickStartsTheApp) {
     const auto started = bus.folder() / "started";
     const PrivateBus starting(
         {PrivateBus::Startable{appName, "/bin/sh -c \"touch " + started.string() + "; exit 1\""}});
     session = std::make_shared<SessionBus>(starting.address());
-    const auto starter = ForwardingDelegate::make(session, appName, memory.systemLog);
+    const auto starter = ForwardingDelegate::make(session, appName, *memory.platform());
     starter->userNotificationCenter(*memory.userNotifications, platform::Notification{request("a")}, [](auto) {});
     settle();
     EXPECT_FALSE(std::filesystem::exists(started)) << "not to ask it";

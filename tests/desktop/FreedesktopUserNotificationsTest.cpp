@@ -2,6 +2,8 @@
 
 #include "ports/desktop/FreedesktopUserNotifications.h"
 
+#include <atomic>
+
 #include "tests/desktop/DesktopTest.h"
 
 namespace zentavo::tests {
@@ -142,10 +144,17 @@ TEST_F(FreedesktopUserNotificationsTest, ShowsAllOfARichOneWithoutEndingIt) {
     parts.expand = [&](const platform::Notification& notification) {
         expanded.push_back(notification.request.identifier);
     };
+    std::atomic<bool> installed = true;
+    parts.canExpand = [&] { return installed.load(); };
     makeCenter(std::move(parts));
     auto rich = request("rich");
     rich.content.categoryIdentifier = "ZentavoNotificationContent";
     EXPECT_EQ(add(rich), std::nullopt);
+    installed = false;
+    auto second = rich;
+    second.identifier = "second";
+    EXPECT_EQ(add(second), std::nullopt);
+    EXPECT_EQ(server->shown().at(1).keyOf("View"), "no button View");
     server->press(idOf(0), server->shown().at(0).keyOf("View"));
     ASSERT_TRUE(until([&] { return !expanded.empty(); }));
     settleSignals();
@@ -261,6 +270,49 @@ TEST_F(FreedesktopUserNotificationsTest, AServiceThatEndsTakesAlongWhatItShowed)
     EXPECT_EQ(server->shown().at(0).replaces, 0U) << "ids of another service mean nothing";
     EXPECT_THAT(server->shown().at(0).actions, IsEmpty()) << "it can show none";
     EXPECT_THAT(delegate->told, IsEmpty());
+}
+
+TEST_F(FreedesktopUserNotificationsTest, TheNumberAndTheCategoriesOutliveTheProcessThatSetThem) {
+    const auto suite = desktop::NotificationSuite::open(*memory.platform()->preferences, "com.example.shop");
+    ASSERT_TRUE(suite);
+    const auto restart = [&] {
+        FreedesktopUserNotifications::Parts parts;
+        parts.suite = suite;
+        makeCenter(std::move(parts));
+    };
+    restart();
+    center->setBadgeCount(3);
+    center->addCategory({"order", {{"old", "Old"}}});
+
+    restart(); // the app, started anew, and then its service
+    center->addCategory({"order", {{"track", "Track"}}});
+    center->addCategory({"other", {{"x", "X"}}});
+    settle(); // what these have said is over
+    Seen<std::string> badges;
+    desktop::SessionBus launcher(bus.address());
+    launcher.listen("", "", "com.canonical.Unity.LauncherEntry", "Update",
+                    [&](const std::string&, const desktop::Variant& update) {
+                        char* text = g_variant_print(update.get(), FALSE);
+                        badges.add(text);
+                        g_free(text);
+                    });
+    settle(launcher);
+    restart();
+    EXPECT_TRUE(until([&] { return badges.count() == 1; }));
+    EXPECT_THAT(badges.all().at(0), HasSubstr("3"));
+    auto order = request("a");
+    order.content.categoryIdentifier = "order";
+    EXPECT_EQ(add(order), std::nullopt);
+    EXPECT_THAT(server->shown().back().actions,
+                ElementsAre(std::pair("default", "Open"), std::pair("button1", "Track")));
+
+    center->setBadgeCount(0);
+    EXPECT_EQ(suite->badge(), 0);
+    for (std::size_t i = 0; i <= desktop::NotificationSuite::maximumCategories; ++i) {
+        suite->addCategory({std::to_string(i), {}});
+    }
+    EXPECT_EQ(suite->categories().size(), desktop::NotificationSuite::maximumCategories);
+    EXPECT_EQ(suite->categories().front().identifier, "1");
 }
 
 TEST_F(FreedesktopUserNotificationsTest, PermissionIsThatAServiceIsThereOrWouldBeStarted) {

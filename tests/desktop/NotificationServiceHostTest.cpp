@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "ports/desktop/NotificationCodec.h"
+#include "ports/desktop/PushJournal.h"
 #include "ports/memory/MemoryPlatform.h"
 #include "tests/desktop/FakeApp.h"
 #include "tests/desktop/FakeDistributor.h"
@@ -197,6 +198,25 @@ TEST_F(NotificationServiceHostTest, ItEndsAfterAQuietMinuteInWhichNothingIsShown
 
     start(); // whoever calls has it started anew
     EXPECT_EQ(distributor.asked.next().token, token);
+}
+
+TEST_F(NotificationServiceHostTest, WhatAProcessWasKilledOverTheNextOneShows) {
+    const std::string token = registered();
+    const auto suite = memory.platform()->preferences->standard();
+    EXPECT_EQ(distributor.message(1, service, token, R"({"aps":{"alert":"one","mutable-content":1}})", "m1"), "");
+    const desktop::PushJournal journal(suite);
+    const auto kept = journal.takeUp({}).entries;
+    ASSERT_EQ(kept.size(), 1U) << "the distributor was answered";
+    settleUntil([&] { return bodies().size() == 1; });
+    EXPECT_EQ(memory.userNotifications->shown()[0].request.identifier, kept[0].identifier) << "as the extension saw it";
+    settleUntil([&] { return journal.takeUp({}).entries.empty(); });
+    stop();
+
+    journal.add("left", R"({"aps":{"alert":"two"}})");
+    start();
+    settleUntil([&] { return bodies().size() == 2; });
+    settleUntil([&] { return journal.takeUp({}).entries.empty(); });
+    EXPECT_THAT(bodies(), ::testing::ElementsAre("one!", "two"));
 }
 
 TEST_F(NotificationServiceHostTest, ASignalEndsItWithWhatIsUnderWay) {
