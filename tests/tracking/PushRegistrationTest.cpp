@@ -102,7 +102,8 @@ TEST_F(PushRegistrationTest, OddAnswersAreLoggedAndChangeNothing) {
         EXPECT_EQ(sdk->getPushUid(), std::nullopt);
     }
     EXPECT_THAT(events(), IsEmpty());
-    memory.session->on({"POST", "", "/api/app/identify"}, testing::ScriptedAnswer{200, R"({"data":"push-2"})"}, 1);
+    memory.session->on({"POST", "", "/api/app/identify"},
+                       testing::ScriptedAnswer{200, R"({"data":{"zentavo_apppush_uid":"push-2"}})"}, 1);
     registerToken();
     EXPECT_EQ(sdk->getPushUid(), "push-2");
 }

@@ -112,9 +112,15 @@ void HTTPClient::start(URL url, std::string method, std::shared_ptr<const std::s
         const bool failed = !succeeded(result);
         std::string wrong;
         entryPoint("completion", [&] {
-            wrong = problem(result);
+            if (log->enabled()) {
+                wrong = problem(result);
+            }
             if (completion && (result.data || result.error)) {
-                completion(std::move(result.data), wrong.empty() ? std::nullopt : std::optional(Error{wrong}));
+                std::optional<Error> error;
+                if (!result.data) {
+                    error = Error{std::move(result.error->message)};
+                }
+                completion(std::move(result.data), std::move(error));
             }
         });
         entryPoint("completion", [&] {

@@ -20,8 +20,8 @@ namespace zentavo {
 /// Sends JSON requests, and repeats failed ones by `RetryRule`. Held by `std::shared_ptr`; a client that is gone by the
 /// time its request fails repeats nothing. Any thread.
 ///
-/// A completion is called once, on the SDK's worker, with the answer's bytes, or an error, or both where the answer's
-/// status is a failure; repeated requests call none. Failures are logged here: a completion need not log its error.
+/// A completion is called once, on the SDK's worker, with the answer's bytes or an error, whatever the status; repeated
+/// requests call none. Failures are logged here, with what happens next, so a completion need not log its error.
 ///
 /// Requests that wait for an answer or for their retry hold at most `maximumHeldBytes` of bodies; one beyond that is
 /// refused, logged, and its completion told.

@@ -18,13 +18,13 @@ constexpr double registrationPause = 300.0;
 constexpr std::uint32_t authorizationOptions =
     platform::authorizeBadge | platform::authorizeSound | platform::authorizeAlert;
 
-/// The push uid in the answer to a registration: "data" itself where it is text, else its "zentavo_apppush_uid".
+/// The push uid in the answer to a registration, "data.zentavo_apppush_uid". A text in the place of "data" is none: a
+/// refusal holds its reason there.
 std::optional<std::string> pushUidIn(const Map& answer) {
     const Value* data = answer.find("data");
-    if (data != nullptr && data->asMap() != nullptr) {
-        data = data->asMap()->find("zentavo_apppush_uid");
-    }
-    const std::string* uid = data != nullptr ? data->asString() : nullptr;
+    const Map* fields = data != nullptr ? data->asMap() : nullptr;
+    const Value* found = fields != nullptr ? fields->find("zentavo_apppush_uid") : nullptr;
+    const std::string* uid = found != nullptr ? found->asString() : nullptr;
     return uid != nullptr && !uid->empty() ? std::optional(*uid) : std::nullopt;
 }
 
@@ -86,9 +86,9 @@ void Zentavo::registerForNotification(std::span<const std::uint8_t> token) {
         operation->identify(account->endpoints.push, *portalNumber, tokenText, *deviceId,
                             // The operation lives until its answer, so that a failed registration is repeated.
                             [weak = weak_from_this(), store, deviceId = *deviceId,
-                             operation](const std::optional<std::string>& data, const std::optional<Error>& error) {
+                             operation](const std::optional<std::string>& data, const std::optional<Error>&) {
                                 const auto self = weak.lock();
-                                if (self && data && !error) { // a refusal may hold a text where the uid would be
+                                if (self && data) {
                                     self->handleIdentifyAnswer(*data, store, deviceId);
                                 }
                             });
