@@ -92,21 +92,6 @@ Tour::Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk,
             page.filter("");
         },
         "messages");
-    steps_.push_back({"",
-                      [this] {
-                          failNext("/access/api/app-inbox/message", [this] {
-                              const auto rows = window_.inbox().rows();
-                              removedHeading_ = rows.at(0)->item().heading;
-                              window_.inbox().remove(*rows.at(0));
-                          });
-                      },
-                      [this] { return window_.inbox().saysUndone(); },
-                      [this] {
-                          if (window_.inbox().rows().at(0)->item().heading != removedHeading_) {
-                              say("  !! a message whose removal failed must come back");
-                              good_ = false;
-                          }
-                      }});
     inbox(
         "09-inbox-out-of-reach",
         [this](InboxPage& page) { failNext("/access/api/app-inbox/message/performance", [&page] { page.refresh(); }); },

@@ -56,7 +56,6 @@ private:
     bool good_ = true;
     const std::shared_ptr<int> alive_ = std::make_shared<int>(0);
     std::string lastTrace_;
-    std::string removedHeading_;
 };
 
 } // namespace storefront
