@@ -83,7 +83,8 @@ TEST_F(FaultPolicyTest, NothingThatAPortThrowsLeavesAMember) {
 TEST_F(FaultPolicyTest, ACompletion) {
     // The answer to a registration arrives when the SDK cannot build the event that follows from it any more.
     start();
-    memory.session->on({"POST", "", "/api/app/identify"}, testing::ScriptedAnswer{200, R"({"data":"p1"})"});
+    memory.session->on({"POST", "", "/api/app/identify"},
+                       testing::ScriptedAnswer{200, R"({"data":{"zentavo_apppush_uid":"p1"}})"});
     sdk->registerForNotification(std::vector<std::uint8_t>{1});
     Endpoints broken = sdk->endpoints();
     broken.collection = "no url";

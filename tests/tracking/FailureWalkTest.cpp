@@ -34,7 +34,8 @@ protected:
         testing::MemoryPlatform system;
         system.platform()->preferences = std::make_shared<FailNthProvider>(system.preferences, counter);
         system.platform()->urlSession = std::make_shared<testing::FailNthURLSession>(system.session, counter);
-        system.session->on({"POST", "", "/api/app/identify"}, testing::ScriptedAnswer{200, R"({"data":"p1"})"});
+        system.session->on({"POST", "", "/api/app/identify"},
+                           testing::ScriptedAnswer{200, R"({"data":{"zentavo_apppush_uid":"p1"}})"});
 
         const auto start = [&] {
             auto app = std::make_shared<Zentavo>(system.platform());
