@@ -26,9 +26,14 @@ std::shared_ptr<FreedesktopUserNotifications> FreedesktopUserNotifications::make
     made->server_->listen({made->weakly(&FreedesktopUserNotifications::invoked),
                            made->weakly(&FreedesktopUserNotifications::closed),
                            made->weakly(&FreedesktopUserNotifications::gone)});
-    // Launchers forget the number with the process that said it.
-    if (const std::int64_t count = made->parts_.suite ? made->parts_.suite->badge() : 0; count > 0) {
-        made->badge_.set(count);
+    // Launchers forget the number with the process that said it. Not here: the suite is opened for it.
+    if (made->parts_.suite) {
+        made->parts_.bus->run([weak = std::weak_ptr(made)] {
+            const auto self = weak.lock();
+            if (const std::int64_t count = self ? self->parts_.suite->badge() : 0; count > 0) {
+                self->badge_.set(count);
+            }
+        });
     }
     return made;
 }
@@ -58,7 +63,7 @@ void FreedesktopUserNotifications::requestAuthorization(
 
 void FreedesktopUserNotifications::addCategory(platform::NotificationCategory category) {
     if (parts_.suite) {
-        parts_.suite->addCategory(category);
+        parts_.bus->run([suite = parts_.suite, category] { suite->addCategory(category); });
     }
     MutexLock lock(mutex_);
     const bool known = std::any_of(categories_.begin(), categories_.end(),
@@ -90,7 +95,7 @@ std::vector<platform::NotificationCategory> FreedesktopUserNotifications::allCat
 
 void FreedesktopUserNotifications::setBadgeCount(std::int64_t count) {
     if (parts_.suite) {
-        parts_.suite->setBadge(count);
+        parts_.bus->run([suite = parts_.suite, count] { suite->setBadge(count); });
     }
     badge_.set(count);
 }

@@ -51,24 +51,26 @@ Value write(const std::vector<platform::NotificationCategory>& categories) {
 
 } // namespace
 
-std::shared_ptr<NotificationSuite> NotificationSuite::open(platform::PreferencesProvider& preferences,
-                                                           const std::string& app) {
-    auto suite = preferences.suite(app + ".Notifications");
-    return suite ? std::make_shared<NotificationSuite>(std::move(suite)) : nullptr;
+std::int64_t NotificationSuite::badge() const {
+    const auto kept = suite();
+    return kept ? kept->integer(badgeKey) : 0;
 }
 
-std::int64_t NotificationSuite::badge() const { return suite_->integer(badgeKey); }
-
 void NotificationSuite::setBadge(std::int64_t count) const {
-    if (count > 0) {
-        suite_->set(badgeKey, count);
-    } else {
-        suite_->remove(badgeKey);
+    const auto kept = suite();
+    if (kept && count > 0) {
+        kept->set(badgeKey, count);
+    } else if (kept) {
+        kept->remove(badgeKey);
     }
 }
 
 void NotificationSuite::addCategory(const platform::NotificationCategory& category) const {
-    suite_->update(categoriesKey, [category](const std::optional<Value>& stored) {
+    const auto kept = suite();
+    if (!kept) {
+        return;
+    }
+    kept->update(categoriesKey, [category](const std::optional<Value>& stored) {
         auto categories = read(stored);
         std::erase_if(categories, [&](const auto& other) { return other.identifier == category.identifier; });
         if (categories.size() == maximumCategories) {
@@ -80,7 +82,8 @@ void NotificationSuite::addCategory(const platform::NotificationCategory& catego
 }
 
 std::vector<platform::NotificationCategory> NotificationSuite::categories() const {
-    return read(suite_->object(categoriesKey));
+    const auto kept = suite();
+    return kept ? read(kept->object(categoriesKey)) : std::vector<platform::NotificationCategory>();
 }
 
 } // namespace zentavo::desktop

@@ -13,15 +13,16 @@
 namespace zentavo::desktop {
 
 /// What an app and its notification service know together of notifications, whichever of them runs: the number on the
-/// icon, and the categories that the app has registered. Any thread.
+/// icon, and the categories that the app has registered. Any thread; the first use of any member opens the suite, which
+/// waits for the disk. Where there is no such suite, nothing is known and nothing is kept.
 class NotificationSuite {
 public:
     /// Of more categories, those that were registered first are forgotten.
     static constexpr std::size_t maximumCategories = 64;
 
-    /// `app` is the app's name on the bus. Null where there is no such suite.
-    static std::shared_ptr<NotificationSuite> open(platform::PreferencesProvider& preferences, const std::string& app);
-    explicit NotificationSuite(std::shared_ptr<platform::Preferences> suite) : suite_(std::move(suite)) {}
+    /// `app` is the app's name on the bus.
+    NotificationSuite(std::shared_ptr<platform::PreferencesProvider> preferences, const std::string& app)
+        : preferences_(std::move(preferences)), name_(app + ".Notifications") {}
 
     std::int64_t badge() const;
     void setBadge(std::int64_t count) const;
@@ -31,7 +32,11 @@ public:
     std::vector<platform::NotificationCategory> categories() const;
 
 private:
-    const std::shared_ptr<platform::Preferences> suite_;
+    /// The provider keeps it open from the first time on. Null where there is none.
+    std::shared_ptr<platform::Preferences> suite() const { return preferences_->suite(name_); }
+
+    const std::shared_ptr<platform::PreferencesProvider> preferences_;
+    const std::string name_;
 };
 
 } // namespace zentavo::desktop

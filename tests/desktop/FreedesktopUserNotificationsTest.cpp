@@ -273,8 +273,7 @@ TEST_F(FreedesktopUserNotificationsTest, AServiceThatEndsTakesAlongWhatItShowed)
 }
 
 TEST_F(FreedesktopUserNotificationsTest, TheNumberAndTheCategoriesOutliveTheProcessThatSetThem) {
-    const auto suite = desktop::NotificationSuite::open(*memory.platform()->preferences, "com.example.shop");
-    ASSERT_TRUE(suite);
+    const auto suite = std::make_shared<desktop::NotificationSuite>(memory.platform()->preferences, "com.example.shop");
     const auto restart = [&] {
         FreedesktopUserNotifications::Parts parts;
         parts.suite = suite;
@@ -307,6 +306,7 @@ TEST_F(FreedesktopUserNotificationsTest, TheNumberAndTheCategoriesOutliveTheProc
                 ElementsAre(std::pair("default", "Open"), std::pair("button1", "Track")));
 
     center->setBadgeCount(0);
+    settle();
     EXPECT_EQ(suite->badge(), 0);
     for (std::size_t i = 0; i <= desktop::NotificationSuite::maximumCategories; ++i) {
         suite->addCategory({std::to_string(i), {}});
