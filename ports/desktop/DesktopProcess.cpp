@@ -53,7 +53,7 @@ std::shared_ptr<FreedesktopUserNotifications> makeNotifications(std::shared_ptr<
     };
     if (names && names->app == program->identifier()) {
         parts.notificationService = names->notificationService;
-        parts.suite = std::make_shared<NotificationSuite>(system.preferences, names->app);
+        parts.suite = std::make_shared<NotificationSuite>(system.preferences, names->app, NotificationSuite::Side::app);
     }
     parts.isInFront = std::move(isInFront);
     return FreedesktopUserNotifications::make(std::move(parts));

@@ -109,7 +109,7 @@ void Distributors::add(const std::string& distributor, const Request& request,
                                             {"description", request.description},
                                             {"vapid", request.vapid}}),
                                 "(a{sv})");
-    call.mayBeUnknown = true;
+    call.expected = SessionBus::Expected::unknownMethod;
     bus_.call(std::move(call), [this, distributor, request, done = std::move(done)](const Result<Variant>& answer) {
         if (!answer) {
             return done(answer.error());

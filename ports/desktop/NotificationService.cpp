@@ -86,7 +86,8 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
          .diskQueue = platform->queues->make("zentavo.attachments", platform::QueueKind::serial),
          .attachmentFiles = platform->attachmentFiles,
          .app = app,
-         .suite = std::make_shared<NotificationSuite>(platform->preferences, names->app),
+         .suite = std::make_shared<NotificationSuite>(platform->preferences, names->app,
+                                                      NotificationSuite::Side::notificationService),
          // The app knows whether it is in front, and is asked each time.
          .isInFront = [] { return true; },
          .expand =

@@ -211,20 +211,24 @@ private:
         if (left.count() > 0) {
             return watch(left);
         }
-        if (pushes_.busy() || (handlers_.busy && handlers_.busy())) {
+        if (busy()) {
             return watch(quiet);
         }
         watching_ = true;
         platform_->userInterface()->userNotifications->delivered(
             [self = shared_from_this()](const std::vector<platform::Notification>& delivered) {
-                self->post([shows = !delivered.empty()](State& state) { state.looked(shows); });
+                // The delegate has heard by then of what the user did last.
+                self->platform_->userInterface()->mainQueue->async(
+                    [self, shows = !delivered.empty()] { self->post([shows](State& state) { state.looked(shows); }); });
             });
     }
 
+    bool busy() const { return pushes_.busy() || (handlers_.busy && handlers_.busy()); }
+
     void looked(bool shows) {
         watching_ = false;
-        // A call may have come meanwhile.
-        if (shows || pushes_.busy() || platform_->clock->steady() - lastActivity_ < quiet) {
+        // A call may have come meanwhile, or a click.
+        if (shows || busy() || platform_->clock->steady() - lastActivity_ < quiet) {
             return watch(quiet);
         }
         leave();

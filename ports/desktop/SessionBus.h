@@ -28,6 +28,9 @@ public:
 
     static constexpr std::chrono::milliseconds usualTimeout{10'000};
 
+    /// That the other side lacks the interface or the method, or that it refuses the arguments.
+    enum class Expected { nothing, unknownMethod, refusedArguments };
+
     struct Call {
         std::string destination;
         std::string path;
@@ -39,8 +42,8 @@ public:
         const char* answerType = "()";
         /// Whether the bus may start a program for `destination`.
         bool mayStart = true;
-        /// Whether the other side may lack the interface or the method: the answer is then a null value, and no error.
-        bool mayBeUnknown = false;
+        /// An error of the other side that is none to the caller: the answer is then a null value.
+        Expected expected = Expected::nothing;
         std::chrono::milliseconds timeout = usualTimeout;
     };
 
