@@ -84,7 +84,9 @@ private:
     void named(bool ours, const PushJournal::Left& left) {
         takeUp(left);
         if (ours) {
-            hadName_ = true;
+            if (!std::exchange(hadName_, true) && handlers_.alone) {
+                queue_->after(settling, handlers_.alone);
+            }
         } else if (!leaving_) {
             // Another process has it and does our work, or there is no bus.
             leaving_ = true;

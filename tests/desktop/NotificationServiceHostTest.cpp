@@ -49,6 +49,7 @@ protected:
             [] { return std::make_shared<Exclaiming>(); },
             {.respond = [this](const platform::NotificationResponse& response) { responses.put(response); },
              .busy = [this] { return busy; },
+             .alone = [this] { alone.put(true); },
              .ended = [this](bool name) { ended.put(name); }});
         host->start();
         const auto there = std::make_shared<Awaited<bool>>();
@@ -103,6 +104,7 @@ protected:
     std::unique_ptr<FakeApp> app = std::make_unique<FakeApp>(bus.address());
     Awaited<platform::NotificationResponse> responses;
     Awaited<bool> ended;
+    Awaited<bool> alone;
     bool busy = false;
     std::unique_ptr<desktop::SessionBus> client;
     std::shared_ptr<NotificationServiceHost> host;
@@ -238,6 +240,17 @@ TEST_F(NotificationServiceHostTest, WhatAProcessWasKilledOverTheNextOneShows) {
     EXPECT_THAT(bodies(), ElementsAre("one!", "two"));
 }
 
+TEST_F(NotificationServiceHostTest, ItSaysWhenNoProcessBeforeItIsAtWorkAnyMore) {
+    registered();
+    settle();
+    memory.queues->advance(29s);
+    EXPECT_TRUE(alone.empty());
+    memory.queues->advance(1s);
+    EXPECT_TRUE(alone.next());
+    memory.queues->advance(30s);
+    EXPECT_TRUE(alone.empty()); // once
+}
+
 TEST_F(NotificationServiceHostTest, ASignalEndsItWithWhatIsUnderWay) {
     const std::string token = registered();
     distributor.message(1, service, token, R"({"aps":{"alert":"one","mutable-content":1}})");
@@ -256,7 +269,10 @@ TEST_F(NotificationServiceHostTest, WithoutABusOrWhereAnotherHasTheNameItEndsAtO
         const auto second = NotificationServiceHost::make(
             memory.platform(), other,
             {{"com.example.shop", service, "com.example.shop.NotificationContent"}, "Shop", ""}, {},
-            {.respond = {}, .busy = {}, .ended = [&over](bool name) { over.put(name); }});
+            {.respond = {},
+             .busy = {},
+             .alone = [&over] { over.put(true); },
+             .ended = [&over](bool name) { over.put(name); }});
         second->start();
         settleUntil([&] { return !over.empty(); });
         EXPECT_FALSE(over.next());
