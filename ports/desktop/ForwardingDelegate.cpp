@@ -5,6 +5,7 @@
 
 #include "ports/desktop/AppInterfaces.h"
 #include "ports/desktop/DelegateDoor.h"
+#include "ports/desktop/MessageBody.h"
 #include "ports/desktop/NotificationCodec.h"
 
 namespace zentavo::desktop {
@@ -49,11 +50,7 @@ void ForwardingDelegate::userNotificationCenter(platform::UserNotifications&, co
     question.mayStart = false;
     question.timeout = presentationTimeout;
     bus_->call(std::move(question), [completion = std::move(withCompletionHandler)](const Result<Variant>& answer) {
-        guint32 options = presentEverything;
-        if (answer) {
-            g_variant_get(answer->get(), "(u)", &options);
-        }
-        completion(options & presentEverything);
+        completion(answer ? body::number(*answer) & presentEverything : presentEverything);
     });
 }
 

@@ -333,18 +333,22 @@ void SessionBus::listen(std::string sender, std::string path, std::string interf
 }
 
 void SessionBus::watch(std::string name, PresenceHandler handler) {
+    watchOwner(std::move(name), [handler = std::move(handler)](const std::string& owner) { handler(!owner.empty()); });
+}
+
+void SessionBus::watchOwner(std::string name, OwnerHandler handler) {
     run([core = core_.get(), name = std::move(name), handler = std::move(handler)]() mutable {
         GDBusConnection* connection = core->connection();
         if (connection == nullptr) {
-            return handler(false);
+            return handler("");
         }
         const guint id = g_bus_watch_name_on_connection(
             connection, name.c_str(), G_BUS_NAME_WATCHER_FLAGS_NONE,
-            [](GDBusConnection*, const char*, const char*, gpointer data) {
-                (*static_cast<PresenceHandler*>(data))(true);
+            [](GDBusConnection*, const char*, const char* owner, gpointer data) {
+                (*static_cast<OwnerHandler*>(data))(owner);
             },
-            [](GDBusConnection*, const char*, gpointer data) { (*static_cast<PresenceHandler*>(data))(false); },
-            new PresenceHandler(std::move(handler)), drop<PresenceHandler>);
+            [](GDBusConnection*, const char*, gpointer data) { (*static_cast<OwnerHandler*>(data))(""); },
+            new OwnerHandler(std::move(handler)), drop<OwnerHandler>);
         core->keep([id] { g_bus_unwatch_name(id); });
     });
 }
@@ -367,8 +371,16 @@ void SessionBus::own(std::string name, PresenceHandler handler) {
     });
 }
 
-void SessionBus::disown(std::string name) {
+void SessionBus::disown(std::string name, Block left) {
     run([core = core_.get(), name = std::move(name)] { core->disown(name); });
+    // Any question will do: the bus answers after what it has sent us already.
+    call({.destination = "org.freedesktop.DBus",
+          .path = "/org/freedesktop/DBus",
+          .interface = "org.freedesktop.DBus",
+          .method = "GetId",
+          .parameters = {},
+          .answerType = "(s)"},
+         [left = std::move(left)](const Result<Variant>&) { left(); });
 }
 
 void SessionBus::serve(std::string path, const char* interfaces, MethodHandler handler) {
