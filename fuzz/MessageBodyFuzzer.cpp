@@ -68,7 +68,7 @@ void readTexts(const Variant& arguments) {
 }
 
 void readSignal(const Variant& signal) {
-    const auto invoked = desktop::NotificationServer::readInvoked(signal);
+    const auto invoked = desktop::NotificationServer::readText(signal);
     const auto closed = desktop::NotificationServer::readClosed(signal);
     check(!invoked || !closed, "a signal is one of the two");
     if (invoked) {

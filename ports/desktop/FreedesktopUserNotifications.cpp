@@ -24,6 +24,7 @@ auto FreedesktopUserNotifications::weakly(void (FreedesktopUserNotifications::*m
 std::shared_ptr<FreedesktopUserNotifications> FreedesktopUserNotifications::make(Parts parts) {
     const std::shared_ptr<FreedesktopUserNotifications> made(new FreedesktopUserNotifications(std::move(parts)));
     made->server_->listen({made->weakly(&FreedesktopUserNotifications::invoked),
+                           made->weakly(&FreedesktopUserNotifications::activationToken),
                            made->weakly(&FreedesktopUserNotifications::closed),
                            made->weakly(&FreedesktopUserNotifications::gone)});
     // Launchers forget the number with the process that said it. Not here: the suite is opened for it.
@@ -294,11 +295,18 @@ void FreedesktopUserNotifications::invoked(std::uint32_t id, const std::string& 
             [self = shared_from_this(), notification = shown->notification] { self->parts_.expand(notification); });
         return;
     }
-    platform::NotificationResponse response{shown->notification, action->identifier};
+    platform::NotificationResponse response{shown->notification, action->identifier, shown->activationToken};
     // Most services take it away by themselves, and say so; nobody listens to that any more.
     server_->close(id);
     forget(shown);
     answered(std::move(response));
+}
+
+void FreedesktopUserNotifications::activationToken(std::uint32_t id, const std::string& token) {
+    const auto shown = find(id);
+    if (shown != shown_.end() && token.size() <= maximumTokenBytes) {
+        shown->activationToken = token;
+    }
 }
 
 void FreedesktopUserNotifications::closed(std::uint32_t id, std::uint32_t reason) {
@@ -322,6 +330,10 @@ void FreedesktopUserNotifications::answered(platform::NotificationResponse respo
     answered_.push_back(identifier);
     if (answered_.size() > maximumAnswered) {
         answered_.pop_front();
+    }
+    if (parts_.comeToFront && response.actionIdentifier == platform::defaultActionIdentifier) {
+        door_.onMain(
+            [self = shared_from_this(), token = response.activationToken] { self->parts_.comeToFront(token); });
     }
     door_.tell(shared_from_this(), std::move(response));
 }

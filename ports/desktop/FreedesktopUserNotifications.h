@@ -35,6 +35,8 @@ public:
     /// Of more that are up, the oldest are taken away; of more that wait to be shown, the newest are refused.
     static constexpr std::size_t maximumShown = 128;
     static constexpr std::size_t maximumPending = 128;
+    /// Longer tokens are none.
+    static constexpr std::size_t maximumTokenBytes = 1'024;
     /// Of so many that the user has answered, a second answer from elsewhere changes nothing.
     static constexpr std::size_t maximumAnswered = 32;
     /// How long a delegate may think; then everything is shown.
@@ -54,6 +56,8 @@ public:
         std::shared_ptr<NotificationSuite> suite = {};
         /// Whether the delegate is asked how to show a notification: the app is in front. On the main queue.
         std::function<bool()> isInFront = {};
+        /// The user has opened a notification, and wants to see the app. On the main queue, before the delegate is told.
+        std::function<void(const std::string& activationToken)> comeToFront = {};
         /// The user wants to see all of a rich notification. On the main queue. Without it there is no button for it.
         std::function<void(platform::Notification)> expand = {};
         /// Whether that could be done now; without it, always. On the bus's thread.
@@ -93,7 +97,8 @@ private:
         std::uint32_t id = 0; ///< the service's
         platform::Notification notification;
         std::vector<DesktopAction> actions;
-        bool expanded = false; ///< the user sees it elsewhere: its end here is no answer
+        bool expanded = false;            ///< the user sees it elsewhere: its end here is no answer
+        std::string activationToken = {}; ///< of the click that comes next
     };
 
     explicit FreedesktopUserNotifications(Parts parts);
@@ -111,6 +116,7 @@ private:
     void finish(std::optional<std::string> error);
 
     void invoked(std::uint32_t id, const std::string& key);
+    void activationToken(std::uint32_t id, const std::string& token);
     void closed(std::uint32_t id, std::uint32_t reason);
     /// The delegate is told once of each that was shown.
     void answered(platform::NotificationResponse response);

@@ -39,12 +39,16 @@ void NotificationServer::listen(Events events) {
             }
         }
     });
-    bus_->listen(serverName, serverPath, serverName, "ActionInvoked",
-                 [invoked = std::move(events.invoked)](const std::string&, const Variant& parameters) {
-                     if (const auto signal = readInvoked(parameters)) {
-                         invoked(signal->id, signal->key);
-                     }
-                 });
+    const auto listenForText = [this](const char* signal, auto handler) {
+        bus_->listen(serverName, serverPath, serverName, signal,
+                     [handler = std::move(handler)](const std::string&, const Variant& parameters) {
+                         if (const auto said = readText(parameters)) {
+                             handler(said->id, said->text);
+                         }
+                     });
+    };
+    listenForText("ActivationToken", std::move(events.activationToken));
+    listenForText("ActionInvoked", std::move(events.invoked));
     bus_->listen(serverName, serverPath, serverName, "NotificationClosed",
                  [closed = std::move(events.closed)](const std::string&, const Variant& parameters) {
                      if (const auto signal = readClosed(parameters)) {
@@ -53,11 +57,11 @@ void NotificationServer::listen(Events events) {
                  });
 }
 
-std::optional<NotificationServer::Invoked> NotificationServer::readInvoked(const Variant& signal) {
+std::optional<NotificationServer::Text> NotificationServer::readText(const Variant& signal) {
     if (g_variant_is_of_type(signal.get(), G_VARIANT_TYPE("(us)")) == FALSE) {
         return std::nullopt;
     }
-    return Invoked{body::number(signal, 0), body::text(signal, 1)};
+    return Text{body::number(signal, 0), body::text(signal, 1)};
 }
 
 std::optional<NotificationServer::Closed> NotificationServer::readClosed(const Variant& signal) {

@@ -52,7 +52,7 @@ class AppEndpointTest : public DesktopTest {
 protected:
     std::unique_ptr<DesktopProcess> start() {
         auto made = std::make_unique<DesktopProcess>(session, remote, *memory.platform(), memory.queues->mainQueue(),
-                                                     [this] { return inFront; });
+                                                     desktop::AppWindows{[this] { return inFront; }});
         settle();
         return made;
     }

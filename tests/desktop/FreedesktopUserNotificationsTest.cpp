@@ -166,6 +166,32 @@ TEST_F(FreedesktopUserNotificationsTest, ShowsAllOfARichOneWithoutEndingIt) {
     EXPECT_THAT(delegate->told, ElementsAre("rich: zentavo.notification.default"));
 }
 
+TEST_F(FreedesktopUserNotificationsTest, OneThatIsOpenedBringsTheAppToTheFront) {
+    std::vector<std::string> tokens;
+    FreedesktopUserNotifications::Parts parts;
+    parts.comeToFront = [&](const std::string& token) {
+        tokens.push_back(token + "/" + std::to_string(delegate->told.size()));
+    };
+    makeCenter(std::move(parts));
+    const std::string tooLong(FreedesktopUserNotifications::maximumTokenBytes + 1, 'x');
+    for (const std::string& token : {std::string("a"), std::string(), tooLong, std::string("put away")}) {
+        EXPECT_EQ(add(request(token)), std::nullopt);
+        const std::uint32_t id = server->shown().back().id;
+        if (!token.empty()) {
+            server->emit("ActivationToken", desktop::Variant::share(g_variant_new("(us)", id, token.c_str())));
+        }
+        if (token == "put away") {
+            server->close(id, desktop::NotificationServer::dismissedByUser);
+        } else {
+            server->press(id, "default");
+        }
+    }
+    settleSignals();
+    center->respond({{request("of the service")}, platform::defaultActionIdentifier, "b"});
+    ASSERT_TRUE(until([&] { return delegate->told.size() == 5; }));
+    EXPECT_THAT(tokens, ElementsAre("a/0", "/1", "/2", "b/4"));
+}
+
 TEST_F(FreedesktopUserNotificationsTest, InFrontTheDelegateDecidesHowItIsShown) {
     bool inFront = false;
     FreedesktopUserNotifications::Parts parts;
