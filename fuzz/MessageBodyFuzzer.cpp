@@ -72,7 +72,7 @@ void readSignal(const Variant& signal) {
     const auto closed = desktop::NotificationServer::readClosed(signal);
     check(!invoked || !closed, "a signal is one of the two");
     if (invoked) {
-        checkText(invoked->key);
+        checkText(invoked->text);
     }
 }
 
