@@ -20,6 +20,8 @@ public:
         /// The user pressed the button `key` of the notification `id`.
         std::function<void(std::uint32_t id, const std::string& key)> invoked;
         std::function<void(std::uint32_t id, std::uint32_t reason)> closed;
+        /// The service is there. `server` names its process among all that there are and were, also on other buses.
+        std::function<void(const std::string& server)> came;
         /// The service is not there (any more), and nothing that it showed is.
         std::function<void()> gone;
     };
@@ -53,6 +55,7 @@ public:
 
 private:
     const std::shared_ptr<SessionBus> bus_;
+    std::string busId_; ///< empty until the bus has said it
     std::optional<ServerCapabilities> capabilities_;
 };
 
