@@ -26,6 +26,7 @@ std::shared_ptr<FreedesktopUserNotifications> FreedesktopUserNotifications::make
     made->server_->listen({made->weakly(&FreedesktopUserNotifications::invoked),
                            made->weakly(&FreedesktopUserNotifications::activationToken),
                            made->weakly(&FreedesktopUserNotifications::closed),
+                           made->weakly(&FreedesktopUserNotifications::came),
                            made->weakly(&FreedesktopUserNotifications::gone)});
     // Launchers forget the number with the process that said it. Not here: the suite is opened for it.
     if (made->parts_.suite) {
@@ -211,11 +212,13 @@ void FreedesktopUserNotifications::show(std::uint32_t options, const ServerCapab
 void FreedesktopUserNotifications::shown(std::uint32_t id, std::vector<DesktopAction> actions) {
     const platform::Notification& notification = pending_.front().notification;
     if (const auto earlier = find(notification.request.identifier); earlier != shown_.end()) {
-        removeFiles(earlier->notification, &notification);
-        shown_.erase(earlier);
+        forget(earlier, &notification);
     }
     std::erase(answered_, notification.request.identifier); // another one that is called the same
-    shown_.push_back({id, notification, std::move(actions)});
+    shown_.push_back({{id, notification, std::move(actions)}});
+    if (parts_.kept && !serverProcess_.empty()) {
+        parts_.kept->add(serverProcess_, shown_.back());
+    }
     if (pending_.front().cancelled || shown_.size() > maximumShown) {
         const auto unwanted = pending_.front().cancelled ? shown_.end() - 1 : shown_.begin();
         server_->close(unwanted->id);
@@ -256,9 +259,23 @@ void FreedesktopUserNotifications::deliveredHere(std::function<void(std::vector<
     parts_.bus->run([self = shared_from_this(), completion = std::move(completion)] {
         std::vector<platform::Notification> notifications;
         for (const Shown& shown : self->shown_) {
-            notifications.push_back(shown.notification);
+            if (!shown.earlier) {
+                notifications.push_back(shown.notification);
+            }
         }
         completion(std::move(notifications));
+    });
+}
+
+void FreedesktopUserNotifications::files(std::function<void(std::set<std::string> paths)> completion) {
+    parts_.bus->run([self = shared_from_this(), completion = std::move(completion)] {
+        std::set<std::string> paths;
+        for (const Shown& shown : self->shown_) {
+            for (const auto& attachment : shown.notification.request.content.attachments) {
+                paths.insert(attachment.path);
+            }
+        }
+        completion(std::move(paths));
     });
 }
 
@@ -338,7 +355,22 @@ void FreedesktopUserNotifications::answered(platform::NotificationResponse respo
     door_.tell(shared_from_this(), std::move(response));
 }
 
+void FreedesktopUserNotifications::came(const std::string& server) {
+    serverProcess_ = server;
+    if (!parts_.kept) {
+        return;
+    }
+    auto left = parts_.kept->takeUp(server);
+    for (const platform::Notification& notification : left.gone) {
+        removeFiles(notification);
+    }
+    for (auto& each : left.up) {
+        shown_.push_back({std::move(each), false, true});
+    }
+}
+
 void FreedesktopUserNotifications::gone() {
+    serverProcess_.clear();
     while (!shown_.empty()) {
         forget(shown_.begin());
     }
@@ -354,8 +386,11 @@ FreedesktopUserNotifications::find(const std::string& identifier) {
                         [&](const Shown& each) { return each.notification.request.identifier == identifier; });
 }
 
-void FreedesktopUserNotifications::forget(std::vector<Shown>::iterator shown) {
-    removeFiles(shown->notification);
+void FreedesktopUserNotifications::forget(std::vector<Shown>::iterator shown, const platform::Notification* successor) {
+    removeFiles(shown->notification, successor);
+    if (parts_.kept) {
+        parts_.kept->remove(shown->id);
+    }
     shown_.erase(shown);
 }
 

@@ -31,14 +31,20 @@ bool contains(const Variant& names, std::string_view wanted) {
 
 void NotificationServer::listen(Events events) {
     const std::weak_ptr<NotificationServer> weak = weak_from_this();
-    bus_->watch(serverName, [weak, gone = std::move(events.gone)](bool present) {
-        if (const auto self = weak.lock()) {
-            self->capabilities_.reset();
-            if (!present) {
-                gone();
-            }
+    // Answered before the owner is told: a connection's own name is told apart from those of an earlier bus by this.
+    bus_->call(busCall("GetId", {}, "(s)"), [weak](const Result<Variant>& id) {
+        const auto self = weak.lock();
+        if (self && id) {
+            self->busId_ = body::text(*id);
         }
     });
+    bus_->watchOwner(serverName,
+                     [weak, came = std::move(events.came), gone = std::move(events.gone)](const std::string& owner) {
+                         if (const auto self = weak.lock()) {
+                             self->capabilities_.reset();
+                             owner.empty() ? gone() : came(self->busId_ + owner);
+                         }
+                     });
     const auto listenForText = [this](const char* signal, auto handler) {
         bus_->listen(serverName, serverPath, serverName, signal,
                      [handler = std::move(handler)](const std::string&, const Variant& parameters) {

@@ -22,6 +22,8 @@ public:
         /// Comes before that, where the service knows such tokens: a window shows it to come to the front.
         std::function<void(std::uint32_t id, const std::string& token)> activationToken;
         std::function<void(std::uint32_t id, std::uint32_t reason)> closed;
+        /// The service is there. `server` names its process among all that there are and were, also on other buses.
+        std::function<void(const std::string& server)> came;
         /// The service is not there (any more), and nothing that it showed is.
         std::function<void()> gone;
     };
@@ -56,6 +58,7 @@ public:
 
 private:
     const std::shared_ptr<SessionBus> bus_;
+    std::string busId_; ///< empty until the bus has said it
     std::optional<ServerCapabilities> capabilities_;
 };
 

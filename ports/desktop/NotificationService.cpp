@@ -65,16 +65,6 @@ std::shared_ptr<const platform::Bundle> appBundle(platform::Bundles& bundles, co
     return bundles.main();
 }
 
-std::set<std::string> filesOf(const std::vector<platform::Notification>& notifications) {
-    std::set<std::string> paths;
-    for (const auto& notification : notifications) {
-        for (const auto& attachment : notification.request.content.attachments) {
-            paths.insert(attachment.path);
-        }
-    }
-    return paths;
-}
-
 } // namespace
 
 int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
@@ -104,6 +94,7 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
          .app = app,
          .suite = std::make_shared<NotificationSuite>(platform->preferences, names->app,
                                                       NotificationSuite::Side::notificationService),
+         .kept = std::make_shared<ShownNotifications>(platform->preferences, disk),
          // The app knows whether it is in front, and is asked each time.
          .isInFront = [] { return true; },
          .expand =
@@ -149,8 +140,8 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
          .alone =
              [weak = std::weak_ptr(centre), ledger, disk] {
                  if (const auto shows = weak.lock()) {
-                     shows->deliveredHere([ledger, disk](const std::vector<platform::Notification>& shown) {
-                         disk->async([ledger, kept = filesOf(shown)] { ledger->sweep(kept); });
+                     shows->files([ledger, disk](const std::set<std::string>& inUse) {
+                         disk->async([ledger, inUse] { ledger->sweep(inUse); });
                      });
                  }
              },

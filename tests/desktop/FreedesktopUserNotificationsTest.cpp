@@ -4,7 +4,7 @@
 
 #include <atomic>
 
-#include "tests/desktop/DesktopTest.h"
+#include "tests/desktop/NotificationCentreTest.h"
 
 namespace zentavo::tests {
 namespace {
@@ -17,60 +17,7 @@ using ::testing::IsEmpty;
 using ::testing::Optional;
 using ::testing::SizeIs;
 
-class FreedesktopUserNotificationsTest : public DesktopTest {
-protected:
-    FreedesktopUserNotificationsTest() { makeCenter({}); }
-
-    void makeCenter(FreedesktopUserNotifications::Parts parts) {
-        parts.bus = session;
-        parts.mainQueue = memory.queues->mainQueue();
-        parts.diskQueue = memory.queues->make("disk", platform::QueueKind::serial);
-        parts.attachmentFiles = memory.attachmentFiles;
-        parts.app = {"Shop", "com.example.shop"};
-        center = FreedesktopUserNotifications::make(std::move(parts));
-        delegate = std::make_shared<RecordingDelegate>();
-        center->setDelegate(delegate);
-    }
-
-    std::optional<std::string> add(platform::NotificationRequest what) {
-        return DesktopTest::add(*center, std::move(what));
-    }
-    std::vector<std::string> delivered() {
-        Seen<std::vector<platform::Notification>> answers;
-        center->delivered([&](auto notifications) { answers.add(std::move(notifications)); });
-        EXPECT_TRUE(until([&] { return answers.count() == 1; }));
-        std::vector<std::string> identifiers;
-        const auto all = answers.all().at(0);
-        for (const auto& notification : all) {
-            identifiers.push_back(notification.request.identifier);
-        }
-        return identifiers;
-    }
-    std::uint32_t idOf(std::size_t position) { return server->shown().at(position).id; }
-    /// What the service has said so far has arrived.
-    void settleSignals() {
-        // Its own connection keeps the order, and so does ours.
-        EXPECT_TRUE(ask({"org.freedesktop.Notifications",
-                         "/org/freedesktop/Notifications",
-                         "org.freedesktop.Notifications",
-                         "GetCapabilities",
-                         {},
-                         "(as)"}));
-        settle();
-    }
-    platform::NotificationRequest withFile(const std::string& identifier, const std::string& path) {
-        auto made = request(identifier);
-        made.content.attachments = {{"image", path}};
-        return made;
-    }
-    std::string file(const std::string& folder) {
-        return memory.attachmentFiles->write(folder, "image.jpg", "picture").value();
-    }
-
-    std::optional<FakeNotificationServer> server{bus.address()};
-    std::shared_ptr<FreedesktopUserNotifications> center;
-    std::shared_ptr<RecordingDelegate> delegate;
-};
+using FreedesktopUserNotificationsTest = NotificationCentreTest;
 
 TEST_F(FreedesktopUserNotificationsTest, ShowsInTheOrderInWhichTheyWereAdded) {
     server->hold();
