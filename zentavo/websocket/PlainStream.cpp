@@ -9,10 +9,9 @@ namespace zentavo::websocket {
 PlainStream::PlainStream(asio::ip::tcp::socket socket) : Stream(std::move(socket)) {}
 
 void PlainStream::read(std::span<char> into, std::shared_ptr<StreamEvents> events) {
-    socket_.async_read_some(asio::buffer(into.data(), into.size()),
-                            [events = std::move(events)](const asio::error_code& error, std::size_t size) {
-                                events->onRead(error, size);
-                            });
+    socket_.async_read_some(
+        asio::buffer(into.data(), into.size()),
+        [events = std::move(events)](const asio::error_code& error, std::size_t size) { events->onRead(error, size); });
 }
 
 void PlainStream::write(std::string_view bytes, std::shared_ptr<StreamEvents> events) {

@@ -87,8 +87,7 @@ TLSEngine::Step TLSEngine::read(std::span<char> into, std::size_t& size) {
     while (!error_ && size < into.size()) {
         std::size_t more = 0;
         library_.ERR_clear_error();
-        const auto step =
-            outcome(library_.SSL_read_ex(handle_.get(), into.data() + size, into.size() - size, &more));
+        const auto step = outcome(library_.SSL_read_ex(handle_.get(), into.data() + size, into.size() - size, &more));
         if (step != Step::done) {
             return size != 0 ? Step::done : step; // what comes next says it again
         }

@@ -44,7 +44,7 @@ private:
 
     const OpenSslLibrary& library_;
     const std::unique_ptr<SSL, decltype(&SSL_free)> handle_;
-    BIO* const input_;  ///< `handle_` owns these
+    BIO* const input_; ///< `handle_` owns these
     BIO* const output_;
     asio::error_code error_;
 };
