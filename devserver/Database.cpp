@@ -15,7 +15,7 @@ constexpr int longestWait = 2'000; // milliseconds
 void Database::Closer::operator()(sqlite3* connection) const noexcept { sqlite3_close_v2(connection); }
 void Statement::Finalizer::operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
 
-Result<std::unique_ptr<Database>> Database::open(const std::string& path) {
+Result<std::unique_ptr<Database>> Database::open(const std::string& path, const char* schema) {
     std::unique_ptr<Database> database(new Database);
     sqlite3* connection = nullptr;
     const int code = sqlite3_open_v2(path.empty() ? ":memory:" : path.c_str(), &connection,
@@ -26,6 +26,11 @@ Result<std::unique_ptr<Database>> Database::open(const std::string& path) {
     }
     // Two stores may share a file.
     sqlite3_busy_timeout(connection, longestWait);
+    try {
+        database->execute(schema);
+    } catch (const std::runtime_error& error) {
+        return Error{"the database " + path + " cannot be used: " + error.what()};
+    }
     return database;
 }
 

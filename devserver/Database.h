@@ -50,8 +50,9 @@ private:
 /// `std::runtime_error`, which costs one request; text is handed over as parameters only, never as SQL.
 class Database {
 public:
-    /// An empty path means memory.
-    static Result<std::unique_ptr<Database>> open(const std::string& path);
+    /// An empty path means memory. `schema` makes the tables that are not there yet;
+    /// another store that has the file is waited for.
+    static Result<std::unique_ptr<Database>> open(const std::string& path, const char* schema);
 
     void execute(const char* sql);
     /// Runs `body` as one transaction; it is undone when `body` throws.

@@ -29,14 +29,9 @@ std::string newId() {
 } // namespace
 
 Result<std::unique_ptr<EndpointStore>> EndpointStore::open(const std::string& path) {
-    auto database = Database::open(path);
+    auto database = Database::open(path, schema);
     if (!database) {
         return database.error();
-    }
-    try {
-        (*database)->execute(schema);
-    } catch (const std::runtime_error& error) {
-        return Error{"the database of push registrations " + path + " cannot be used: " + error.what()};
     }
     return std::unique_ptr<EndpointStore>(new EndpointStore(*std::move(database)));
 }

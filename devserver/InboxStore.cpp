@@ -49,14 +49,9 @@ std::string written(const Value& value) {
 } // namespace
 
 Result<std::unique_ptr<InboxStore>> InboxStore::open(const std::string& path) {
-    auto database = Database::open(path);
+    auto database = Database::open(path, schema);
     if (!database) {
         return database.error();
-    }
-    try {
-        (*database)->execute(schema);
-    } catch (const std::runtime_error& error) {
-        return Error{"the inbox's database " + path + " cannot be used: " + error.what()};
     }
     return std::unique_ptr<InboxStore>(new InboxStore(*std::move(database)));
 }

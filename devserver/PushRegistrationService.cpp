@@ -53,13 +53,13 @@ Result<std::shared_ptr<PushRegistrationService>> PushRegistrationService::open(c
     if (path.empty()) {
         return service;
     }
-    auto database = Database::open(path);
+    auto database =
+        Database::open(path, "CREATE TABLE IF NOT EXISTS devices(uid TEXT PRIMARY KEY, device TEXT NOT NULL)");
     if (!database) {
         return database.error();
     }
     MutexLock lock(service->mutex_);
     try {
-        (*database)->execute("CREATE TABLE IF NOT EXISTS devices(uid TEXT PRIMARY KEY, device TEXT NOT NULL)");
         Statement row(**database, "SELECT uid, device FROM devices");
         while (row.step()) {
             const auto device = json::readMap(row.text(1));
@@ -68,7 +68,7 @@ Result<std::shared_ptr<PushRegistrationService>> PushRegistrationService::open(c
             }
         }
     } catch (const std::runtime_error& error) {
-        return Error{"the database of devices " + path + " cannot be used: " + error.what()};
+        return Error{"the devices in " + path + " cannot be read: " + error.what()};
     }
     service->database_ = *std::move(database);
     return service;

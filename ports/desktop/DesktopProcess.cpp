@@ -53,7 +53,7 @@ std::shared_ptr<FreedesktopUserNotifications> makeNotifications(std::shared_ptr<
     };
     if (names && names->app == program->identifier()) {
         parts.notificationService = names->notificationService;
-        parts.suite = std::make_shared<NotificationSuite>(system.preferences, names->app);
+        parts.suite = std::make_shared<NotificationSuite>(system.preferences, names->app, NotificationSuite::Side::app);
     }
     parts.isInFront = std::move(isInFront);
     return FreedesktopUserNotifications::make(std::move(parts));
@@ -70,7 +70,7 @@ DesktopProcess::DesktopProcess(std::shared_ptr<SessionBus> bus, std::shared_ptr<
       service_(bus, names_ ? names_->notificationService : "") {
     remote_->setMainQueue(std::move(mainQueue));
     if (names_) {
-        AppEndpoint::open(*bus, names_->app, notifications_, remote_, log_);
+        AppEndpoint::open(*bus, *names_, notifications_, remote_, log_);
     } else if (!BusNames::of(*system.bundles->main())) {
         log_->write(platform::LogLevel::info, "No pushes, and no clicks that start the app: the program has no bundle "
                                               "identifier that can be a name on the message bus");

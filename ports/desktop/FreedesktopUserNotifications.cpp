@@ -62,14 +62,16 @@ void FreedesktopUserNotifications::requestAuthorization(
 }
 
 void FreedesktopUserNotifications::addCategory(platform::NotificationCategory category) {
-    if (parts_.suite) {
-        parts_.bus->run([suite = parts_.suite, category] { suite->addCategory(category); });
-    }
     MutexLock lock(mutex_);
     const bool known = std::any_of(categories_.begin(), categories_.end(),
                                    [&](const auto& other) { return other.identifier == category.identifier; });
-    if (!known) {
-        categories_.push_back(std::move(category));
+    if (known) {
+        return;
+    }
+    categories_.push_back(category);
+    lock.unlock();
+    if (parts_.suite) {
+        parts_.bus->run([suite = parts_.suite, category = std::move(category)] { suite->addCategory(category); });
     }
 }
 

@@ -1,7 +1,10 @@
 #include "ports/desktop/NotificationServer.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
+
+#include "ports/desktop/MessageBody.h"
 
 namespace zentavo::desktop {
 
@@ -19,16 +22,9 @@ SessionBus::Call busCall(const char* method, Variant parameters, const char* ans
     return {busName, "/org/freedesktop/DBus", busName, method, std::move(parameters), answerType};
 }
 
-bool contains(const Variant& texts, std::string_view wanted) {
-    GVariantIter* each = nullptr;
-    g_variant_get(texts.get(), "(as)", &each);
-    const char* text = nullptr;
-    bool found = false;
-    while (g_variant_iter_next(each, "&s", &text) != FALSE) {
-        found = found || text == wanted;
-    }
-    g_variant_iter_free(each);
-    return found;
+bool contains(const Variant& names, std::string_view wanted) {
+    const auto texts = body::texts(names);
+    return std::find(texts.begin(), texts.end(), wanted) != texts.end();
 }
 
 } // namespace
@@ -43,25 +39,32 @@ void NotificationServer::listen(Events events) {
             }
         }
     });
-    // A signal with other contents is none of the service's.
     bus_->listen(serverName, serverPath, serverName, "ActionInvoked",
                  [invoked = std::move(events.invoked)](const std::string&, const Variant& parameters) {
-                     if (g_variant_is_of_type(parameters.get(), G_VARIANT_TYPE("(us)")) != FALSE) {
-                         guint32 id = 0;
-                         const char* key = nullptr;
-                         g_variant_get(parameters.get(), "(u&s)", &id, &key);
-                         invoked(id, key);
+                     if (const auto signal = readInvoked(parameters)) {
+                         invoked(signal->id, signal->key);
                      }
                  });
     bus_->listen(serverName, serverPath, serverName, "NotificationClosed",
                  [closed = std::move(events.closed)](const std::string&, const Variant& parameters) {
-                     if (g_variant_is_of_type(parameters.get(), G_VARIANT_TYPE("(uu)")) != FALSE) {
-                         guint32 id = 0;
-                         guint32 reason = 0;
-                         g_variant_get(parameters.get(), "(uu)", &id, &reason);
-                         closed(id, reason);
+                     if (const auto signal = readClosed(parameters)) {
+                         closed(signal->id, signal->reason);
                      }
                  });
+}
+
+std::optional<NotificationServer::Invoked> NotificationServer::readInvoked(const Variant& signal) {
+    if (g_variant_is_of_type(signal.get(), G_VARIANT_TYPE("(us)")) == FALSE) {
+        return std::nullopt;
+    }
+    return Invoked{body::number(signal, 0), body::text(signal, 1)};
+}
+
+std::optional<NotificationServer::Closed> NotificationServer::readClosed(const Variant& signal) {
+    if (g_variant_is_of_type(signal.get(), G_VARIANT_TYPE("(uu)")) == FALSE) {
+        return std::nullopt;
+    }
+    return Closed{body::number(signal, 0), body::number(signal, 1)};
 }
 
 void NotificationServer::available(std::function<void(Result<bool>)> answer) {
@@ -101,9 +104,7 @@ void NotificationServer::show(const Variant& arguments, std::function<void(Resul
         if (!id) {
             return answer(id.error());
         }
-        guint32 number = 0;
-        g_variant_get(id->get(), "(u)", &number);
-        answer(number);
+        answer(body::number(*id));
     });
 }
 

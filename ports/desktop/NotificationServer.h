@@ -38,6 +38,19 @@ public:
     void show(const Variant& arguments, std::function<void(Result<std::uint32_t>)> answer);
     void close(std::uint32_t id);
 
+    struct Invoked {
+        std::uint32_t id = 0;
+        std::string key;
+    };
+    struct Closed {
+        std::uint32_t id = 0;
+        std::uint32_t reason = 0;
+    };
+    /// What the signals ActionInvoked and NotificationClosed say. Nothing declares a signal to us, so it may have any
+    /// contents: others than the service's say nothing.
+    static std::optional<Invoked> readInvoked(const Variant& signal);
+    static std::optional<Closed> readClosed(const Variant& signal);
+
 private:
     const std::shared_ptr<SessionBus> bus_;
     std::optional<ServerCapabilities> capabilities_;

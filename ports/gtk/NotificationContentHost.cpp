@@ -8,6 +8,8 @@
 
 #include "ports/desktop/AppInterfaces.h"
 #include "ports/desktop/BusNames.h"
+#include "ports/desktop/Callers.h"
+#include "ports/desktop/MessageBody.h"
 #include "ports/desktop/NotificationCodec.h"
 #include "ports/desktop/SessionBus.h"
 #include "ports/gtk/Attach.h"
@@ -46,15 +48,15 @@ public:
                 }
             });
         };
-        bus_.serve(desktop::content_interface::path, desktop::content_interface::xml, [later](const MethodCall& call) {
-            const char* text = nullptr;
-            g_variant_get(call.parameters().get(), "(&s)", &text);
-            auto notification = desktop::codec::readNotification(text);
+        const auto handler = [later](const MethodCall& call) {
+            auto notification = desktop::codec::readNotification(desktop::body::text(call.parameters()));
             if (!notification) {
                 return call.refuseArguments(notification.error().message);
             }
             later([call, notification = std::move(*notification)](Service& self) { self.show(notification, call); });
-        });
+        };
+        bus_.serve(desktop::content_interface::path, desktop::content_interface::xml,
+                   desktop::Callers::only(bus_, {names_->notificationService}, handler));
         bus_.own(names_->notificationContent, [later](bool owned) {
             later([owned](Service& self) {
                 if (owned) {
@@ -186,21 +188,14 @@ private:
         if (useless_ || std::exchange(leaving_, true)) {
             return;
         }
-        bus_.disown(names_->notificationContent);
-        bus_.call({.destination = "org.freedesktop.DBus",
-                   .path = "/org/freedesktop/DBus",
-                   .interface = "org.freedesktop.DBus",
-                   .method = "GetId",
-                   .parameters = {},
-                   .answerType = "(s)"},
-                  [queue = queue_, weak = weak_from_this()](const Result<Variant>&) {
-                      queue->async([weak] {
-                          if (const auto self = weak.lock()) {
-                              self->left_ = true;
-                              self->over_ = self->over_ || (!self->window_ && self->underWay_ == 0);
-                          }
-                      });
-                  });
+        bus_.disown(names_->notificationContent, [queue = queue_, weak = weak_from_this()] {
+            queue->async([weak] {
+                if (const auto self = weak.lock()) {
+                    self->left_ = true;
+                    self->over_ = self->over_ || (!self->window_ && self->underWay_ == 0);
+                }
+            });
+        });
     }
 
     void cancelIdle() {

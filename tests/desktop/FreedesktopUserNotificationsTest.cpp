@@ -273,18 +273,21 @@ TEST_F(FreedesktopUserNotificationsTest, AServiceThatEndsTakesAlongWhatItShowed)
 }
 
 TEST_F(FreedesktopUserNotificationsTest, TheNumberAndTheCategoriesOutliveTheProcessThatSetThem) {
-    const auto suite = std::make_shared<desktop::NotificationSuite>(memory.platform()->preferences, "com.example.shop");
-    const auto restart = [&] {
+    using Side = desktop::NotificationSuite::Side;
+    std::shared_ptr<desktop::NotificationSuite> suite;
+    const auto restart = [&](Side side) {
+        suite = std::make_shared<desktop::NotificationSuite>(memory.platform()->preferences, "com.example.shop", side);
         FreedesktopUserNotifications::Parts parts;
         parts.suite = suite;
         makeCenter(std::move(parts));
     };
-    restart();
+    restart(Side::app);
     center->setBadgeCount(3);
     center->addCategory({"order", {{"old", "Old"}}});
 
-    restart(); // the app, started anew, and then its service
+    restart(Side::app);
     center->addCategory({"order", {{"track", "Track"}}});
+    center->addCategory({"order", {{"late", "Late"}}});
     center->addCategory({"other", {{"x", "X"}}});
     settle(); // what these have said is over
     Seen<std::string> badges;
@@ -296,7 +299,8 @@ TEST_F(FreedesktopUserNotificationsTest, TheNumberAndTheCategoriesOutliveTheProc
                         g_free(text);
                     });
     settle(launcher);
-    restart();
+    restart(Side::notificationService);
+    center->addCategory({"order", {}});
     EXPECT_TRUE(until([&] { return badges.count() == 1; }));
     EXPECT_THAT(badges.all().at(0), HasSubstr("3"));
     auto order = request("a");
