@@ -288,9 +288,11 @@ TEST_F(PushTemplateTest, DownloadsCompleteInTheOrderOfArrival) {
 
     std::vector<Fault> faults;
     setFaultPolicy(FaultPolicy::contain, [&](const Fault& fault) { faults.push_back(fault); });
-    ZentavoUtiltiy::downloadImagesAndProcess({"http://"}, completion);
+    const auto asked = memory.session->count();
+    ZentavoUtiltiy::downloadImagesAndProcess({"https://media.example/5", "http://"}, completion);
     settle();
     EXPECT_EQ(faults.size(), 1U);
+    EXPECT_EQ(memory.session->count(), asked) << "a fault leaves nothing half done";
 
     const auto wide = std::make_shared<MemoryImage>(platform::Size{900, 300});
     EXPECT_EQ(ZentavoUtiltiy::resizeImageIfNeeded(wide, 300)->size(), (platform::Size{300, 100}));

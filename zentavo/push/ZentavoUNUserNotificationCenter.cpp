@@ -25,22 +25,13 @@ const Map* mapIn(const Map& map, std::string_view key) {
 /// What stands for the lead source of a payload that has none.
 const char* const noLeadSource = "123";
 
-/// What the instance fires tracking URLs with, made now where no click or message has needed it yet.
-std::shared_ptr<BaseOperation> operationOf(Zentavo::State& state) {
-    MutexLock lock(state.mutex);
-    if (!state.baseOperation) {
-        state.baseOperation = std::make_shared<BaseOperation>(std::make_shared<HTTPClient>(state.platform, state.log));
-    }
-    return state.baseOperation;
-}
-
 } // namespace
 
 ZentavoUNUserNotificationCenter::ZentavoUNUserNotificationCenter(std::shared_ptr<Zentavo> instance)
     : sdk_(instance ? std::move(instance) : Zentavo::shared()),
       actionForUrl(
           [system = sdk_->state()->platform](const URL& url) { system->userInterface()->application->open(url); }),
-      baseOperation(operationOf(*sdk_->state())) {}
+      baseOperation(BaseOperation::of(*sdk_->state())) {}
 
 template <class Called>
 Called ZentavoUNUserNotificationCenter::callback(Called ZentavoUNUserNotificationCenter::*which) const {

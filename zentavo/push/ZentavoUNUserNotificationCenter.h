@@ -65,7 +65,7 @@ private:
     Callback actionForDefault ZENTAVO_GUARDED_BY(mutex_);
     CustomCallback actionForCustomDefault ZENTAVO_GUARDED_BY(mutex_);
     PressedCallback _onNotificationReceived ZENTAVO_GUARDED_BY(mutex_);
-    /// Fires the tracking URLs of clicks. It is the instance's own: what counts and repeats failures is one.
+    /// What the instance fires the tracking URLs of clicks with; held, not used, here.
     const std::shared_ptr<BaseOperation> baseOperation;
 };
 
