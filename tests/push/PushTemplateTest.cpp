@@ -20,6 +20,7 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using testing::MemoryImage;
 using testing::ScriptedAnswer;
@@ -149,6 +150,7 @@ TEST_F(PushTemplateTest, ARatingIsStoredAtOnceAndShown) {
     show(SampleTemplate::rating(1'000'000));
     EXPECT_NE(named("rating10"), nullptr);
     EXPECT_EQ(named("rating11"), nullptr);
+    EXPECT_THAT(logged(), Contains(HasSubstr("a scale of 1000000")));
     show(SampleTemplate::rating(-3));
     EXPECT_EQ(named("rating1"), nullptr);
 }
@@ -188,14 +190,41 @@ TEST_F(PushTemplateTest, TheCarouselTurnsItsPagesWhileItIsSeen) {
     EXPECT_EQ(sdk->state()->currentPush, nullptr);
 }
 
+TEST_F(PushTemplateTest, ACarouselFetchesWhatMayBeSeenSoon) {
+    std::vector<std::string> names;
+    for (int i = 1; i <= 25; ++i) {
+        names.push_back("slide" + std::to_string(i));
+    }
+    const auto asked = [&] {
+        std::vector<std::string> paths;
+        for (const auto& request : memory.session->requests()) {
+            paths.emplace_back(request->url.path());
+        }
+        memory.session->clear();
+        return paths;
+    };
+    show(SampleTemplate::slides(names) + R"(, "urlImageString": "https://media.example/coat")");
+    EXPECT_THAT(asked(), ElementsAre("/slide1", "/slide2", "/slide3", "/slide20"))
+        << "the last that is shown comes before the first, and the push's own picture is not shown";
+    EXPECT_THAT(logged(), Contains(HasSubstr("of 25 slides the first 20")));
+    named("slide1")->swipe(platform::Swipe::right);
+    settle();
+    EXPECT_THAT(asked(), ElementsAre("/slide19"));
+    memory.queues->advance(6s);
+    EXPECT_THAT(asked(), ElementsAre("/slide4"));
+    memory.queues->advance(60s);
+    EXPECT_THAT(asked(), ::testing::SizeIs(14)) << "each once";
+}
+
 TEST_F(PushTemplateTest, ATimerDoesNotOutliveItsCarousel) {
     const auto first = show(SampleTemplate::slides({"a", "b"}));
     show(SampleTemplate::slides({"a"}));
     EXPECT_EQ(memory.queues->timers(), 0U) << "one slide turns to no other";
     show(SampleTemplate::slides({"a", "b"}))->close();
     EXPECT_EQ(memory.queues->timers(), 0U);
-    show(SampleTemplate::slides({}));
+    show(SampleTemplate::slides({}) + R"(, "urlImageString": "https://media.example/coat")");
     EXPECT_EQ(named("slide1"), nullptr);
+    EXPECT_TRUE(named("image")->isVisible()) << "the push's own picture stands for slides that are missing";
     // Hebrew turns its pages the other way round.
     const auto shown =
         std::dynamic_pointer_cast<CarouselController>(show(SampleTemplate::slides({"a", "b", "c"}), "מבצע"));

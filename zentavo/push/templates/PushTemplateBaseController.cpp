@@ -170,8 +170,10 @@ bool PushTemplateBaseController::show() {
         stackView->addSubview(label->view);
     }
     build();
-    templateBigImage->load(data.urlImageString.value_or(""),
-                           whileLiving(*this, [](PushTemplateBaseController& self) { self.layOut(); }));
+    if (hasBigImage()) {
+        templateBigImage->load(data.urlImageString.value_or(""),
+                               whileLiving(*this, [](PushTemplateBaseController& self) { self.layOut(); }));
+    }
     view->setOnRemoved(whileLiving(*this, [](PushTemplateBaseController& self) { self.ended(); }));
     changed();
     if (!views().showOverWindow(view)) {

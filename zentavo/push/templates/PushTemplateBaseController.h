@@ -84,6 +84,8 @@ protected:
     virtual void appeared() {}
     virtual void disappeared() {}
 
+    /// Whether the template shows the payload's own picture; otherwise it is not fetched.
+    virtual bool hasBigImage() const { return true; }
     virtual bool textsBesidePicture() const { return false; }
     /// The height of what stands below the texts.
     virtual double extraHeight() const { return 0; }

@@ -31,6 +31,10 @@ RatingController::RatingController(Setup setup) : PushTemplateBaseController(std
 void RatingController::build() {
     view->addSubview(templateBigImage->view());
     const std::string host = facade()->endpoints().mediaHost;
+    if (data.ratingSettings && data.ratingSettings->scale > static_cast<std::int64_t>(layout::mostIcons)) {
+        facade()->log("Push template: of a scale of " + std::to_string(data.ratingSettings->scale) + " the first " +
+                      std::to_string(layout::mostIcons) + " are shown; no higher rating can be chosen");
+    }
     for (std::size_t i = 0; i < scaleOf(data); ++i) {
         Icon icon{views().makeView(), std::make_shared<ZentavoImageView>(views(), loader()),
                   std::make_shared<ZentavoImageView>(views(), loader()), views().makeLabel()};
