@@ -118,6 +118,17 @@ TEST_F(PushTemplateTest, AButtonStoresItsURLAndOpensTheNotification) {
     }
     EXPECT_THAT(memory.application->opened(), IsEmpty());
 
+    // What was tapped counts also where the window is closed before the disk has it.
+    suite()->remove("p1_url_clicked");
+    const int before = context->performed();
+    const auto closed = show(R"("template": "small_image",)" + twoButtons);
+    named("button1")->tap();
+    EXPECT_FALSE(stored("url_clicked")) << "the user's thread does not wait for it";
+    closed->close();
+    settle();
+    EXPECT_EQ(stored("url_clicked"), Value("https://shop.example/buy"));
+    EXPECT_EQ(context->performed(), before + 1);
+
     // No way to open the app: the URL itself is opened. Text that is no URL is stored, and no more.
     context->able = false;
     show(SampleTemplate::buttons(SampleTemplate::button("Buy", "https://shop.example/b"),

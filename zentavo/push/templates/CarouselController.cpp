@@ -108,7 +108,7 @@ platform::Size CarouselController::pictureSize() const {
     return {16, 9};
 }
 
-void CarouselController::store(PushChoices& choices, const std::string& url) const { choices.setClickedImage(url); }
+CarouselController::ChosenURL CarouselController::chosenURL() const { return &PushChoices::setClickedImage; }
 
 void CarouselController::appeared() { wait(); }
 void CarouselController::disappeared() { stop(); }

@@ -45,7 +45,7 @@ protected:
     /// In the place of slides where there are none, as of a payload that cannot be read.
     bool hasBigImage() const override { return jsonContent.slides.empty(); }
     platform::Size pictureSize() const override;
-    void store(PushChoices& choices, const std::string& url) const override;
+    ChosenURL chosenURL() const override;
 
 private:
     void wait();

@@ -61,7 +61,9 @@ void RatingController::build() {
     caption_->view->setTouchThrough(true);
     view->addSubview(caption_->view);
     // Opened a second time, it shows what was chosen the first time.
-    rating_ = std::clamp<std::int64_t>(choices().rating(), 0, static_cast<std::int64_t>(icons_.size()));
+    const auto chosen = std::make_shared<std::int64_t>(0);
+    withChoices([chosen](const PushChoices& choices) { *chosen = choices.rating(); },
+                whileLiving(*this, [chosen](RatingController& self) { self.show(*chosen); }));
 }
 
 layout::PushFrames RatingController::arrange(const layout::PushParts& parts) const { return layout::pushColumn(parts); }
@@ -97,11 +99,12 @@ void RatingController::paint(const TemplatePalette& palette) {
 }
 
 void RatingController::rate(std::int64_t tag) {
-    if (!facade()) {
-        return;
-    }
-    choices().setRating(tag);
-    rating_ = tag;
+    withChoices([tag](PushChoices& choices) { choices.setRating(tag); },
+                whileLiving(*this, [tag](RatingController& self) { self.show(tag); }));
+}
+
+void RatingController::show(std::int64_t rating) {
+    rating_ = std::clamp<std::int64_t>(rating, 0, static_cast<std::int64_t>(icons_.size()));
     layOut();
 }
 
