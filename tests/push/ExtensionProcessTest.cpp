@@ -4,6 +4,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <sstream>
 #include <thread>
@@ -158,11 +159,15 @@ TEST_F(ExtensionProcessTest, WhatTheContentExtensionNotesTheAppOpens) {
     interface.application = application;
     platform->attach(interface);
     Zentavo::setShared(std::make_shared<Zentavo>(platform));
-    ZentavoUNUserNotificationCenter delegate;
+    const auto delegate = std::make_shared<ZentavoUNUserNotificationCenter>();
     platform::NotificationResponse response;
     response.notification.request.content.userInfo =
         Map{{"aps", Map{{"pushId", "p1"}, {"template", "small_image"}, {"url", "https://shop.example/"}}}};
-    const auto click = [&] { delegate.userNotificationCenter(*interface.userNotifications, response, [] {}); };
+    const auto click = [&] {
+        const auto handled = std::make_shared<std::promise<void>>();
+        delegate->userNotificationCenter(*interface.userNotifications, response, [handled] { handled->set_value(); });
+        handled->get_future().wait();
+    };
 
     click(); // the app has the suite open before the extension writes to it
     Process extension({ZENTAVO_PUSH_CHOICE_CHILD, data.path() / "data", data.path() / "Shop.app/PlugIns/Content.appex",

@@ -14,6 +14,25 @@ using ::testing::SizeIs;
 
 const char* const suite = "group.com.example.host.zentavo";
 
+/// Notes for each suite that is opened whether the main queue had to wait for it.
+class WatchedPreferences final : public platform::PreferencesProvider {
+public:
+    explicit WatchedPreferences(testing::MemoryPlatform& memory)
+        : inner_(memory.preferences), mainQueue_(memory.queues->mainQueue()) {}
+
+    std::shared_ptr<platform::Preferences> standard() override { return inner_->standard(); }
+    std::shared_ptr<platform::Preferences> suite(std::string_view name) override {
+        onMainQueue.push_back(mainQueue_->isCurrent());
+        return inner_->suite(name);
+    }
+
+    std::vector<bool> onMainQueue;
+
+private:
+    const std::shared_ptr<platform::PreferencesProvider> inner_;
+    const std::shared_ptr<platform::MainQueue> mainQueue_;
+};
+
 class NotificationDelegateTest : public SdkTest {
 protected:
     NotificationDelegateTest() {
@@ -223,6 +242,25 @@ TEST_F(NotificationDelegateTest, AButtonOpensItsOwnURLAndOthersThePayloads) {
     EXPECT_THAT(opens(push, "later"), ElementsAre("https://shop.example/element"));
     EXPECT_THAT(opens(push), ElementsAre("https://shop.example/element"));
     EXPECT_THAT(told, ElementsAre("later", "unknown", "later", "the body"));
+}
+
+TEST_F(NotificationDelegateTest, TheMainQueueWaitsForNoDiskAndAnswersStayInTheirOrder) {
+    const auto watched = std::make_shared<WatchedPreferences>(memory);
+    memory.platform()->preferences = watched;
+    std::vector<std::string> told;
+    delegate->setActionForDefault([&] { told.emplace_back("opened"); });
+    delegate->setActionForDismiss([&] { told.emplace_back("dismissed"); });
+    memory.userNotifications->respond(answered({{"aps", payload("small_image")}}));
+    memory.userNotifications->respond(answered({{"aps", payload("small_image")}}, platform::dismissActionIdentifier));
+    settle();
+    EXPECT_THAT(told, ElementsAre("opened", "dismissed"));
+    EXPECT_THAT(watched->onMainQueue, ElementsAre(false)) << "and a dismissal needs no choice";
+    EXPECT_THAT(opened(), SizeIs(1));
+
+    delegate->userNotificationCenter(*memory.userNotifications, answered({{"aps", payload("small_image")}}), nullptr);
+    delegate.reset();
+    settle();
+    EXPECT_THAT(opened(), SizeIs(1)) << "an answer under way keeps its delegate";
 }
 
 TEST_F(NotificationDelegateTest, TheClickThatStartsTheAppIsHandledOnce) {

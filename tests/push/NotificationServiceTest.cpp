@@ -1,6 +1,7 @@
 #include <future>
 #include <thread>
 
+#include "ports/desktop/NotificationActions.h"
 #include "tests/push/SamplePush.h"
 #include "tests/support/SdkTest.h"
 #include "zentavo/push/BadgeRule.h"
@@ -75,6 +76,8 @@ TEST_F(NotificationServiceTest, AnEmptyCategoryBecomesTheContentExtensionsAndANa
 
     EXPECT_EQ(shown(Map{{"category", 1}}).categoryIdentifier, "as-it-came");
     EXPECT_EQ(shown(Map{}).categoryIdentifier, "as-it-came");
+    // The port, which knows nothing of pushes, has to write it once more.
+    EXPECT_STREQ(desktop::richCategory, ZentavoNotificationService::contentCategory);
 }
 
 TEST(BadgeRule, Table) {

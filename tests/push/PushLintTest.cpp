@@ -50,7 +50,6 @@ TEST(PushLint, WhatCannotBeReadFailsWithThePlace) {
 
 TEST(PushLint, UnknownFieldsAreNamedWhereverTheyAreAlsoInAPushThatFails) {
     Map push = fullPayload();
-    push.set("alert", Map{{"title", "Sale"}}); // the system's own
     push.set("colour", "red");
     at(push, "badge").set("Value", 3);
     at(push, "actionButtons").set("button3", Map());
@@ -88,9 +87,13 @@ TEST(PushLint, WhatHasLessEffectThanItSeemsIsWarnedOf) {
         {"", "leadSourceId", nullptr, "carries \"123\""},
         {"", "url", nullptr, "no \"url\""},
         {"", "url", "http://", "\"url\" is no URL"},
+        {"", "url", "foo bar", "\"url\" does not begin with a scheme"},
+        {"", "url", "FILE:///etc/passwd", "\"url\" is a file"},
         {"actionButtons.button2", "id", "buy", "both buttons have the id"},
+        {"actionButtons.button2", "id", "", "\"actionButtons.button2.id\" is empty"},
+        {"actionButtons.button1", "label", "", "\"actionButtons.button1.label\" is empty"},
         {"actionButtons.button2", "url", "http://", "\"actionButtons.button2.url\" is no URL"},
-        {"additionalData", "size", std::string(5000, '4'), "push services refuse more than 4096"},
+        {"actionButtons.button2", "url", "later", "\"actionButtons.button2.url\" does not begin with a scheme"},
     };
     for (const auto& test : cases) {
         Map push = fullPayload();
@@ -124,14 +127,66 @@ TEST(PushLint, EachTemplateAndWhatItsClickOpens) {
     }
 }
 
-TEST(PushLint, SlidesBeyondWhatACarouselShowsAreWarnedOf) {
+TEST(PushLint, SlidesThatDoNotShowOrOpenAreWarnedOf) {
     Map push = fullPayload();
     push.set("template", "simple_image_carousel");
+    at(push, "imageCarouselSettings.slides[0]").set("imageUrl", "ftp://media.shop.example/1.jpg");
+    at(push, "imageCarouselSettings.slides[1]").set("url", "sale");
+    EXPECT_THAT(lint(push).warnings,
+                ElementsAre(AllOf(HasSubstr("slides[0].imageUrl"), HasSubstr("stays empty")),
+                            AllOf(HasSubstr("slides[1].url"), HasSubstr("does not begin with a scheme"))));
+
     const Value slide = Map{{"imageUrl", "https://a.example/1.jpg"}, {"action", ""}, {"url", "https://a.example/"}};
     for (const std::size_t count : {20U, 21U}) {
         push.set("imageCarouselSettings", Map{{"slides", List(count, slide)}});
         const auto warning = Contains(HasSubstr("only the first 20 are shown"));
         EXPECT_THAT(lint(push).warnings, ::testing::Conditional(count > 20, warning, Not(warning)));
+    }
+}
+
+TEST(PushLint, APushThatPushServicesCannotCarryFails) {
+    const auto ofSize = [](std::size_t bytes) {
+        Map push = fullPayload();
+        at(push, "additionalData").set("padding", "");
+        const std::size_t rest = json::write(Map{{"aps", push}}).value().size();
+        at(push, "additionalData").set("padding", std::string(bytes - rest, '4'));
+        return lint(push);
+    };
+    EXPECT_THAT(ofSize(3993).warnings, IsEmpty());
+    EXPECT_THAT(ofSize(3994).warnings, ElementsAre(HasSubstr("encrypted for its receiver")));
+    EXPECT_THAT(ofSize(4096).failures, IsEmpty());
+    const auto report = ofSize(4097);
+    EXPECT_THAT(report.failures, ElementsAre(HasSubstr("push services refuse more than 4096")));
+    EXPECT_THAT(report.warnings, IsEmpty());
+    EXPECT_THAT(report.facts, IsEmpty());
+
+    Map deep = fullPayload();
+    Value inner;
+    for (int i = 0; i < 40; ++i) {
+        inner = List{inner};
+    }
+    deep.set("deep", inner);
+    EXPECT_THAT(lint(deep).failures, ElementsAre(StartsWith("no JSON object: ")));
+}
+
+TEST(PushLint, APushWithoutTextFailsUnlessItIsMeantToBeSilent) {
+    const auto noText = HasSubstr("\"alert\" holds no text");
+    for (const Value& alert :
+         {Value(), Value(""), Value(Map()), Value(Map{{"title", 7}, {"body", ""}}), Value(List())}) {
+        Map push = fullPayload();
+        push.set("content-available", false);
+        push.set("alert", alert);
+        const auto report = lint(push);
+        EXPECT_THAT(report.failures, ElementsAre(noText));
+        EXPECT_THAT(report.facts, IsEmpty());
+        push.set("content-available", true);
+        EXPECT_THAT(lint(push).failures, IsEmpty());
+        EXPECT_THAT(lint(push).facts, ElementsAre(StartsWith("Silent: ")));
+    }
+    for (const Value& alert : {Value("Sale"), Value(Map{{"subtitle", "Sale"}})}) {
+        Map push = fullPayload();
+        push.set("alert", alert);
+        EXPECT_THAT(lint(push).failures, IsEmpty());
     }
 }
 

@@ -20,6 +20,7 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using testing::MemoryImage;
 using testing::ScriptedAnswer;
@@ -117,6 +118,17 @@ TEST_F(PushTemplateTest, AButtonStoresItsURLAndOpensTheNotification) {
     }
     EXPECT_THAT(memory.application->opened(), IsEmpty());
 
+    // What was tapped counts also where the window is closed before the disk has it.
+    suite()->remove("p1_url_clicked");
+    const int before = context->performed();
+    const auto closed = show(R"("template": "small_image",)" + twoButtons);
+    named("button1")->tap();
+    EXPECT_FALSE(stored("url_clicked")) << "the user's thread does not wait for it";
+    closed->close();
+    settle();
+    EXPECT_EQ(stored("url_clicked"), Value("https://shop.example/buy"));
+    EXPECT_EQ(context->performed(), before + 1);
+
     // No way to open the app: the URL itself is opened. Text that is no URL is stored, and no more.
     context->able = false;
     show(SampleTemplate::buttons(SampleTemplate::button("Buy", "https://shop.example/b"),
@@ -149,6 +161,7 @@ TEST_F(PushTemplateTest, ARatingIsStoredAtOnceAndShown) {
     show(SampleTemplate::rating(1'000'000));
     EXPECT_NE(named("rating10"), nullptr);
     EXPECT_EQ(named("rating11"), nullptr);
+    EXPECT_THAT(logged(), Contains(HasSubstr("a scale of 1000000")));
     show(SampleTemplate::rating(-3));
     EXPECT_EQ(named("rating1"), nullptr);
 }
@@ -188,14 +201,41 @@ TEST_F(PushTemplateTest, TheCarouselTurnsItsPagesWhileItIsSeen) {
     EXPECT_EQ(sdk->state()->currentPush, nullptr);
 }
 
+TEST_F(PushTemplateTest, ACarouselFetchesWhatMayBeSeenSoon) {
+    std::vector<std::string> names;
+    for (int i = 1; i <= 25; ++i) {
+        names.push_back("slide" + std::to_string(i));
+    }
+    const auto asked = [&] {
+        std::vector<std::string> paths;
+        for (const auto& request : memory.session->requests()) {
+            paths.emplace_back(request->url.path());
+        }
+        memory.session->clear();
+        return paths;
+    };
+    show(SampleTemplate::slides(names) + R"(, "urlImageString": "https://media.example/coat")");
+    EXPECT_THAT(asked(), ElementsAre("/slide1", "/slide2", "/slide3", "/slide20"))
+        << "the last that is shown comes before the first, and the push's own picture is not shown";
+    EXPECT_THAT(logged(), Contains(HasSubstr("of 25 slides the first 20")));
+    named("slide1")->swipe(platform::Swipe::right);
+    settle();
+    EXPECT_THAT(asked(), ElementsAre("/slide19"));
+    memory.queues->advance(6s);
+    EXPECT_THAT(asked(), ElementsAre("/slide4"));
+    memory.queues->advance(60s);
+    EXPECT_THAT(asked(), ::testing::SizeIs(14)) << "each once";
+}
+
 TEST_F(PushTemplateTest, ATimerDoesNotOutliveItsCarousel) {
     const auto first = show(SampleTemplate::slides({"a", "b"}));
     show(SampleTemplate::slides({"a"}));
     EXPECT_EQ(memory.queues->timers(), 0U) << "one slide turns to no other";
     show(SampleTemplate::slides({"a", "b"}))->close();
     EXPECT_EQ(memory.queues->timers(), 0U);
-    show(SampleTemplate::slides({}));
+    show(SampleTemplate::slides({}) + R"(, "urlImageString": "https://media.example/coat")");
     EXPECT_EQ(named("slide1"), nullptr);
+    EXPECT_TRUE(named("image")->isVisible()) << "the push's own picture stands for slides that are missing";
     // Hebrew turns its pages the other way round.
     const auto shown =
         std::dynamic_pointer_cast<CarouselController>(show(SampleTemplate::slides({"a", "b", "c"}), "מבצע"));
@@ -288,9 +328,11 @@ TEST_F(PushTemplateTest, DownloadsCompleteInTheOrderOfArrival) {
 
     std::vector<Fault> faults;
     setFaultPolicy(FaultPolicy::contain, [&](const Fault& fault) { faults.push_back(fault); });
-    ZentavoUtiltiy::downloadImagesAndProcess({"http://"}, completion);
+    const auto asked = memory.session->count();
+    ZentavoUtiltiy::downloadImagesAndProcess({"https://media.example/5", "http://"}, completion);
     settle();
     EXPECT_EQ(faults.size(), 1U);
+    EXPECT_EQ(memory.session->count(), asked) << "a fault leaves nothing half done";
 
     const auto wide = std::make_shared<MemoryImage>(platform::Size{900, 300});
     EXPECT_EQ(ZentavoUtiltiy::resizeImageIfNeeded(wide, 300)->size(), (platform::Size{300, 100}));

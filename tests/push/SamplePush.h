@@ -4,9 +4,10 @@
 
 namespace zentavo {
 
-/// A payload with every field, each different from its default.
+/// A payload with a text for the system and every field of ours, each different from its default.
 inline Map fullPayload() {
     return json::readMap(R"({
+        "alert": {"title": "Winter sale"},
         "mutable-content": 1,
         "urlImageString": "https://media.shop.example/coat.jpg",
         "badge": {"type": "increase", "value": 2},

@@ -1,7 +1,8 @@
 #include "tools/push-lint/PushLint.h"
 
-#include <algorithm>
-#include <set>
+#include <cstdint>
+#include <optional>
+#include <utility>
 
 #include "tools/push-lint/UnknownFields.h"
 #include "zentavo/foundation/JSON.h"
@@ -18,6 +19,11 @@ namespace {
 
 /// What push services carry at most.
 constexpr std::size_t maximumPushBytes = 4096;
+/// What is left of that where the push is encrypted for its receiver: salt (16), record size (4), the sender's key and
+/// its length (65 + 1), end mark (1) and tag (16) travel with it.
+constexpr std::size_t maximumEncryptedPushBytes = maximumPushBytes - 103;
+/// What systems take of the structure; deeper or larger ones are refused however few bytes they have.
+constexpr json::Limits limits{16U << 20U, 32, 2'000};
 
 std::string quoted(std::string text) {
     makeSingleLine(text);
@@ -26,11 +32,46 @@ std::string quoted(std::string text) {
 
 bool isURL(const std::string& text) { return URL::parse(text).has_value(); }
 
+/// Why systems open nothing where they are asked to open `text`; null where they do.
+const char* whyNotOpened(const std::string& text) {
+    const auto url = URL::parse(text);
+    if (!url) {
+        return "is no URL";
+    }
+    if (url->scheme().empty()) {
+        return "does not begin with a scheme, as https: is one";
+    }
+    return url->scheme() == "file" ? "is a file, which is not opened" : nullptr;
+}
+
+bool hasText(const Map& map, const char* key) {
+    const Value* value = map.find(key);
+    const std::string* text = value != nullptr ? value->asString() : nullptr;
+    return text != nullptr && !text->empty();
+}
+
+/// Whether there is something to show: "alert" is the body, or a map with one of its texts.
+bool isShown(const Map& aps) {
+    const Value* alert = aps.find("alert");
+    const Map* parts = alert != nullptr ? alert->asMap() : nullptr;
+    return parts != nullptr ? hasText(*parts, "title") || hasText(*parts, "subtitle") || hasText(*parts, "body")
+                            : hasText(aps, "alert");
+}
+
 class Linter {
 public:
     explicit Linter(PushReport& report) : report_(report) {}
 
-    void judge(const NotificationProperties& p) {
+    void judge(const NotificationProperties& p, bool isShown) {
+        if (!isShown && p.contentAvailable == true) {
+            say("Silent: nothing is shown, and no extension is asked.");
+            return;
+        }
+        if (!isShown) {
+            fail("\"alert\" holds no text: nothing is shown, and no extension is asked (a push that is meant to be "
+                 "silent "
+                 "says \"content-available\": true)");
+        }
         arrival(p);
         layout(p);
         click(p);
@@ -39,6 +80,7 @@ public:
     }
 
 private:
+    void fail(std::string text) { report_.failures.push_back(std::move(text)); }
     void warn(std::string text) { report_.warnings.push_back(std::move(text)); }
     void say(std::string text) { report_.facts.push_back(std::move(text)); }
 
@@ -129,11 +171,11 @@ private:
         for (std::size_t i = 0; i < slides; ++i) {
             const Slide& slide = p.imageCarouselSettings->slides[i];
             const std::string path = "imageCarouselSettings.slides[" + std::to_string(i) + "].";
-            if (!isURL(slide.imageUrl)) {
-                warn(quoted(path + "imageUrl") + " is no URL: the slide stays empty");
+            if (const auto url = URL::parse(slide.imageUrl); !url || !url->isHTTP()) {
+                warn(quoted(path + "imageUrl") + " is no http or https URL: the slide stays empty");
             }
-            if (!isURL(slide.url)) {
-                warn(quoted(path + "url") + " is no URL: a tap on the slide opens nothing");
+            if (const char* reason = whyNotOpened(slide.url)) {
+                warn(quoted(path + "url") + " " + reason + ": a tap on the slide opens nothing");
             }
         }
     }
@@ -156,10 +198,11 @@ private:
         std::string target = "nothing";
         if (!p.url) {
             warn("no \"url\": a click opens nothing, unless the user has chosen something in the template");
-        } else if (const auto url = URL::parse(*p.url)) {
-            target = url->text();
+        } else if (const char* reason = whyNotOpened(*p.url)) {
+            warn("\"url\" " + std::string(reason) +
+                 ": a click opens nothing, unless the user has chosen something in the template");
         } else {
-            warn("\"url\" is no URL: a click opens nothing, unless the user has chosen something in the template");
+            target = URL::parse(*p.url)->text();
         }
         const bool chooses = name == PushTemplate::carousel || name == PushTemplate::rating ||
                              name == PushTemplate::stylizedBasic || name == PushTemplate::basic ||
@@ -173,25 +216,32 @@ private:
         if (!p.actionButtons) {
             return;
         }
-        const auto& [first, second] = std::tie(p.actionButtons->button1, p.actionButtons->button2);
-        if (first && second && first->id == second->id) {
+        const auto& first = p.actionButtons->button1;
+        const auto& second = p.actionButtons->button2;
+        if (first && second && first->id == second->id && !first->id.empty()) {
             warn("both buttons have the id " + quoted(first->id) +
                  ": the system cannot tell the second from the first");
         }
-        int number = 1;
-        for (const auto* button : {&first, &second}) {
-            if (*button) {
-                const ActionButtons::Button& b = **button;
-                if (isURL(b.url)) {
-                    say("Button " + std::to_string(number) + " " + quoted(b.label) + " opens " +
-                        URL::parse(b.url)->text() + ".");
-                } else if (b.url.empty()) {
-                    say("Button " + std::to_string(number) + " " + quoted(b.label) + " does what a click does.");
-                } else {
-                    warn("\"actionButtons.button" + std::to_string(number) + ".url\" is no URL: it opens nothing");
-                }
-            }
-            ++number;
+        if (first) {
+            button("1", *first);
+        }
+        if (second) {
+            button("2", *second);
+        }
+    }
+
+    void button(const std::string& number, const ActionButtons::Button& b) {
+        const std::string path = "actionButtons.button" + number + ".";
+        const std::string name = "Button " + number + " " + quoted(b.label);
+        if (b.id.empty() || b.label.empty()) {
+            warn(quoted(path + (b.id.empty() ? "id" : "label")) +
+                 " is empty: the notification is shown without this button");
+        } else if (b.url.empty()) {
+            say(name + " does what a click does.");
+        } else if (const char* reason = whyNotOpened(b.url)) {
+            warn(quoted(path + "url") + " " + reason + ": the button opens nothing");
+        } else {
+            say(name + " opens " + URL::parse(b.url)->text() + ".");
         }
     }
 
@@ -215,19 +265,22 @@ private:
 
 PushReport lintPush(std::string_view text) {
     PushReport report;
-    const auto userInfo = json::readMap(text);
+    const auto userInfo = json::readMap(text, limits);
     if (!userInfo) {
         report.failures.push_back("no JSON object: " + userInfo.error().message);
         return report;
     }
+    const std::string size = "the push has " + std::to_string(text.size()) + " bytes; ";
     if (text.size() > maximumPushBytes) {
-        report.warnings.push_back("the push has " + std::to_string(text.size()) +
-                                  " bytes; push services refuse more than " + std::to_string(maximumPushBytes));
+        report.failures.push_back(size + "push services refuse more than " + std::to_string(maximumPushBytes));
+    } else if (text.size() > maximumEncryptedPushBytes) {
+        report.warnings.push_back(size + "encrypted for its receiver, it can have no more than " +
+                                  std::to_string(maximumEncryptedPushBytes));
     }
     const Value* entry = userInfo->find("aps");
     const Map* aps = entry != nullptr ? entry->asMap() : nullptr;
     if (aps == nullptr) {
-        report.failures.emplace_back("no map \"aps\": the notification is shown as it came, and a click does nothing");
+        report.failures.emplace_back("no map \"aps\": nothing is shown, and no extension is asked");
         if (userInfo->contains("pushId")) {
             report.failures.emplace_back("this looks like what belongs inside \"aps\"");
         }
@@ -245,7 +298,10 @@ PushReport lintPush(std::string_view text) {
             "reading stops there: a click opens and tracks nothing, and there is no rich template");
         return report;
     }
-    Linter(report).judge(*payload);
+    Linter(report).judge(*payload, isShown(*aps));
+    if (!report.failures.empty()) {
+        report.facts.clear(); // what would happen does not
+    }
     return report;
 }
 

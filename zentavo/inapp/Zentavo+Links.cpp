@@ -52,14 +52,7 @@ bool storeClick(const Zentavo::State& state, const std::string& answer) {
 
 } // namespace
 
-std::shared_ptr<BaseOperation> Zentavo::baseOperation() {
-    MutexLock lock(state_->mutex);
-    if (!state_->baseOperation) {
-        state_->baseOperation =
-            std::make_shared<BaseOperation>(std::make_shared<HTTPClient>(state_->platform, state_->log));
-    }
-    return state_->baseOperation;
-}
+std::shared_ptr<BaseOperation> Zentavo::baseOperation() { return BaseOperation::of(*state_); }
 
 std::shared_ptr<CDPDeliveryJsonOperation> Zentavo::cdpDeliveryJsonOperation() {
     MutexLock lock(state_->mutex);

@@ -1,5 +1,7 @@
 #include "zentavo/push/PushClick.h"
 
+#include <utility>
+
 #include "zentavo/push/PushTemplate.h"
 
 namespace zentavo {
@@ -18,8 +20,7 @@ std::optional<std::string> chosenURL(const std::string& name, const PushChoices&
     return std::nullopt;
 }
 
-} // namespace
-
+/// The button of `payload` whose action is called `actionIdentifier`; null when it has none.
 const ActionButtons::Button* pressedButton(const NotificationProperties& payload, const std::string& actionIdentifier) {
     if (payload.actionButtons) {
         for (const auto* button : {&payload.actionButtons->button1, &payload.actionButtons->button2}) {
@@ -31,13 +32,28 @@ const ActionButtons::Button* pressedButton(const NotificationProperties& payload
     return nullptr;
 }
 
-std::optional<std::string> clickedURL(const NotificationProperties& payload, const PushChoices& choices,
-                                      const std::string& actionIdentifier) {
-    if (const auto* button = pressedButton(payload, actionIdentifier); button != nullptr && !button->url.empty()) {
-        return button->url;
+} // namespace
+
+Result<PushClick, DecodingFailure> PushClick::read(const Map& aps, const std::string& actionIdentifier,
+                                                   platform::PreferencesProvider& preferences) {
+    auto payload = NotificationProperties::read(aps);
+    if (!payload) {
+        return payload.error();
     }
-    auto chosen = chosenURL(payload.template_.value_or(""), choices);
-    return chosen && !chosen->empty() ? chosen : payload.url;
+    const PushChoices choices(preferences, payload->pushId);
+    PushClick click;
+    if (payload->template_ == PushTemplate::rating) {
+        click.rating = choices.rating();
+    }
+    if (const auto* button = pressedButton(*payload, actionIdentifier); button != nullptr && !button->url.empty()) {
+        click.url = button->url;
+    } else if (auto chosen = chosenURL(payload->template_.value_or(""), choices); chosen && !chosen->empty()) {
+        click.url = std::move(chosen);
+    } else {
+        click.url = payload->url;
+    }
+    click.payload = *std::move(payload);
+    return click;
 }
 
 } // namespace zentavo

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "zentavo/core/ZentavoState.h"
-#include "zentavo/push/PushChoices.h"
 #include "zentavo/push/PushClick.h"
 #include "zentavo/push/PushTemplate.h"
 #include "zentavo/tracking/BaseOperation.h"
@@ -25,22 +24,14 @@ const Map* mapIn(const Map& map, std::string_view key) {
 /// What stands for the lead source of a payload that has none.
 const char* const noLeadSource = "123";
 
-/// What the instance fires tracking URLs with, made now where no click or message has needed it yet.
-std::shared_ptr<BaseOperation> operationOf(Zentavo::State& state) {
-    MutexLock lock(state.mutex);
-    if (!state.baseOperation) {
-        state.baseOperation = std::make_shared<BaseOperation>(std::make_shared<HTTPClient>(state.platform, state.log));
-    }
-    return state.baseOperation;
-}
-
 } // namespace
 
 ZentavoUNUserNotificationCenter::ZentavoUNUserNotificationCenter(std::shared_ptr<Zentavo> instance)
     : sdk_(instance ? std::move(instance) : Zentavo::shared()),
+      reading_(sdk_->state()->platform->queues->make("zentavo.push.answers", platform::QueueKind::serial)),
       actionForUrl(
           [system = sdk_->state()->platform](const URL& url) { system->userInterface()->application->open(url); }),
-      baseOperation(operationOf(*sdk_->state())) {}
+      baseOperation(BaseOperation::of(*sdk_->state())) {}
 
 template <class Called>
 Called ZentavoUNUserNotificationCenter::callback(Called ZentavoUNUserNotificationCenter::*which) const {
@@ -81,22 +72,42 @@ void ZentavoUNUserNotificationCenter::userNotificationCenter(platform::UserNotif
 void ZentavoUNUserNotificationCenter::userNotificationCenter(platform::UserNotifications&,
                                                              const platform::NotificationResponse& didReceive,
                                                              std::function<void()> withCompletionHandler) {
-    entryPoint("didReceive", [&] { handleResponse(didReceive); });
-    // Also after a fault that was contained: the system waits for it.
-    entryPoint("didReceive", [&] {
-        if (withCompletionHandler) {
-            withCompletionHandler();
-        }
-    });
+    reading_->async(
+        [self = shared_from_this(), response = didReceive, completion = std::move(withCompletionHandler)]() mutable {
+            std::shared_ptr<const PushClick> click;
+            entryPoint("didReceive", [&] { click = self->readClick(response); });
+            const auto mainQueue = self->sdk_->state()->platform->userInterface()->mainQueue;
+            mainQueue->async([self = std::move(self), response = std::move(response), click = std::move(click),
+                              completion = std::move(completion)] {
+                entryPoint("didReceive", [&] { self->handleResponse(response, click.get()); });
+                // Also after a fault that was contained: the system waits for it.
+                entryPoint("didReceive", [&] {
+                    if (completion) {
+                        completion();
+                    }
+                });
+            });
+        });
 }
 
-void ZentavoUNUserNotificationCenter::handleResponse(const platform::NotificationResponse& response) {
-    const platform::NotificationContent& content = response.notification.request.content;
-    const std::string& action = response.actionIdentifier;
-    const Map* aps = mapIn(content.userInfo, "aps");
-    if (aps != nullptr) {
-        tellPressed(content, *aps);
+std::shared_ptr<const PushClick>
+ZentavoUNUserNotificationCenter::readClick(const platform::NotificationResponse& response) const {
+    const Map* aps = mapIn(response.notification.request.content.userInfo, "aps");
+    if (aps == nullptr || response.actionIdentifier == platform::dismissActionIdentifier) {
+        return nullptr;
     }
+    auto click = PushClick::read(*aps, response.actionIdentifier, *sdk_->state()->platform->preferences);
+    if (!click) {
+        sdk_->log("Error: the click does nothing, its payload cannot be read: " + click.error().message);
+        return nullptr;
+    }
+    return std::make_shared<const PushClick>(*std::move(click));
+}
+
+void ZentavoUNUserNotificationCenter::handleResponse(const platform::NotificationResponse& response,
+                                                     const PushClick* click) const {
+    const std::string& action = response.actionIdentifier;
+    tellPressed(response.notification.request.content);
     if (action == platform::dismissActionIdentifier) {
         if (const auto told = callback(&ZentavoUNUserNotificationCenter::actionForDismiss)) {
             told();
@@ -104,12 +115,8 @@ void ZentavoUNUserNotificationCenter::handleResponse(const platform::Notificatio
         sdk_->log("Action dismiss");
         return;
     }
-    if (aps != nullptr) {
-        if (const auto payload = NotificationProperties::read(*aps)) {
-            handleClick(*payload, action);
-        } else if (sdk_->debug()) {
-            sdk_->log("Error: the click does nothing, its payload cannot be read: " + payload.error().message);
-        }
+    if (click != nullptr) {
+        handleClick(*click);
     }
     if (action == platform::defaultActionIdentifier) {
         if (const auto told = callback(&ZentavoUNUserNotificationCenter::actionForDefault)) {
@@ -120,11 +127,12 @@ void ZentavoUNUserNotificationCenter::handleResponse(const platform::Notificatio
     }
 }
 
-void ZentavoUNUserNotificationCenter::tellPressed(const platform::NotificationContent& content, const Map& aps) const {
+void ZentavoUNUserNotificationCenter::tellPressed(const platform::NotificationContent& content) const {
+    const Map* aps = mapIn(content.userInfo, "aps");
     // What the image is does not matter, but without one hosts are not told.
-    const std::string* image = textIn(aps, "urlImageString");
-    const std::string* url = textIn(aps, "url");
-    const Map* additionalData = mapIn(aps, "additionalData");
+    const std::string* image = aps != nullptr ? textIn(*aps, "urlImageString") : nullptr;
+    const std::string* url = aps != nullptr ? textIn(*aps, "url") : nullptr;
+    const Map* additionalData = aps != nullptr ? mapIn(*aps, "additionalData") : nullptr;
     if (image == nullptr || url == nullptr || additionalData == nullptr || !URL::parse(*url)) {
         return;
     }
@@ -133,24 +141,23 @@ void ZentavoUNUserNotificationCenter::tellPressed(const platform::NotificationCo
     }
 }
 
-void ZentavoUNUserNotificationCenter::handleClick(const NotificationProperties& payload,
-                                                  const std::string& actionIdentifier) const {
-    if (const auto tracking = URL::parse(payload.trackingClickUrl.value_or(""))) {
+void ZentavoUNUserNotificationCenter::handleClick(const PushClick& click) const {
+    if (const auto tracking = URL::parse(click.payload.trackingClickUrl.value_or(""))) {
         sdk_->handleTrackingURL(*tracking, [log = sdk_->state()->log] { log->write("<ZENAVO> tracking click ok"); });
     }
-    const PushChoices choices(*sdk_->state()->platform->preferences, payload.pushId);
-    if (payload.template_ == PushTemplate::rating) {
-        sendRating(payload, choices.rating());
+    if (click.payload.template_ == PushTemplate::rating) {
+        sendRating(click);
     }
-    if (const auto url = clickedURL(payload, choices, actionIdentifier)) {
-        open(*url);
+    if (click.url) {
+        open(*click.url);
     }
 }
 
-void ZentavoUNUserNotificationCenter::sendRating(const NotificationProperties& payload, std::int64_t rating) const {
+void ZentavoUNUserNotificationCenter::sendRating(const PushClick& click) const {
+    const NotificationProperties& payload = click.payload;
     CDPEvent event(*sdk_, "submit_rating");
     event.setEventProperties({{"rating_scale", payload.ratingSettings ? payload.ratingSettings->scale : 0},
-                              {"selected_rating", rating},
+                              {"selected_rating", click.rating},
                               {"lead_source_id", payload.leadSourceId.value_or(noLeadSource)}});
     Map ids;
     for (const auto& [name, id] : {std::pair("story", &payload.storyId), std::pair("campaign", &payload.campaignId),

@@ -6,10 +6,12 @@
 
 #include "zentavo/core/Zentavo.h"
 #include "zentavo/foundation/Mutex.h"
+#include "zentavo/platform/DispatchQueue.h"
 #include "zentavo/platform/UserNotificationDelegate.h"
-#include "zentavo/push/NotificationProperties.h"
 
 namespace zentavo {
+
+struct PushClick;
 
 /// What a host makes the delegate of the notification centre (`UserNotifications::setDelegate`), after activation:
 /// shows notifications while the app is in front, and does what a click asks for.
@@ -18,9 +20,12 @@ namespace zentavo {
 /// that the user chose inside the rich template, or else the payload's "url". A button of the payload opens its own
 /// URL.
 ///
-/// Held by `std::shared_ptr`; the centre does not keep it alive. Setters on any thread. Callbacks run where the centre
-/// tells of answers, on the main queue.
-class ZENTAVO_EXPORT ZentavoUNUserNotificationCenter : public platform::UserNotificationDelegate {
+/// Held by `std::shared_ptr`; the centre does not keep it alive, but an answer that is under way does. Setters on any
+/// thread. Callbacks run on the main queue, in the order of the answers, and after the centre's call has returned: what
+/// the user chose in a rich template is read elsewhere first.
+class ZENTAVO_EXPORT ZentavoUNUserNotificationCenter
+    : public platform::UserNotificationDelegate,
+      public std::enable_shared_from_this<ZentavoUNUserNotificationCenter> {
 public:
     using Callback = std::function<void()>;
     using CustomCallback = std::function<void(std::string actionIdentifier)>;
@@ -45,10 +50,12 @@ public:
                                 std::function<void()> withCompletionHandler) override;
 
 private:
-    void handleResponse(const platform::NotificationResponse& response);
-    void tellPressed(const platform::NotificationContent& content, const Map& aps) const;
-    void handleClick(const NotificationProperties& payload, const std::string& actionIdentifier) const;
-    void sendRating(const NotificationProperties& payload, std::int64_t rating) const;
+    /// Null for an answer that is no click, or whose payload cannot be read. Off the main queue.
+    std::shared_ptr<const PushClick> readClick(const platform::NotificationResponse& response) const;
+    void handleResponse(const platform::NotificationResponse& response, const PushClick* click) const;
+    void tellPressed(const platform::NotificationContent& content) const;
+    void handleClick(const PushClick& click) const;
+    void sendRating(const PushClick& click) const;
     void open(const std::string& url) const;
 
     /// A copy, to be called outside the lock; empty where none is set.
@@ -58,6 +65,8 @@ private:
     void setCallback(Called ZentavoUNUserNotificationCenter::*which, Called next);
 
     const std::shared_ptr<Zentavo> sdk_;
+    /// Reads what answers need from the disk; serial, so that they stay in their order.
+    const std::shared_ptr<platform::DispatchQueue> reading_;
     mutable Mutex mutex_;
     Callback actionForDismiss ZENTAVO_GUARDED_BY(mutex_);
     /// Opens what a click leads to.
@@ -65,7 +74,7 @@ private:
     Callback actionForDefault ZENTAVO_GUARDED_BY(mutex_);
     CustomCallback actionForCustomDefault ZENTAVO_GUARDED_BY(mutex_);
     PressedCallback _onNotificationReceived ZENTAVO_GUARDED_BY(mutex_);
-    /// Fires the tracking URLs of clicks. It is the instance's own: what counts and repeats failures is one.
+    /// What the instance fires the tracking URLs of clicks with; held, not used, here.
     const std::shared_ptr<BaseOperation> baseOperation;
 };
 

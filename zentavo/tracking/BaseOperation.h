@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "zentavo/core/Zentavo.h"
 #include "zentavo/foundation/URL.h"
 #include "zentavo/tracking/HTTPClient.h"
 
@@ -13,6 +14,10 @@ namespace zentavo {
 class BaseOperation {
 public:
     explicit BaseOperation(std::shared_ptr<HTTPClient> client) : httpClient(std::move(client)) {}
+
+    /// The one with which an instance fires tracking URLs, so that what counts and repeats failures is one. Made when
+    /// first asked for.
+    static std::shared_ptr<BaseOperation> of(Zentavo::State& state);
 
     const std::shared_ptr<HTTPClient> httpClient;
 

@@ -111,6 +111,11 @@ void Zentavo::handleIdentifyAnswer(const std::string& data, const std::shared_pt
     const StoreKeys& keys = state_->keys;
     store->set(keys.pushUid, *uid);
     store->set(keys.operationTime, state_->platform->clock->secondsSince1970());
+    if (state_->store() != store) {
+        // The event would go to the account that is in force now, and make the earlier one's customer its own.
+        log("The device is registered for an earlier activation; the one in force is not told");
+        return;
+    }
 
     CDPEvent event(*this, "app_push_subscribe");
     event.setEventProperties({{"zentavo_apppush_uid", *uid}});
@@ -136,6 +141,8 @@ void Zentavo::trackAppLaunch() {
             // The operation lives until its answer, so that a failed report is repeated.
             [operation, log = state_->log](const std::optional<std::string>& data, const std::optional<Error>& error) {
                 if (error) {
+                    // The client has said so too, with what it does next. This line is what a launch that was not
+                    // reported is known by, whatever the client writes.
                     log->write("Error: " + error->message);
                 } else if (data) {
                     std::ignore = json::readMap(*data); // an object, which says nothing of use yet

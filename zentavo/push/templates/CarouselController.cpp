@@ -11,6 +11,8 @@ namespace zentavo {
 namespace {
 
 constexpr double turning = 0.35; // seconds
+/// Which pictures are fetched: this page's, two turns ahead, and one back.
+constexpr std::ptrdiff_t nearby[] = {0, 1, 2, -1};
 
 } // namespace
 
@@ -28,6 +30,13 @@ void CarouselController::build() {
     view->addSubview(pageControl);
 
     const auto& all = jsonContent.slides;
+    if (hasBigImage()) {
+        view->addSubview(templateBigImage->view());
+    }
+    if (all.size() > layout::mostSlides) {
+        facade()->log("Push template: of " + std::to_string(all.size()) + " slides the first " +
+                      std::to_string(layout::mostSlides) + " are shown");
+    }
     for (std::size_t i = 0; i < std::min(all.size(), layout::mostSlides); ++i) {
         auto slide = views().makeView();
         slide->setName("zentavo.push.slide" + std::to_string(i + 1));
@@ -36,7 +45,6 @@ void CarouselController::build() {
             self.turn((swipe == platform::Swipe::left) != self.isRightToLeft() ? 1 : -1);
         }));
         auto picture = std::make_shared<ZentavoImageView>(views(), loader());
-        picture->load(all[i].imageUrl, whileLiving(*this, [](CarouselController& self) { self.layOut(); }));
         slide->addSubview(picture->view());
         contentView->addSubview(slide);
         slides_.push_back(std::move(slide));
@@ -49,15 +57,15 @@ void CarouselController::build() {
     }
     pageControl->setHidden(dots_.size() < 2);
     update();
+    fetch();
 }
 
 layout::PushFrames CarouselController::arrange(const layout::PushParts& parts) const {
-    return layout::pushCarousel(parts, itemViews.size());
+    return hasBigImage() ? layout::pushColumn(parts) : layout::pushCarousel(parts, itemViews.size());
 }
 
 void CarouselController::place(const layout::PushFrames& frames) {
     const platform::Rect& area = frames.picture;
-    templateBigImage->view()->setHidden(true);
     contentView->setHidden(slides_.empty());
     contentView->setFrame(area);
     for (std::size_t i = 0; i < slides_.size(); ++i) {
@@ -74,6 +82,7 @@ void CarouselController::place(const layout::PushFrames& frames) {
     subtitleHeight = frames.subtitle.height;
     bodyHeight = frames.body.height;
     viewWidth = view->frame().width;
+    shape_ = pictureSize();
     imageViewBottomContraint = frames.height - area.y - area.height;
 }
 
@@ -87,8 +96,8 @@ void CarouselController::paint(const TemplatePalette& palette) {
 }
 
 platform::Size CarouselController::pictureSize() const {
-    if (itemViews.empty()) {
-        return {};
+    if (hasBigImage()) {
+        return PushTemplateBaseController::pictureSize();
     }
     // The first picture that is there gives the shape to all: a page turn moves nothing else.
     for (const auto& each : itemViews) {
@@ -99,7 +108,7 @@ platform::Size CarouselController::pictureSize() const {
     return {16, 9};
 }
 
-void CarouselController::store(PushChoices& choices, const std::string& url) const { choices.setClickedImage(url); }
+CarouselController::ChosenURL CarouselController::chosenURL() const { return &PushChoices::setClickedImage; }
 
 void CarouselController::appeared() { wait(); }
 void CarouselController::disappeared() { stop(); }
@@ -120,9 +129,30 @@ void CarouselController::stop() {
     }
 }
 
-std::size_t CarouselController::next(int direction) const {
-    const std::size_t count = slides_.size();
-    return (currentItemIndex + (direction > 0 ? 1 : count - 1)) % count;
+std::size_t CarouselController::slideAfter(std::ptrdiff_t pages) const {
+    const auto count = static_cast<std::ptrdiff_t>(slides_.size());
+    const auto place = (static_cast<std::ptrdiff_t>(currentItemIndex) + pages) % count;
+    return static_cast<std::size_t>(place < 0 ? place + count : place);
+}
+
+void CarouselController::fetch() {
+    if (slides_.empty()) {
+        return;
+    }
+    for (const std::ptrdiff_t pages : nearby) {
+        const std::size_t slide = slideAfter(pages);
+        if (itemViews[slide]->state() == ZentavoImageView::State::empty) {
+            itemViews[slide]->load(jsonContent.slides[slide].imageUrl,
+                                   whileLiving(*this, [](CarouselController& self) { self.arrived(); }));
+        }
+    }
+}
+
+void CarouselController::arrived() {
+    // Layout would cut a page turn short.
+    if (pictureSize() != shape_) {
+        layOut();
+    }
 }
 
 void CarouselController::turn(int direction) {
@@ -130,8 +160,8 @@ void CarouselController::turn(int direction) {
         return;
     }
     const auto leaving = slides_[currentItemIndex];
-    const auto coming = slides_[next(direction)];
-    currentItemIndex = next(direction);
+    currentItemIndex = slideAfter(direction);
+    const auto coming = slides_[currentItemIndex];
     const platform::Rect here = {0, 0, contentView->frame().width, contentView->frame().height};
     const double way = (direction > 0) != isRightToLeft() ? here.width : -here.width;
     for (const auto& each : slides_) {
@@ -140,6 +170,7 @@ void CarouselController::turn(int direction) {
     coming->setFrame({way, 0, here.width, here.height});
     leaving->setFrame(here);
     update();
+    fetch();
     views().animate(turning, [&] {
         coming->setFrame(here);
         leaving->setFrame({-way, 0, here.width, here.height});

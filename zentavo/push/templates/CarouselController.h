@@ -42,8 +42,10 @@ protected:
     void paint(const TemplatePalette& palette) override;
     void appeared() override;
     void disappeared() override;
+    /// In the place of slides where there are none, as of a payload that cannot be read.
+    bool hasBigImage() const override { return jsonContent.slides.empty(); }
     platform::Size pictureSize() const override;
-    void store(PushChoices& choices, const std::string& url) const override;
+    ChosenURL chosenURL() const override;
 
 private:
     void wait();
@@ -52,10 +54,16 @@ private:
     void turn(int direction);
     void tapped(std::size_t slide);
     void update();
-    std::size_t next(int direction) const;
+    /// Asks for the pictures that may be seen soon, where that has not happened: 20 at once are too much for a
+    /// notification that most users look at for a page or two.
+    void fetch();
+    void arrived();
+    /// The slide that is `pages` turns away.
+    std::size_t slideAfter(std::ptrdiff_t pages) const;
 
     std::vector<std::shared_ptr<platform::View>> slides_; ///< what is tapped, around each picture
     std::vector<std::shared_ptr<platform::View>> dots_;
+    platform::Size shape_; ///< of the pictures, as it was laid out last
     platform::Colour dot_;
     platform::Colour currentDot_;
 };

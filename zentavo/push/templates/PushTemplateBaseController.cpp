@@ -137,6 +137,7 @@ PushTemplateBaseController::PushTemplateBaseController(Setup setup)
       isContainActionButton(button(data, 1) != nullptr || button(data, 2) != nullptr), facade_(setup.facade),
       userInterface_(std::move(setup.userInterface)), context_(std::move(setup.context)),
       loader_(loaderOf(*setup.facade->state())),
+      choosing_(setup.facade->state()->platform->queues->make("zentavo.push.choices", platform::QueueKind::serial)),
       rightToLeft_(zentavo::isRightToLeft(titleNoti.empty() ? bodyNoti : titleNoti)) {}
 
 PushTemplateBaseController::~PushTemplateBaseController() {
@@ -170,8 +171,10 @@ bool PushTemplateBaseController::show() {
         stackView->addSubview(label->view);
     }
     build();
-    templateBigImage->load(data.urlImageString.value_or(""),
-                           whileLiving(*this, [](PushTemplateBaseController& self) { self.layOut(); }));
+    if (hasBigImage()) {
+        templateBigImage->load(data.urlImageString.value_or(""),
+                               whileLiving(*this, [](PushTemplateBaseController& self) { self.layOut(); }));
+    }
     view->setOnRemoved(whileLiving(*this, [](PushTemplateBaseController& self) { self.ended(); }));
     changed();
     if (!views().showOverWindow(view)) {
@@ -262,12 +265,24 @@ platform::Size PushTemplateBaseController::pictureSize() const {
     return {};
 }
 
-PushChoices PushTemplateBaseController::choices() const {
-    return {*facade()->state()->platform->preferences, data.pushId};
+void PushTemplateBaseController::withChoices(std::function<void(PushChoices&)> work, platform::Block then) const {
+    const auto living = facade();
+    if (!living) {
+        return;
+    }
+    // `then` moves on: what it holds belongs to the main queue, its release included.
+    choosing_->async([system = living->state()->platform, mainQueue = userInterface_->mainQueue, id = data.pushId,
+                      work = std::move(work), then = std::move(then)]() mutable {
+        entryPoint("push", [&] {
+            PushChoices choices(*system->preferences, id);
+            work(choices);
+        });
+        mainQueue->async(std::move(then));
+    });
 }
 
-void PushTemplateBaseController::store(PushChoices& choices, const std::string& url) const {
-    choices.setClickedURL(url);
+PushTemplateBaseController::ChosenURL PushTemplateBaseController::chosenURL() const {
+    return &PushChoices::setClickedURL;
 }
 
 void PushTemplateBaseController::handleTap(int tag) const {
@@ -277,15 +292,18 @@ void PushTemplateBaseController::handleTap(int tag) const {
 }
 
 void PushTemplateBaseController::choose(const std::string& url) const {
-    if (url.empty() || !facade()) {
+    if (url.empty()) {
         return;
     }
-    PushChoices stored = choices();
-    store(stored, url);
-    const auto target = URL::parse(url);
-    if (target && !(context_ && context_->performNotificationDefaultAction())) {
-        userInterface_->application->open(*target);
-    }
+    // The app may read the choice as soon as it is told to open the notification. By then this view may be gone.
+    withChoices([store = chosenURL(), url](PushChoices& choices) { (choices.*store)(url); },
+                [context = context_, application = userInterface_->application, target = URL::parse(url)] {
+                    entryPoint("push", [&] {
+                        if (target && !(context && context->performNotificationDefaultAction())) {
+                            application->open(*target);
+                        }
+                    });
+                });
 }
 
 void PushTemplateBaseController::close() {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "zentavo/core/Zentavo.h"
+#include "zentavo/platform/DispatchQueue.h"
 #include "zentavo/platform/Notification.h"
 #include "zentavo/platform/NotificationExtensionContext.h"
 #include "zentavo/push/NotificationProperties.h"
@@ -84,16 +85,22 @@ protected:
     virtual void appeared() {}
     virtual void disappeared() {}
 
+    /// Whether the template shows the payload's own picture; otherwise it is not fetched.
+    virtual bool hasBigImage() const { return true; }
     virtual bool textsBesidePicture() const { return false; }
     /// The height of what stands below the texts.
     virtual double extraHeight() const { return 0; }
     /// In pixels, or a guess while it is on its way; nothing where there is none.
     virtual platform::Size pictureSize() const;
-    virtual void store(PushChoices& choices, const std::string& url) const;
+    /// What notes the URL that the user chose.
+    using ChosenURL = void (PushChoices::*)(std::string url);
+    virtual ChosenURL chosenURL() const;
 
     /// The user chose what leads to `url`: stores that and has the notification opened. Empty text is no choice.
     void choose(const std::string& url) const;
-    PushChoices choices() const;
+    /// Calls `work` with the choices of this push where the disk keeps nobody waiting, and then `then` on the main
+    /// queue; in the order of the calls.
+    void withChoices(std::function<void(PushChoices&)> work, platform::Block then) const;
     void layOut();
 
     platform::Views& views() const { return *userInterface_->views; }
@@ -124,6 +131,7 @@ private:
     const std::shared_ptr<const platform::UserInterface> userInterface_;
     const std::shared_ptr<platform::NotificationExtensionContext> context_;
     const std::shared_ptr<ImageLoader> loader_;
+    const std::shared_ptr<platform::DispatchQueue> choosing_;
     const bool rightToLeft_;
     bool shown_ = false;
 };

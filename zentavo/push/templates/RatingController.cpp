@@ -31,6 +31,10 @@ RatingController::RatingController(Setup setup) : PushTemplateBaseController(std
 void RatingController::build() {
     view->addSubview(templateBigImage->view());
     const std::string host = facade()->endpoints().mediaHost;
+    if (data.ratingSettings && data.ratingSettings->scale > static_cast<std::int64_t>(layout::mostIcons)) {
+        facade()->log("Push template: of a scale of " + std::to_string(data.ratingSettings->scale) + " the first " +
+                      std::to_string(layout::mostIcons) + " are shown; no higher rating can be chosen");
+    }
     for (std::size_t i = 0; i < scaleOf(data); ++i) {
         Icon icon{views().makeView(), std::make_shared<ZentavoImageView>(views(), loader()),
                   std::make_shared<ZentavoImageView>(views(), loader()), views().makeLabel()};
@@ -57,7 +61,9 @@ void RatingController::build() {
     caption_->view->setTouchThrough(true);
     view->addSubview(caption_->view);
     // Opened a second time, it shows what was chosen the first time.
-    rating_ = std::clamp<std::int64_t>(choices().rating(), 0, static_cast<std::int64_t>(icons_.size()));
+    const auto chosen = std::make_shared<std::int64_t>(0);
+    withChoices([chosen](const PushChoices& choices) { *chosen = choices.rating(); },
+                whileLiving(*this, [chosen](RatingController& self) { self.show(*chosen); }));
 }
 
 layout::PushFrames RatingController::arrange(const layout::PushParts& parts) const { return layout::pushColumn(parts); }
@@ -93,11 +99,12 @@ void RatingController::paint(const TemplatePalette& palette) {
 }
 
 void RatingController::rate(std::int64_t tag) {
-    if (!facade()) {
-        return;
-    }
-    choices().setRating(tag);
-    rating_ = tag;
+    withChoices([tag](PushChoices& choices) { choices.setRating(tag); },
+                whileLiving(*this, [tag](RatingController& self) { self.show(tag); }));
+}
+
+void RatingController::show(std::int64_t rating) {
+    rating_ = std::clamp<std::int64_t>(rating, 0, static_cast<std::int64_t>(icons_.size()));
     layOut();
 }
 

@@ -33,7 +33,9 @@ private:
         std::shared_ptr<platform::Label> star;
     };
 
+    /// The icon `tag` was tapped: it is stored, and then shown.
     void rate(std::int64_t tag);
+    void show(std::int64_t rating);
     void update();
 
     std::vector<Icon> icons_;

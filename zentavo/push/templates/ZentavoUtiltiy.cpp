@@ -58,20 +58,24 @@ private:
 void ZentavoUtiltiy::downloadImagesAndProcess(const std::vector<std::string>& imageURLs,
                                               std::function<void(std::vector<Picture>)> completion) {
     entryPoint("downloadImages", [&] {
+        std::vector<URL> urls; // all of them before anything is asked for: a fault leaves nothing half done
+        for (const std::string& text : imageURLs) {
+            if (const auto url = URL::parse(text)) {
+                urls.push_back(*url);
+            } else {
+                fatalError("the address of a picture is no URL: \"" + text + "\"");
+            }
+        }
         const auto sdk = Zentavo::shared();
         const Zentavo::State& state = *sdk->state();
         const auto group = std::make_shared<Group>(imageURLs.size(), state.platform->userInterface()->mainQueue,
                                                    std::move(completion));
-        if (imageURLs.empty()) {
+        if (urls.empty()) {
             return group->notify();
         }
         const auto queue = state.platform->queues->make("zentavo.push.images", platform::QueueKind::concurrent);
-        for (const std::string& text : imageURLs) {
-            const auto url = URL::parse(text);
-            if (!url) {
-                fatalError("the address of a picture is no URL: \"" + text + "\"");
-            }
-            ImageLoader::download(state.platform, state.log, *url, queue,
+        for (const URL& url : urls) {
+            ImageLoader::download(state.platform, state.log, url, queue,
                                   [group](Picture picture) { group->leave(std::move(picture)); });
         }
     });

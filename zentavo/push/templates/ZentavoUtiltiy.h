@@ -16,7 +16,8 @@ public:
 
     /// Fetches all pictures at once, by the shared instance's network, and then calls `completion` on the main queue.
     /// The list is in the order in which they arrived, and what could not be had is not in it. http and https only,
-    /// 10 MiB a picture. Text that is no URL is a fault. Any thread.
+    /// 10 MiB a picture. Text that is no URL is a fault, after which nothing is fetched and `completion` never called. Any
+    /// thread.
     static void downloadImagesAndProcess(const std::vector<std::string>& imageURLs,
                                          std::function<void(std::vector<Picture>)> completion);
 
