@@ -82,7 +82,7 @@ private:
 
         bool performNotificationDefaultAction() override {
             const auto service = current();
-            return service && service->open();
+            return service && service->refused_ != number_ && service->open();
         }
         void setPreferredHeight(double points) override {
             if (const auto service = current()) {
@@ -121,7 +121,8 @@ private:
         call.answer();
     }
 
-    /// Has the service do what a click on the notification does. The app is told there, once for all ways to open it.
+    /// Has the service do what a click on the notification does. The app is told there, once for all ways to open it. The
+    /// window waits for the answer: where there is none, the user can try again.
     bool open() {
         if (opened_ == number_) {
             return true; // a second tap, on a window that is about to close
@@ -133,25 +134,46 @@ private:
         }
         opened_ = number_;
         ++underWay_;
-        bus_.call({names_->notificationService, desktop::service_interface::path, desktop::service_interface::name,
-                   "Respond", Variant::share(g_variant_new("(s)", text->c_str()))},
-                  [queue = queue_, weak = weak_from_this()](const Result<Variant>& answer) {
-                      const std::string failure = answer ? "" : answer.error().message;
-                      queue->async([weak, failure] {
-                          if (const auto self = weak.lock()) {
-                              self->told(failure);
-                          }
-                      });
-                  });
-        closeSoon();
+        respond({number_, *text});
         return true;
     }
 
-    void told(const std::string& failure) {
+    struct Opening {
+        std::uint64_t number; ///< of the notification
+        std::string text;     ///< the answer, as the service reads it
+        int attemptsLeft = 2;
+    };
+
+    void respond(Opening opening) {
+        --opening.attemptsLeft;
+        bus_.call({names_->notificationService, desktop::service_interface::path, desktop::service_interface::name,
+                   "Respond", Variant::share(g_variant_new("(s)", opening.text.c_str()))},
+                  [queue = queue_, weak = weak_from_this(), opening](const Result<Variant>& answer) {
+                      const std::string failure = answer ? "" : answer.error().message;
+                      queue->async([weak, opening, failure] {
+                          if (const auto self = weak.lock()) {
+                              self->told(opening, failure);
+                          }
+                      });
+                  });
+    }
+
+    void told(const Opening& opening, const std::string& failure) {
         if (!failure.empty()) {
             complain("The notification was not opened: " + failure);
+            if (opening.attemptsLeft > 0) {
+                return respond(opening);
+            }
         }
         --underWay_;
+        if (opening.number == number_) {
+            if (failure.empty()) {
+                window_ = nullptr;
+            } else {
+                opened_ = 0;
+                refused_ = number_;
+            }
+        }
         stayForAWhile();
     }
 
@@ -221,9 +243,10 @@ private:
     const std::shared_ptr<GtkMainQueue> queue_ = std::make_shared<GtkMainQueue>();
     std::unique_ptr<NotificationWindow> window_;
     platform::Notification shown_;
-    std::uint64_t number_ = 0; ///< of the notification that is shown
-    std::uint64_t opened_ = 0; ///< the number of the last that the user opened
-    int underWay_ = 0;         ///< answers of the user that the app has not been told yet
+    std::uint64_t number_ = 0;  ///< of the notification that is shown
+    std::uint64_t opened_ = 0;  ///< the number of the last that the user opened
+    std::uint64_t refused_ = 0; ///< that of the last which nobody opened: its choices open their URLs directly
+    int underWay_ = 0;          ///< answers of the user that the app has not been told yet
     std::optional<platform::TimerId> idle_;
     bool owned_ = false;   ///< has been, the name on the bus
     bool leaving_ = false; ///< the name is on its way back
