@@ -17,7 +17,7 @@ using ShownNotificationsTest = NotificationCentreTest;
 
 TEST_F(ShownNotificationsTest, WhatAKilledProcessHasShownTheNextOneKnows) {
     FreedesktopUserNotifications::Parts parts;
-    parts.kept = std::make_shared<ShownNotifications>(memory.preferences, memory.queues->make("disk", platform::QueueKind::serial));
+    parts.kept = std::make_shared<ShownNotifications>(memory.preferences);
     const auto restart = [&] {
         center.reset();
         session = std::make_shared<desktop::SessionBus>(bus.address());
@@ -27,7 +27,8 @@ TEST_F(ShownNotificationsTest, WhatAKilledProcessHasShownTheNextOneKnows) {
     restart();
     const std::string picture = file("one");
     auto rich = withFile("one", picture);
-    rich.content.userInfo = {{"aps", Map{{"actionButtons", Map{{"button1", Map{{"id", "again"}, {"label", "Again"}}}}}}}};
+    rich.content.userInfo = {
+        {"aps", Map{{"actionButtons", Map{{"button1", Map{{"id", "again"}, {"label", "Again"}}}}}}}};
     EXPECT_EQ(add(rich), std::nullopt);
     for (const char* other : {"two", "three", "four"}) {
         EXPECT_EQ(add(withFile(other, file(other))), std::nullopt);
@@ -64,14 +65,11 @@ TEST_F(ShownNotificationsTest, WhatAKilledProcessHasShownTheNextOneKnows) {
 }
 
 TEST_F(ShownNotificationsTest, AreBoundedAndTakeDamageForNothing) {
-    const ShownNotifications shown(memory.preferences, memory.queues->make("disk", platform::QueueKind::serial));
+    const ShownNotifications shown(memory.preferences);
     const auto entry = [](std::uint32_t id) {
         return ShownNotifications::Entry{id, {request("n" + std::to_string(id))}, {{"default", "", "x"}}};
     };
-    const auto kept = [&] {
-        memory.queues->runUntilIdle();
-        return shown.takeUp("server").up;
-    };
+    const auto kept = [&] { return shown.takeUp("server").up; };
     for (std::uint32_t id = 1; id <= ShownNotifications::maximumCount + 1; ++id) {
         shown.add("server", entry(id));
     }
