@@ -276,6 +276,28 @@ TEST_F(NotificationDelegateTest, TheClickThatStartsTheAppIsHandledOnce) {
     EXPECT_EQ(memory.userNotifications->finishedResponses(), 1U);
 }
 
+TEST_F(NotificationDelegateTest, ChoicesOfTheLastThousandPushesAreKept) {
+    const auto pushed = [&](std::int64_t number) {
+        return PushChoices(*memory.preferences, "p" + std::to_string(number));
+    };
+    const auto kept = [&] { return memory.preferences->opened(suite)->contents().size(); };
+    for (std::int64_t i = 0; i < PushChoices::maximumPushes; ++i) {
+        pushed(i).setRating(3);
+        pushed(i).setClickedURL("https://shop.example/element"); // the same push
+    }
+    const auto full = kept();
+    EXPECT_EQ(pushed(0).rating(), 3);
+    pushed(1).setRating(4); // it has its place
+    pushed(1000).setClickedImage("https://shop.example/slide");
+    EXPECT_EQ(pushed(0).rating(), 0);
+    EXPECT_EQ(pushed(0).clickedURL(), std::nullopt);
+    EXPECT_EQ(pushed(1).rating(), 4);
+    EXPECT_EQ(pushed(1000).clickedImage(), "https://shop.example/slide");
+    pushed(1001).setRating(1); // the places are taken in turn
+    EXPECT_EQ(pushed(1).rating(), 0);
+    EXPECT_EQ(kept(), full - 2);
+}
+
 TEST_F(NotificationDelegateTest, WhatTheContentExtensionChoosesTheAppReads) {
     const auto files = std::make_shared<testing::MemoryStore>();
     testing::MemoryPlatform app("com.example.shop", files);
