@@ -2,7 +2,7 @@
 "use strict";
 const { io } = require("socket.io-client");
 
-const socket = io(process.argv[2], { auth: { name: "guest" } });
+const socket = io(process.argv[2], { auth: { name: "guest" }, transports: ["websocket"] });
 socket.on("connect", () => console.log("connected"));
 socket.on("message", (line) => console.log(line));
 require("readline").createInterface({ input: process.stdin })

@@ -10,7 +10,7 @@
 
 #include <unistd.h>
 
-#include "ports/linux/LinuxPlatform.h"
+#include "ports/linux/LinuxServices.h"
 #include "support/ProcessStatus.h"
 #include "zentavo/socketio/SocketManager.h"
 
@@ -114,14 +114,13 @@ int main(int argc, char** argv) {
         return 2;
     }
     alarm(60); // whatever goes wrong
-    const auto system = zentavo::linux_port::makeLinuxPlatform();
-    const auto queue = system->queues->make("benchmark", zentavo::platform::QueueKind::serial);
+    const auto system = zentavo::linux_port::makeLinuxServices();
     io::ManagerOptions options;
     options.reconnects = false;
     options.transports = {std::string(argv[2]) == "polling" ? io::TransportKind::polling
                                                             : io::TransportKind::webSocket};
     const auto manager = io::SocketManager::make(std::string("http://127.0.0.1:") + argv[1], options,
-                                                 {queue, system->clock, system->random, system->urlSession});
+                                                 {system.worker, system.clock, system.random, system.urlSession});
     if (!manager) {
         return 2;
     }

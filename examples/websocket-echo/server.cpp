@@ -1,7 +1,7 @@
 // A WebSocket server on this machine that sends everything back, until its input ends: zentavo-websocket-server PORT
 #include <cstdlib>
 #include <iostream>
-#include <string>
+#include <limits>
 
 #include <zentavo/websocket/WebSocketServer.h>
 
@@ -23,7 +23,5 @@ int main(int argc, char** argv) {
         return 1;
     }
     std::cout << "ws://127.0.0.1:" << *port << "/" << std::endl;
-    for (std::string line; std::getline(std::cin, line);) {
-    }
-    return 0;
+    std::cin.ignore(std::numeric_limits<std::streamsize>::max());
 }

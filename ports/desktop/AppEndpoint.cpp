@@ -5,6 +5,8 @@
 #include <deque>
 
 #include "ports/desktop/AppInterfaces.h"
+#include "ports/desktop/Callers.h"
+#include "ports/desktop/MessageBody.h"
 #include "ports/desktop/NotificationCodec.h"
 #include "ports/desktop/PushEndpoint.h"
 
@@ -63,9 +65,7 @@ struct App {
     }
 
     void answer(const MethodCall& call) const {
-        const char* text = nullptr;
-        const Variant parameters = call.parameters();
-        g_variant_get(parameters.get(), "(&s)", &text);
+        const std::string text = body::text(call.parameters());
         const std::string method = call.method();
         if (method == "WillPresent") {
             willPresent(call, text);
@@ -97,22 +97,23 @@ GDBusConnection* connectionOfHost(const std::string& name) {
 
 } // namespace
 
-void AppEndpoint::open(SessionBus& bus, const std::string& name,
+void AppEndpoint::open(SessionBus& bus, const BusNames& names,
                        const std::shared_ptr<FreedesktopUserNotifications>& notifications,
                        const std::shared_ptr<RemoteNotifications>& remote,
                        const std::shared_ptr<platform::SystemLog>& log) {
     // The bus keeps its handlers, and they must not keep the bus.
-    const auto handler = [weak = std::weak_ptr(notifications), remote,
-                          recent = std::make_shared<RecentResponses>()](const MethodCall& call) {
-        if (const auto self = weak.lock()) {
-            App{self, remote, recent}.answer(call);
-        }
-    };
+    const auto handler = Callers::only(bus, {names.notificationService},
+                                       [weak = std::weak_ptr(notifications), remote,
+                                        recent = std::make_shared<RecentResponses>()](const MethodCall& call) {
+                                           if (const auto self = weak.lock()) {
+                                               App{self, remote, recent}.answer(call);
+                                           }
+                                       });
     bus.serve(app_interface::path, app_interface::xml, handler);
-    if (GDBusConnection* hosts = connectionOfHost(name)) {
+    if (GDBusConnection* hosts = connectionOfHost(names.app)) {
         return bus.serveOn(hosts, app_interface::path, app_interface::xml, handler);
     }
-    bus.own(name, [log, name](bool ours) {
+    bus.own(names.app, [log, name = names.app](bool ours) {
         if (!ours) {
             log->write(platform::LogLevel::info, "Clicks on notifications do not come here while another program, or "
                                                  "nobody, has the name " +

@@ -5,10 +5,9 @@ namespace zentavo::desktop {
 /// What the programs of one app offer each other on the message bus. Notifications and responses travel as the texts of
 /// `codec`; one that cannot be read is refused as an invalid argument.
 ///
-/// Callers are not asked who they are: whoever is on the user's own bus could as well press the buttons, or take a name
-/// before the app does.
+/// Each hears those of the others that have something to tell it, and nobody else; see `Callers`.
 
-/// The app, at the name `BusNames::app`.
+/// The app, at the name `BusNames::app`, for its notification service.
 namespace app_interface {
 inline constexpr const char* path = "/zentavo/App";
 inline constexpr const char* name = "zentavo.App1";
@@ -24,7 +23,7 @@ inline constexpr const char* xml = R"(<node><interface name="zentavo.App1">
 </interface></node>)";
 } // namespace app_interface
 
-/// The notification-service extension, at the name `BusNames::notificationService`.
+/// The notification-service extension, at the name `BusNames::notificationService`, for the app and the content extension.
 namespace service_interface {
 inline constexpr const char* path = "/zentavo/NotificationService";
 inline constexpr const char* name = "zentavo.NotificationService1";
@@ -39,7 +38,7 @@ inline constexpr const char* xml = R"(<node><interface name="zentavo.Notificatio
 </interface></node>)";
 } // namespace service_interface
 
-/// The notification-content extension, at the name `BusNames::notificationContent`.
+/// The notification-content extension, at the name `BusNames::notificationContent`, for the notification service.
 namespace content_interface {
 inline constexpr const char* path = "/zentavo/NotificationContent";
 inline constexpr const char* name = "zentavo.NotificationContent1";

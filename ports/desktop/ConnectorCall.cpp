@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "ports/desktop/MessageBody.h"
 #include "ports/desktop/PushRegistration.h"
 
 namespace zentavo::desktop {
@@ -9,49 +10,6 @@ namespace zentavo::desktop {
 namespace {
 
 constexpr std::string_view firstInterface = "org.unifiedpush.Connector1";
-
-std::string textOf(GVariant* value) {
-    gsize size = 0;
-    const char* text = g_variant_get_string(value, &size);
-    return {text, size};
-}
-
-std::string bytesOf(GVariant* value) {
-    gsize size = 0;
-    const auto* bytes = static_cast<const char*>(g_variant_get_fixed_array(value, &size, 1));
-    return size > 0 ? std::string(bytes, size) : std::string();
-}
-
-/// The second version's one argument.
-class Dictionary {
-public:
-    explicit Dictionary(const Variant& parameters)
-        : entries_(Variant::take(g_variant_get_child_value(parameters.get(), 0))) {}
-
-    std::string text(const char* name) { return read(name, G_VARIANT_TYPE_STRING, textOf); }
-    std::string bytes(const char* name) { return read(name, G_VARIANT_TYPE_BYTESTRING, bytesOf); }
-    const std::string& wrong() const { return wrong_; }
-
-private:
-    std::string read(const char* name, const GVariantType* type, std::string (*convert)(GVariant*)) {
-        const auto value = Variant::take(g_variant_lookup_value(entries_.get(), name, nullptr));
-        if (!value) {
-            return "";
-        }
-        if (g_variant_is_of_type(value.get(), type) == FALSE) {
-            wrong_ = std::string(name) + " is of the wrong kind";
-            return "";
-        }
-        return convert(value.get());
-    }
-
-    const Variant entries_;
-    std::string wrong_;
-};
-
-std::string child(const Variant& parameters, std::size_t index, std::string (*convert)(GVariant*) = textOf) {
-    return convert(Variant::take(g_variant_get_child_value(parameters.get(), index)).get());
-}
 
 } // namespace
 
@@ -82,24 +40,26 @@ const char* const ConnectorCall::xml = R"(<node>
 </node>)";
 
 Result<ConnectorCall> ConnectorCall::read(const MethodCall& call) {
+    return read(call.interface(), call.method(), call.parameters());
+}
+
+Result<ConnectorCall> ConnectorCall::read(std::string_view interface, std::string_view name, const Variant& arguments) {
     ConnectorCall result;
-    const std::string name = call.method();
     result.method = name == "Message"       ? Method::message
                     : name == "NewEndpoint" ? Method::newEndpoint
                                             : Method::unregistered;
-    const Variant parameters = call.parameters();
-    if (call.interface() == firstInterface) {
+    if (interface == firstInterface) {
         result.version = PushRegistration::plainVersion;
-        result.token = child(parameters, 0);
+        result.token = body::text(arguments);
         if (result.method == Method::message) {
-            result.message = child(parameters, 1, bytesOf);
-            result.id = child(parameters, 2);
+            result.message = body::bytes(arguments, 1);
+            result.id = body::text(arguments, 2);
         } else if (result.method == Method::newEndpoint) {
-            result.endpoint = child(parameters, 1);
+            result.endpoint = body::text(arguments, 1);
         }
         return result;
     }
-    Dictionary entries(parameters);
+    body::Dictionary entries(arguments);
     result.version = PushRegistration::encryptedVersion;
     result.token = entries.text("token");
     result.message = entries.bytes("message");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "ports/desktop/MethodCall.h"
 #include "zentavo/foundation/Result.h"
@@ -23,6 +24,8 @@ struct ConnectorCall {
 
     /// What is missing is empty; what is of the wrong kind is an error.
     static Result<ConnectorCall> read(const MethodCall& call);
+    /// The same of a call that is not under way; `arguments` are as `xml` declares them.
+    static Result<ConnectorCall> read(std::string_view interface, std::string_view method, const Variant& arguments);
     /// Everything is well.
     static void answer(const MethodCall& call);
 };

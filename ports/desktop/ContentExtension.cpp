@@ -1,8 +1,10 @@
 #include "ports/desktop/ContentExtension.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "ports/desktop/AppInterfaces.h"
+#include "ports/desktop/MessageBody.h"
 #include "ports/desktop/NotificationCodec.h"
 
 namespace zentavo::desktop {
@@ -32,15 +34,9 @@ std::shared_ptr<ContentExtension> ContentExtension::make(std::shared_ptr<Session
                          if (!self || !names) {
                              return;
                          }
-                         const auto list = Variant::take(g_variant_get_child_value(names->get(), 0));
-                         bool found = false;
-                         GVariantIter each;
-                         g_variant_iter_init(&each, list.get());
-                         for (const char* other = nullptr; g_variant_iter_next(&each, "&s", &other) != FALSE;) {
-                             found = found || self->name_ == other;
-                         }
+                         const auto all = body::texts(*names);
                          const MutexLock lock(self->mutex_);
-                         self->canStart_ = found;
+                         self->canStart_ = std::find(all.begin(), all.end(), self->name_) != all.end();
                      });
     return made;
 }

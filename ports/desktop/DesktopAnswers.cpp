@@ -31,13 +31,13 @@ void setRemoteNotificationsHandlers(RemoteNotificationsHandlers handlers) {
     RemoteNotifications::shared()->setHandlers(std::move(handlers));
 }
 
-bool attach(Zentavo& sdk, std::function<bool()> isInFront) {
+bool attach(Zentavo& sdk, AppWindows windows) {
     return entryPoint(
         "attach",
         [&] {
             platform::Platform& system = *sdk.state()->platform;
             platform::UserInterface interface = *system.userInterface();
-            const DesktopProcess& process = DesktopProcess::of(system, interface.mainQueue, std::move(isInFront));
+            const DesktopProcess& process = DesktopProcess::of(system, interface.mainQueue, std::move(windows));
             interface.userNotifications = process.userNotifications();
             if (!std::dynamic_pointer_cast<DesktopApplication>(interface.application)) {
                 interface.application = std::make_shared<DesktopApplication>(process, interface.application);
@@ -48,9 +48,19 @@ bool attach(Zentavo& sdk, std::function<bool()> isInFront) {
         false);
 }
 
-bool attach(std::function<bool()> isInFront) {
+bool attach(AppWindows windows) {
     const auto sdk = Zentavo::shared();
-    return attach(*sdk, std::move(isInFront));
+    return attach(*sdk, std::move(windows));
+}
+
+void setBadgeCount(Zentavo& sdk, std::int64_t count) {
+    entryPoint("setBadgeCount",
+               [&] { sdk.state()->platform->userInterface()->userNotifications->setBadgeCount(count); });
+}
+
+void setBadgeCount(std::int64_t count) {
+    const auto sdk = Zentavo::shared();
+    setBadgeCount(*sdk, count);
 }
 
 } // namespace zentavo::desktop

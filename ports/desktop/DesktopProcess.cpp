@@ -8,26 +8,24 @@
 
 namespace zentavo::desktop {
 
-/// The host's answer to whether it is in front; another host may come to give it.
-class DesktopProcess::Foreground {
+/// The host's; another host may come and bring its own.
+class DesktopProcess::Windows {
 public:
-    explicit Foreground(std::function<bool()> ask) : ask_(std::move(ask)) {}
+    explicit Windows(AppWindows windows) : windows_(std::move(windows)) {}
 
-    void replace(std::function<bool()> ask) {
+    void replace(AppWindows windows) {
         MutexLock lock(mutex_);
-        ask_.swap(ask);
+        std::swap(windows_, windows);
         lock.unlock();
     }
-    bool ask() {
+    AppWindows get() {
         MutexLock lock(mutex_);
-        const auto asked = ask_;
-        lock.unlock();
-        return asked && asked();
+        return windows_;
     }
 
 private:
     Mutex mutex_;
-    std::function<bool()> ask_ ZENTAVO_GUARDED_BY(mutex_);
+    AppWindows windows_ ZENTAVO_GUARDED_BY(mutex_);
 };
 
 namespace {
@@ -41,7 +39,7 @@ std::optional<BusNames> namesOfApp(const platform::Bundle& program) {
 std::shared_ptr<FreedesktopUserNotifications> makeNotifications(std::shared_ptr<SessionBus> bus,
                                                                 const platform::Platform& system,
                                                                 std::shared_ptr<platform::MainQueue> mainQueue,
-                                                                std::function<bool()> isInFront) {
+                                                                AppWindows windows) {
     const auto program = system.bundles->main();
     const auto names = BusNames::of(*program);
     FreedesktopUserNotifications::Parts parts{
@@ -53,9 +51,10 @@ std::shared_ptr<FreedesktopUserNotifications> makeNotifications(std::shared_ptr<
     };
     if (names && names->app == program->identifier()) {
         parts.notificationService = names->notificationService;
-        parts.suite = std::make_shared<NotificationSuite>(system.preferences, names->app);
+        parts.suite = std::make_shared<NotificationSuite>(system.preferences, names->app, NotificationSuite::Side::app);
     }
-    parts.isInFront = std::move(isInFront);
+    parts.isInFront = std::move(windows.isInFront);
+    parts.comeToFront = std::move(windows.comeToFront);
     return FreedesktopUserNotifications::make(std::move(parts));
 }
 
@@ -63,14 +62,25 @@ std::shared_ptr<FreedesktopUserNotifications> makeNotifications(std::shared_ptr<
 
 DesktopProcess::DesktopProcess(std::shared_ptr<SessionBus> bus, std::shared_ptr<RemoteNotifications> remote,
                                const platform::Platform& system, std::shared_ptr<platform::MainQueue> mainQueue,
-                               std::function<bool()> isInFront)
-    : log_(system.systemLog), remote_(std::move(remote)),
-      foreground_(std::make_shared<Foreground>(std::move(isInFront))), names_(namesOfApp(*system.bundles->main())),
-      notifications_(makeNotifications(bus, system, mainQueue, [front = foreground_] { return front->ask(); })),
+                               AppWindows windows)
+    : log_(system.systemLog), remote_(std::move(remote)), windows_(std::make_shared<Windows>(std::move(windows))),
+      names_(namesOfApp(*system.bundles->main())),
+      notifications_(makeNotifications(bus, system, mainQueue,
+                                       {.isInFront =
+                                            [windows = windows_] {
+                                                const auto current = windows->get();
+                                                return current.isInFront && current.isInFront();
+                                            },
+                                        .comeToFront =
+                                            [windows = windows_](const std::string& token) {
+                                                if (const auto current = windows->get(); current.comeToFront) {
+                                                    current.comeToFront(token);
+                                                }
+                                            }})),
       service_(bus, names_ ? names_->notificationService : "") {
     remote_->setMainQueue(std::move(mainQueue));
     if (names_) {
-        AppEndpoint::open(*bus, names_->app, notifications_, remote_, log_);
+        AppEndpoint::open(*bus, *names_, notifications_, remote_, log_);
     } else if (!BusNames::of(*system.bundles->main())) {
         log_->write(platform::LogLevel::info, "No pushes, and no clicks that start the app: the program has no bundle "
                                               "identifier that can be a name on the message bus");
@@ -78,13 +88,13 @@ DesktopProcess::DesktopProcess(std::shared_ptr<SessionBus> bus, std::shared_ptr<
 }
 
 DesktopProcess& DesktopProcess::of(const platform::Platform& system, std::shared_ptr<platform::MainQueue> mainQueue,
-                                   std::function<bool()> isInFront) {
+                                   AppWindows windows) {
     // For ever: the bus's thread may be at work while the process exits.
-    static auto& only = *new DesktopProcess(std::make_shared<SessionBus>(), RemoteNotifications::shared(), system,
-                                            mainQueue, isInFront);
+    static auto& only =
+        *new DesktopProcess(std::make_shared<SessionBus>(), RemoteNotifications::shared(), system, mainQueue, windows);
     only.notifications_->setMainQueue(mainQueue);
     only.remote_->setMainQueue(std::move(mainQueue));
-    only.foreground_->replace(std::move(isInFront));
+    only.windows_->replace(std::move(windows));
     return only;
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 
+#include "ports/desktop/AppWindows.h"
 #include "ports/desktop/BusNames.h"
 #include "ports/desktop/FreedesktopUserNotifications.h"
 #include "ports/desktop/RemoteNotifications.h"
@@ -17,24 +17,24 @@ namespace zentavo::desktop {
 class ZENTAVO_EXPORT DesktopProcess {
 public:
     /// This process's, made for the first platform that comes and kept for ever; a later one brings its main queue and its
-    /// `isInFront`.
+    /// windows.
     static DesktopProcess& of(const platform::Platform& system, std::shared_ptr<platform::MainQueue> mainQueue,
-                              std::function<bool()> isInFront);
+                              AppWindows windows);
 
     DesktopProcess(std::shared_ptr<SessionBus> bus, std::shared_ptr<RemoteNotifications> remote,
                    const platform::Platform& system, std::shared_ptr<platform::MainQueue> mainQueue,
-                   std::function<bool()> isInFront);
+                   AppWindows windows);
 
     const std::shared_ptr<FreedesktopUserNotifications>& userNotifications() const { return notifications_; }
     /// What comes of it is told to the host's handlers. Any thread.
     void registerForRemoteNotifications() const;
 
 private:
-    class Foreground;
+    class Windows;
 
     const std::shared_ptr<platform::SystemLog> log_;
     const std::shared_ptr<RemoteNotifications> remote_;
-    const std::shared_ptr<Foreground> foreground_;
+    const std::shared_ptr<Windows> windows_;
     /// Of the app that this process is; none for one of its extensions, and for a program that the bus cannot name.
     const std::optional<BusNames> names_;
     const std::shared_ptr<FreedesktopUserNotifications> notifications_;

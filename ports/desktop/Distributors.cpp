@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "ports/desktop/MessageBody.h"
 #include "ports/desktop/PushRegistration.h"
 
 namespace zentavo::desktop {
@@ -58,23 +59,18 @@ Result<int> outcome(int version, std::string_view result, std::string_view reaso
     return Error{"the distributor does not take the registration: " + std::string(reason.empty() ? result : reason)};
 }
 
-Result<int> firstOutcome(const Variant& answer) {
-    const char* result = nullptr;
-    const char* reason = nullptr;
-    g_variant_get(answer.get(), "(&s&s)", &result, &reason);
-    return outcome(PushRegistration::plainVersion, result, reason);
-}
-
-Result<int> secondOutcome(const Variant& answer) {
-    const auto entries = Variant::take(g_variant_get_child_value(answer.get(), 0));
-    const char* result = "it did not say why";
-    const char* reason = "";
-    g_variant_lookup(entries.get(), "success", "&s", &result);
-    g_variant_lookup(entries.get(), "reason", "&s", &reason);
-    return outcome(PushRegistration::encryptedVersion, result, reason);
-}
-
 } // namespace
+
+Result<int> Distributors::firstOutcome(const Variant& answer) {
+    return outcome(PushRegistration::plainVersion, body::text(answer, 0), body::text(answer, 1));
+}
+
+Result<int> Distributors::secondOutcome(const Variant& answer) {
+    body::Dictionary entries(answer);
+    const std::string result = entries.text("success");
+    return outcome(PushRegistration::encryptedVersion, result.empty() ? "it did not say why" : result,
+                   entries.text("reason"));
+}
 
 void Distributors::list(std::function<void(std::vector<std::string> names)> found) {
     const auto names = std::make_shared<std::vector<std::string>>();
@@ -82,12 +78,9 @@ void Distributors::list(std::function<void(std::vector<std::string> names)> foun
         if (!answer) {
             return; // without a bus there are no distributors either
         }
-        const auto list = Variant::take(g_variant_get_child_value(answer->get(), 0));
-        GVariantIter each;
-        g_variant_iter_init(&each, list.get());
-        for (const char* name = nullptr; g_variant_iter_next(&each, "&s", &name) != FALSE;) {
-            if (std::string_view(name).starts_with(namePrefix)) {
-                names->emplace_back(name);
+        for (std::string& name : body::texts(*answer)) {
+            if (name.starts_with(namePrefix)) {
+                names->push_back(std::move(name));
             }
         }
     };
@@ -109,7 +102,7 @@ void Distributors::add(const std::string& distributor, const Request& request,
                                             {"description", request.description},
                                             {"vapid", request.vapid}}),
                                 "(a{sv})");
-    call.mayBeUnknown = true;
+    call.expected = SessionBus::Expected::unknownMethod;
     bus_.call(std::move(call), [this, distributor, request, done = std::move(done)](const Result<Variant>& answer) {
         if (!answer) {
             return done(answer.error());

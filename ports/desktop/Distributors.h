@@ -33,6 +33,10 @@ public:
     /// `wanted` where it is among `names`, else `last`, else the first; empty where there are none.
     static std::string choose(const std::vector<std::string>& names, const std::string& wanted,
                               const std::string& last);
+    /// What a distributor answers to a registration: "(ss)" in the first version, "(a{sv})" in the second. Which version
+    /// that is, or why it refuses.
+    static Result<int> firstOutcome(const Variant& answer);
+    static Result<int> secondOutcome(const Variant& answer);
 
 private:
     SessionBus& bus_;

@@ -5,6 +5,7 @@
 
 #include "ports/desktop/AppInterfaces.h"
 #include "ports/desktop/DelegateDoor.h"
+#include "ports/desktop/MessageBody.h"
 #include "ports/desktop/NotificationCodec.h"
 
 namespace zentavo::desktop {
@@ -49,11 +50,7 @@ void ForwardingDelegate::userNotificationCenter(platform::UserNotifications&, co
     question.mayStart = false;
     question.timeout = presentationTimeout;
     bus_->call(std::move(question), [completion = std::move(withCompletionHandler)](const Result<Variant>& answer) {
-        guint32 options = presentEverything;
-        if (answer) {
-            g_variant_get(answer->get(), "(u)", &options);
-        }
-        completion(options & presentEverything);
+        completion(answer ? body::number(*answer) & presentEverything : presentEverything);
     });
 }
 
@@ -69,7 +66,8 @@ void ForwardingDelegate::userNotificationCenter(platform::UserNotifications&,
             // The first may be on its way, and is not to be told twice.
             waiting_.erase(waiting_.begin() + (telling_ ? 1 : 0));
         }
-        waiting_.push_back({std::move(*text), clock_->steady()});
+        waiting_.push_back(
+            {std::move(*text), clock_->steady(), didReceive.actionIdentifier != platform::dismissActionIdentifier});
         lock.unlock();
         if (full) {
             log_->write(platform::LogLevel::warning, "Too many answers wait for the app: the oldest is dropped");
@@ -96,9 +94,12 @@ void ForwardingDelegate::tellNext() {
     }
     telling_ = true;
     ++round_;
-    const std::string text = waiting_.front().text;
+    const Waiting next = waiting_.front();
     lock.unlock();
-    auto response = call("Respond", text);
+    auto response = call("Respond", next.text);
+    response.mayStart = next.mayStart;
+    response.expected =
+        SessionBus::Expected::refusedArguments; // by one of another version: it will not take it later either
     response.timeout = responseTimeout;
     bus_->call(std::move(response),
                [self = shared_from_this()](const Result<Variant>& outcome) { self->told(outcome); });
@@ -107,10 +108,14 @@ void ForwardingDelegate::tellNext() {
 void ForwardingDelegate::told(const Result<Variant>& outcome) {
     MutexLock lock(mutex_);
     telling_ = false;
-    if (outcome) {
+    const bool refused = outcome && outcome->get() == nullptr;
+    if (outcome || !(present_ || waiting_.front().mayStart)) {
         waiting_.pop_front();
         failures_ = 0;
         lock.unlock();
+        if (refused) {
+            log_->write(platform::LogLevel::warning, "The app refuses an answer, which is dropped");
+        }
         return tellNext();
     }
     const auto pause = std::min(firstPause * (1U << std::min(failures_, 16U)), lastPause);

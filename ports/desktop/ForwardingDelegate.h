@@ -41,7 +41,8 @@ public:
     void userNotificationCenter(platform::UserNotifications& center, const platform::Notification& willPresent,
                                 std::function<void(std::uint32_t options)> withCompletionHandler) override;
     /// Tells the app, which is started for it, of one answer after the other. The completion says that the answer is in
-    /// good hands, which may still be ours: what cannot be told waits until the app appears.
+    /// good hands, which may still be ours: what cannot be told waits until the app appears. That a notification was put
+    /// away is told to an app that runs, and starts none.
     void userNotificationCenter(platform::UserNotifications& center, const platform::NotificationResponse& didReceive,
                                 std::function<void()> withCompletionHandler) override;
 
@@ -55,6 +56,7 @@ private:
     struct Waiting {
         std::string text;
         std::chrono::nanoseconds since{0}; ///< of the steady clock
+        bool mayStart = true;              ///< whether the app is started for it
     };
 
     ForwardingDelegate(std::shared_ptr<SessionBus> bus, std::string app, const platform::Platform& platform);

@@ -24,7 +24,9 @@ auto FreedesktopUserNotifications::weakly(void (FreedesktopUserNotifications::*m
 std::shared_ptr<FreedesktopUserNotifications> FreedesktopUserNotifications::make(Parts parts) {
     const std::shared_ptr<FreedesktopUserNotifications> made(new FreedesktopUserNotifications(std::move(parts)));
     made->server_->listen({made->weakly(&FreedesktopUserNotifications::invoked),
+                           made->weakly(&FreedesktopUserNotifications::activationToken),
                            made->weakly(&FreedesktopUserNotifications::closed),
+                           made->weakly(&FreedesktopUserNotifications::came),
                            made->weakly(&FreedesktopUserNotifications::gone)});
     // Launchers forget the number with the process that said it. Not here: the suite is opened for it.
     if (made->parts_.suite) {
@@ -62,14 +64,16 @@ void FreedesktopUserNotifications::requestAuthorization(
 }
 
 void FreedesktopUserNotifications::addCategory(platform::NotificationCategory category) {
-    if (parts_.suite) {
-        parts_.bus->run([suite = parts_.suite, category] { suite->addCategory(category); });
-    }
     MutexLock lock(mutex_);
     const bool known = std::any_of(categories_.begin(), categories_.end(),
                                    [&](const auto& other) { return other.identifier == category.identifier; });
-    if (!known) {
-        categories_.push_back(std::move(category));
+    if (known) {
+        return;
+    }
+    categories_.push_back(category);
+    lock.unlock();
+    if (parts_.suite) {
+        parts_.bus->run([suite = parts_.suite, category = std::move(category)] { suite->addCategory(category); });
     }
 }
 
@@ -208,11 +212,13 @@ void FreedesktopUserNotifications::show(std::uint32_t options, const ServerCapab
 void FreedesktopUserNotifications::shown(std::uint32_t id, std::vector<DesktopAction> actions) {
     const platform::Notification& notification = pending_.front().notification;
     if (const auto earlier = find(notification.request.identifier); earlier != shown_.end()) {
-        removeFiles(earlier->notification, &notification);
-        shown_.erase(earlier);
+        forget(earlier, &notification);
     }
     std::erase(answered_, notification.request.identifier); // another one that is called the same
-    shown_.push_back({id, notification, std::move(actions)});
+    shown_.push_back({{id, notification, std::move(actions)}});
+    if (parts_.kept && !serverProcess_.empty()) {
+        parts_.kept->add(serverProcess_, shown_.back());
+    }
     if (pending_.front().cancelled || shown_.size() > maximumShown) {
         const auto unwanted = pending_.front().cancelled ? shown_.end() - 1 : shown_.begin();
         server_->close(unwanted->id);
@@ -253,9 +259,23 @@ void FreedesktopUserNotifications::deliveredHere(std::function<void(std::vector<
     parts_.bus->run([self = shared_from_this(), completion = std::move(completion)] {
         std::vector<platform::Notification> notifications;
         for (const Shown& shown : self->shown_) {
-            notifications.push_back(shown.notification);
+            if (!shown.earlier) {
+                notifications.push_back(shown.notification);
+            }
         }
         completion(std::move(notifications));
+    });
+}
+
+void FreedesktopUserNotifications::files(std::function<void(std::set<std::string> paths)> completion) {
+    parts_.bus->run([self = shared_from_this(), completion = std::move(completion)] {
+        std::set<std::string> paths;
+        for (const Shown& shown : self->shown_) {
+            for (const auto& attachment : shown.notification.request.content.attachments) {
+                paths.insert(attachment.path);
+            }
+        }
+        completion(std::move(paths));
     });
 }
 
@@ -292,11 +312,18 @@ void FreedesktopUserNotifications::invoked(std::uint32_t id, const std::string& 
             [self = shared_from_this(), notification = shown->notification] { self->parts_.expand(notification); });
         return;
     }
-    platform::NotificationResponse response{shown->notification, action->identifier};
+    platform::NotificationResponse response{shown->notification, action->identifier, shown->activationToken};
     // Most services take it away by themselves, and say so; nobody listens to that any more.
     server_->close(id);
     forget(shown);
     answered(std::move(response));
+}
+
+void FreedesktopUserNotifications::activationToken(std::uint32_t id, const std::string& token) {
+    const auto shown = find(id);
+    if (shown != shown_.end() && token.size() <= maximumTokenBytes) {
+        shown->activationToken = token;
+    }
 }
 
 void FreedesktopUserNotifications::closed(std::uint32_t id, std::uint32_t reason) {
@@ -321,10 +348,29 @@ void FreedesktopUserNotifications::answered(platform::NotificationResponse respo
     if (answered_.size() > maximumAnswered) {
         answered_.pop_front();
     }
+    if (parts_.comeToFront && response.actionIdentifier == platform::defaultActionIdentifier) {
+        door_.onMain(
+            [self = shared_from_this(), token = response.activationToken] { self->parts_.comeToFront(token); });
+    }
     door_.tell(shared_from_this(), std::move(response));
 }
 
+void FreedesktopUserNotifications::came(const std::string& server) {
+    serverProcess_ = server;
+    if (!parts_.kept) {
+        return;
+    }
+    auto left = parts_.kept->takeUp(server);
+    for (const platform::Notification& notification : left.gone) {
+        removeFiles(notification);
+    }
+    for (auto& each : left.up) {
+        shown_.push_back({std::move(each), false, true});
+    }
+}
+
 void FreedesktopUserNotifications::gone() {
+    serverProcess_.clear();
     while (!shown_.empty()) {
         forget(shown_.begin());
     }
@@ -340,8 +386,11 @@ FreedesktopUserNotifications::find(const std::string& identifier) {
                         [&](const Shown& each) { return each.notification.request.identifier == identifier; });
 }
 
-void FreedesktopUserNotifications::forget(std::vector<Shown>::iterator shown) {
-    removeFiles(shown->notification);
+void FreedesktopUserNotifications::forget(std::vector<Shown>::iterator shown, const platform::Notification* successor) {
+    removeFiles(shown->notification, successor);
+    if (parts_.kept) {
+        parts_.kept->remove(shown->id);
+    }
     shown_.erase(shown);
 }
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "ports/desktop/NotificationServer.h"
 #include "ports/desktop/NotificationServiceClient.h"
 #include "ports/desktop/NotificationSuite.h"
+#include "ports/desktop/ShownNotifications.h"
 #include "zentavo/foundation/Export.h"
 #include "zentavo/platform/AttachmentFiles.h"
 #include "zentavo/platform/DispatchQueue.h"
@@ -27,7 +29,7 @@ namespace zentavo::desktop {
 ///
 /// Notifications are shown one after the other, in the order in which they were added. With one that is added its
 /// attachments' files become ours: they are removed when it is gone from the screen, or could not be shown. What is up
-/// when the process ends stays up, and a click on it is lost.
+/// when the process ends stays up; a click on it is told if the next process is there by then and knows it (`Parts::kept`).
 class ZENTAVO_EXPORT FreedesktopUserNotifications final
     : public platform::UserNotifications,
       public std::enable_shared_from_this<FreedesktopUserNotifications> {
@@ -35,6 +37,8 @@ public:
     /// Of more that are up, the oldest are taken away; of more that wait to be shown, the newest are refused.
     static constexpr std::size_t maximumShown = 128;
     static constexpr std::size_t maximumPending = 128;
+    /// Longer tokens are none.
+    static constexpr std::size_t maximumTokenBytes = 1'024;
     /// Of so many that the user has answered, a second answer from elsewhere changes nothing.
     static constexpr std::size_t maximumAnswered = 32;
     /// How long a delegate may think; then everything is shown.
@@ -52,8 +56,12 @@ public:
         std::string notificationService = {};
         /// What the app and its extension know together; without it, this process keeps it to itself.
         std::shared_ptr<NotificationSuite> suite = {};
+        /// Where what is shown is kept for the next process; without it, that knows nothing of it.
+        std::shared_ptr<ShownNotifications> kept = {};
         /// Whether the delegate is asked how to show a notification: the app is in front. On the main queue.
         std::function<bool()> isInFront = {};
+        /// The user has opened a notification, and wants to see the app. On the main queue, before the delegate is told.
+        std::function<void(const std::string& activationToken)> comeToFront = {};
         /// The user wants to see all of a rich notification. On the main queue. Without it there is no button for it.
         std::function<void(platform::Notification)> expand = {};
         /// Whether that could be done now; without it, always. On the bus's thread.
@@ -81,6 +89,8 @@ public:
     void setMainQueue(std::shared_ptr<platform::MainQueue> mainQueue) { door_.setMainQueue(std::move(mainQueue)); }
     /// What this process itself shows, on the bus's thread.
     void deliveredHere(std::function<void(std::vector<platform::Notification>)> completion);
+    /// The attachments' files of all that is up or may be, on the bus's thread.
+    void files(std::function<void(std::set<std::string> paths)> completion);
 
 private:
     struct Pending {
@@ -89,11 +99,10 @@ private:
         std::function<void(std::optional<std::string>)> completion;
         bool cancelled = false; ///< taken away before it was there
     };
-    struct Shown {
-        std::uint32_t id = 0; ///< the service's
-        platform::Notification notification;
-        std::vector<DesktopAction> actions;
+    struct Shown : ShownNotifications::Entry {
         bool expanded = false; ///< the user sees it elsewhere: its end here is no answer
+        bool earlier = false;  ///< a process before this one has shown it, and nobody knows whether it is up still
+        std::string activationToken = {}; ///< of the click that comes next
     };
 
     explicit FreedesktopUserNotifications(Parts parts);
@@ -111,14 +120,17 @@ private:
     void finish(std::optional<std::string> error);
 
     void invoked(std::uint32_t id, const std::string& key);
+    void activationToken(std::uint32_t id, const std::string& token);
     void closed(std::uint32_t id, std::uint32_t reason);
     /// The delegate is told once of each that was shown.
     void answered(platform::NotificationResponse response);
+    void came(const std::string& server);
     void gone();
     void takeAway(const std::vector<std::string>& identifiers);
     std::vector<Shown>::iterator find(std::uint32_t id);
     std::vector<Shown>::iterator find(const std::string& identifier);
-    void forget(std::vector<Shown>::iterator shown);
+    /// `successor` has taken its place, and may need its files.
+    void forget(std::vector<Shown>::iterator shown, const platform::Notification* successor = nullptr);
     /// This process's, and those that the other one has registered.
     std::vector<platform::NotificationCategory> allCategories();
     /// Those that `kept` does not need.
@@ -133,6 +145,7 @@ private:
     Mutex mutex_;
     std::vector<platform::NotificationCategory> categories_ ZENTAVO_GUARDED_BY(mutex_);
 
+    std::string serverProcess_;   ///< that shows what is shown; empty while there is none
     std::deque<Pending> pending_; ///< the first is being shown
     std::uint64_t lastNumber_ = 0;
     std::uint64_t presenting_ = 0;     ///< the last that it was decided of how it is shown

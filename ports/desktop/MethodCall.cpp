@@ -10,9 +10,7 @@ public:
     Invocation(const Invocation&) = delete;
     Invocation& operator=(const Invocation&) = delete;
     ~Invocation() {
-        if (GDBusMethodInvocation* open = take()) {
-            g_dbus_method_invocation_return_error_literal(open, G_DBUS_ERROR, G_DBUS_ERROR_FAILED, "It was not done");
-        }
+        refuse(G_DBUS_ERROR_FAILED, "It was not done");
         g_object_unref(invocation_);
     }
 
@@ -20,6 +18,11 @@ public:
     /// Null from the second time on. Each way to answer uses up a reference.
     GDBusMethodInvocation* take() {
         return answered_.exchange(true) ? nullptr : static_cast<GDBusMethodInvocation*>(g_object_ref(invocation_));
+    }
+    void refuse(GDBusError error, const std::string& why) {
+        if (GDBusMethodInvocation* open = take()) {
+            g_dbus_method_invocation_return_error_literal(open, G_DBUS_ERROR, error, why.c_str());
+        }
     }
 
 private:
@@ -42,22 +45,21 @@ std::string MethodCall::sender() const {
     return sender != nullptr ? sender : "";
 }
 
+std::string MethodCall::receiver() const {
+    const char* name = g_dbus_connection_get_unique_name(g_dbus_method_invocation_get_connection(invocation_->get()));
+    return name != nullptr ? name : "";
+}
+
 void MethodCall::answer(const Variant& values) const {
     if (GDBusMethodInvocation* open = invocation_->take()) {
         g_dbus_method_invocation_return_value(open, values.get());
     }
 }
 
-void MethodCall::refuse(const std::string& why) const {
-    if (GDBusMethodInvocation* open = invocation_->take()) {
-        g_dbus_method_invocation_return_error_literal(open, G_DBUS_ERROR, G_DBUS_ERROR_FAILED, why.c_str());
-    }
-}
+void MethodCall::refuse(const std::string& why) const { invocation_->refuse(G_DBUS_ERROR_FAILED, why); }
 
-void MethodCall::refuseArguments(const std::string& why) const {
-    if (GDBusMethodInvocation* open = invocation_->take()) {
-        g_dbus_method_invocation_return_error_literal(open, G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS, why.c_str());
-    }
-}
+void MethodCall::refuseArguments(const std::string& why) const { invocation_->refuse(G_DBUS_ERROR_INVALID_ARGS, why); }
+
+void MethodCall::deny(const std::string& why) const { invocation_->refuse(G_DBUS_ERROR_ACCESS_DENIED, why); }
 
 } // namespace zentavo::desktop

@@ -23,12 +23,16 @@ public:
     Variant parameters() const;
     /// The caller's unique name; nobody else can have it.
     std::string sender() const;
+    /// The unique name of our connection that the call came on.
+    std::string receiver() const;
 
     /// `values` is a tuple of the declared kinds, or nothing for a method without an answer.
     void answer(const Variant& values = {}) const;
     void refuse(const std::string& why) const;
     /// For arguments that make no sense.
     void refuseArguments(const std::string& why) const;
+    /// For callers who have no right to it.
+    void deny(const std::string& why) const;
 
 private:
     class Invocation;

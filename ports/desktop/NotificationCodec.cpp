@@ -90,6 +90,9 @@ Result<platform::Notification> readNotification(std::string_view text) {
 
 Result<std::string> write(const platform::NotificationResponse& response, const std::string& id) {
     Map sent{{"actionIdentifier", response.actionIdentifier}, {"notification", map(response.notification)}};
+    if (!response.activationToken.empty()) {
+        sent.set("activationToken", response.activationToken);
+    }
     if (!id.empty()) {
         sent.set("id", id);
     }
@@ -101,6 +104,7 @@ Result<SentResponse> readSentResponse(std::string_view text) {
         SentResponse sent;
         sent.response.actionIdentifier = decoder.string("actionIdentifier");
         sent.response.notification = decoder.nested("notification", notification);
+        sent.response.activationToken = decoder.optionalString("activationToken").value_or("");
         sent.id = decoder.optionalString("id").value_or("");
         if (sent.id.size() > maximumIdBytes) {
             decoder.fail("id", "is too long");

@@ -1,7 +1,10 @@
 #include "ports/desktop/NotificationServer.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
+
+#include "ports/desktop/MessageBody.h"
 
 namespace zentavo::desktop {
 
@@ -19,49 +22,59 @@ SessionBus::Call busCall(const char* method, Variant parameters, const char* ans
     return {busName, "/org/freedesktop/DBus", busName, method, std::move(parameters), answerType};
 }
 
-bool contains(const Variant& texts, std::string_view wanted) {
-    GVariantIter* each = nullptr;
-    g_variant_get(texts.get(), "(as)", &each);
-    const char* text = nullptr;
-    bool found = false;
-    while (g_variant_iter_next(each, "&s", &text) != FALSE) {
-        found = found || text == wanted;
-    }
-    g_variant_iter_free(each);
-    return found;
+bool contains(const Variant& names, std::string_view wanted) {
+    const auto texts = body::texts(names);
+    return std::find(texts.begin(), texts.end(), wanted) != texts.end();
 }
 
 } // namespace
 
 void NotificationServer::listen(Events events) {
     const std::weak_ptr<NotificationServer> weak = weak_from_this();
-    bus_->watch(serverName, [weak, gone = std::move(events.gone)](bool present) {
-        if (const auto self = weak.lock()) {
-            self->capabilities_.reset();
-            if (!present) {
-                gone();
-            }
+    // Answered before the owner is told: a connection's own name is told apart from those of an earlier bus by this.
+    bus_->call(busCall("GetId", {}, "(s)"), [weak](const Result<Variant>& id) {
+        const auto self = weak.lock();
+        if (self && id) {
+            self->busId_ = body::text(*id);
         }
     });
-    // A signal with other contents is none of the service's.
-    bus_->listen(serverName, serverPath, serverName, "ActionInvoked",
-                 [invoked = std::move(events.invoked)](const std::string&, const Variant& parameters) {
-                     if (g_variant_is_of_type(parameters.get(), G_VARIANT_TYPE("(us)")) != FALSE) {
-                         guint32 id = 0;
-                         const char* key = nullptr;
-                         g_variant_get(parameters.get(), "(u&s)", &id, &key);
-                         invoked(id, key);
-                     }
-                 });
+    bus_->watchOwner(serverName,
+                     [weak, came = std::move(events.came), gone = std::move(events.gone)](const std::string& owner) {
+                         if (const auto self = weak.lock()) {
+                             self->capabilities_.reset();
+                             owner.empty() ? gone() : came(self->busId_ + owner);
+                         }
+                     });
+    const auto listenForText = [this](const char* signal, auto handler) {
+        bus_->listen(serverName, serverPath, serverName, signal,
+                     [handler = std::move(handler)](const std::string&, const Variant& parameters) {
+                         if (const auto said = readText(parameters)) {
+                             handler(said->id, said->text);
+                         }
+                     });
+    };
+    listenForText("ActivationToken", std::move(events.activationToken));
+    listenForText("ActionInvoked", std::move(events.invoked));
     bus_->listen(serverName, serverPath, serverName, "NotificationClosed",
                  [closed = std::move(events.closed)](const std::string&, const Variant& parameters) {
-                     if (g_variant_is_of_type(parameters.get(), G_VARIANT_TYPE("(uu)")) != FALSE) {
-                         guint32 id = 0;
-                         guint32 reason = 0;
-                         g_variant_get(parameters.get(), "(uu)", &id, &reason);
-                         closed(id, reason);
+                     if (const auto signal = readClosed(parameters)) {
+                         closed(signal->id, signal->reason);
                      }
                  });
+}
+
+std::optional<NotificationServer::Text> NotificationServer::readText(const Variant& signal) {
+    if (g_variant_is_of_type(signal.get(), G_VARIANT_TYPE("(us)")) == FALSE) {
+        return std::nullopt;
+    }
+    return Text{body::number(signal, 0), body::text(signal, 1)};
+}
+
+std::optional<NotificationServer::Closed> NotificationServer::readClosed(const Variant& signal) {
+    if (g_variant_is_of_type(signal.get(), G_VARIANT_TYPE("(uu)")) == FALSE) {
+        return std::nullopt;
+    }
+    return Closed{body::number(signal, 0), body::number(signal, 1)};
 }
 
 void NotificationServer::available(std::function<void(Result<bool>)> answer) {
@@ -101,9 +114,7 @@ void NotificationServer::show(const Variant& arguments, std::function<void(Resul
         if (!id) {
             return answer(id.error());
         }
-        guint32 number = 0;
-        g_variant_get(id->get(), "(u)", &number);
-        answer(number);
+        answer(body::number(*id));
     });
 }
 

@@ -3,11 +3,13 @@
 #include <atomic>
 #include <csignal>
 #include <filesystem>
+#include <set>
 #include <utility>
 
 #include <pthread.h>
 
 #include "ports/desktop/AppOnDesktop.h"
+#include "ports/desktop/AttachmentLedger.h"
 #include "ports/desktop/BusNames.h"
 #include "ports/desktop/ContentExtension.h"
 #include "ports/desktop/ForwardingDelegate.h"
@@ -79,14 +81,20 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
     const auto bus = std::make_shared<SessionBus>();
     const auto app = AppOnDesktop::of(*appBundle(*platform->bundles, names->app));
     const auto content = ContentExtension::make(bus, names->notificationContent, log);
+    const auto disk = platform->queues->make("zentavo.attachments", platform::QueueKind::serial);
+    const auto files = platform->attachmentFiles;
+    const auto ledger = std::make_shared<AttachmentLedger>(files, platform->preferences->standard(), *platform->random);
+    platform->attachmentFiles = ledger; // for the extension, which writes them
     const auto expanding = std::make_shared<std::weak_ptr<FreedesktopUserNotifications>>();
     const auto centre = FreedesktopUserNotifications::make(
         {.bus = bus,
          .mainQueue = platform->userInterface()->mainQueue,
-         .diskQueue = platform->queues->make("zentavo.attachments", platform::QueueKind::serial),
-         .attachmentFiles = platform->attachmentFiles,
+         .diskQueue = disk,
+         .attachmentFiles = ledger,
          .app = app,
-         .suite = std::make_shared<NotificationSuite>(platform->preferences, names->app),
+         .suite = std::make_shared<NotificationSuite>(platform->preferences, names->app,
+                                                      NotificationSuite::Side::notificationService),
+         .kept = std::make_shared<ShownNotifications>(platform->preferences, disk),
          // The app knows whether it is in front, and is asked each time.
          .isInFront = [] { return true; },
          .expand =
@@ -129,6 +137,14 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
                  const auto tells = weak.lock();
                  return tells && tells->waiting() > 0;
              },
+         .alone =
+             [weak = std::weak_ptr(centre), ledger, disk] {
+                 if (const auto shows = weak.lock()) {
+                     shows->files([ledger, disk](const std::set<std::string>& inUse) {
+                         disk->async([ledger, inUse] { ledger->sweep(inUse); });
+                     });
+                 }
+             },
          .ended =
              [end](bool name) {
                  end->status = name ? 0 : 1;
@@ -148,6 +164,7 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
         log->write(platform::LogLevel::warning,
                    "The app may not have been told of " + std::to_string(lost) + " answers of the user");
     }
+    platform->attachmentFiles = files;
     platform->attach(before); // the bus ends with the last who holds it, and says what it has still to say
     return end->status;
 }

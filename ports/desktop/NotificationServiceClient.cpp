@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "ports/desktop/AppInterfaces.h"
+#include "ports/desktop/MessageBody.h"
 #include "ports/desktop/NotificationCodec.h"
 
 namespace zentavo::desktop {
@@ -42,16 +43,10 @@ void NotificationServiceClient::delivered(std::function<void(std::vector<platfor
     question.timeout = deliveredTimeout;
     bus_->call(std::move(question), [answer = std::move(answer)](const Result<Variant>& texts) {
         std::vector<platform::Notification> shown;
-        GVariantIter* each = nullptr;
-        if (texts) {
-            g_variant_get(texts->get(), "(as)", &each);
-            const char* text = nullptr;
-            while (g_variant_iter_next(each, "&s", &text) != FALSE) {
-                if (auto notification = codec::readNotification(text)) {
-                    shown.push_back(std::move(*notification));
-                }
+        for (const std::string& text : texts ? body::texts(*texts) : std::vector<std::string>()) {
+            if (auto notification = codec::readNotification(text)) {
+                shown.push_back(std::move(*notification));
             }
-            g_variant_iter_free(each);
         }
         answer(std::move(shown));
     });
@@ -61,15 +56,14 @@ void NotificationServiceClient::removeDelivered(const std::vector<std::string>& 
     if (name_.empty()) {
         return;
     }
-    GVariantBuilder texts;
-    g_variant_builder_init(&texts, G_VARIANT_TYPE("as"));
+    std::vector<std::string> texts;
     for (const std::string& identifier : identifiers) {
         if (g_utf8_validate_len(identifier.data(), identifier.size(), nullptr) != FALSE) {
-            g_variant_builder_add(&texts, "s", identifier.c_str());
+            texts.push_back(identifier);
         }
     }
     auto request = call("RemoveDelivered");
-    request.parameters = Variant::share(g_variant_new("(as)", &texts));
+    request.parameters = body::of(texts);
     request.mayStart = false;
     bus_->call(std::move(request));
 }

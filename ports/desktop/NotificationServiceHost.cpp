@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "ports/desktop/AppInterfaces.h"
+#include "ports/desktop/Callers.h"
+#include "ports/desktop/MessageBody.h"
 #include "ports/desktop/NotificationCodec.h"
 #include "ports/desktop/PushJournal.h"
 #include "ports/desktop/UnifiedPushConnector.h"
@@ -15,32 +17,6 @@ namespace {
 
 /// What one call may ask for.
 constexpr std::size_t maximumIdentifiers = 1'000;
-
-std::string textOf(const Variant& parameters) {
-    const char* text = nullptr;
-    g_variant_get(parameters.get(), "(&s)", &text);
-    return text;
-}
-
-std::vector<std::string> textsOf(const Variant& parameters) {
-    const auto list = Variant::take(g_variant_get_child_value(parameters.get(), 0));
-    std::vector<std::string> texts;
-    GVariantIter each;
-    g_variant_iter_init(&each, list.get());
-    for (const char* text = nullptr; g_variant_iter_next(&each, "&s", &text) != FALSE;) {
-        texts.emplace_back(text);
-    }
-    return texts;
-}
-
-Variant tupleOf(const std::vector<std::string>& texts) {
-    GVariantBuilder builder;
-    g_variant_builder_init(&builder, G_VARIANT_TYPE("as"));
-    for (const std::string& text : texts) {
-        g_variant_builder_add(&builder, "s", text.c_str());
-    }
-    return Variant::share(g_variant_new("(as)", &builder));
-}
 
 } // namespace
 
@@ -64,7 +40,8 @@ public:
                 [this](const std::string& reason) { tellApp("RegistrationFailed", reason); }});
         connector_->start();
         bus_.serve(service_interface::path, service_interface::xml,
-                   [self = shared_from_this()](const MethodCall& call) { self->answer(call); });
+                   Callers::only(bus_, {settings_.names.app, settings_.names.notificationContent},
+                                 [self = shared_from_this()](const MethodCall& call) { self->answer(call); }));
         bus_.own(settings_.names.notificationService,
                  [self = shared_from_this()](bool ours) { self->nameChanged(ours); });
         post([](State& state) { state.touch(); });
@@ -107,7 +84,9 @@ private:
     void named(bool ours, const PushJournal::Left& left) {
         takeUp(left);
         if (ours) {
-            hadName_ = true;
+            if (!std::exchange(hadName_, true) && handlers_.alone) {
+                queue_->after(settling, handlers_.alone);
+            }
         } else if (!leaving_) {
             // Another process has it and does our work, or there is no bus.
             leaving_ = true;
@@ -167,17 +146,17 @@ private:
                         texts.push_back(*std::move(text));
                     }
                 }
-                call.answer(tupleOf(texts));
+                call.answer(body::of(texts));
             });
         } else if (method == "RemoveDelivered") {
-            auto identifiers = textsOf(call.parameters());
+            auto identifiers = body::texts(call.parameters());
             if (identifiers.size() > maximumIdentifiers) {
                 return call.refuseArguments("more than there can be notifications");
             }
             centre->removeDelivered(std::move(identifiers));
             call.answer();
         } else {
-            auto response = codec::readResponse(textOf(call.parameters()));
+            auto response = codec::readResponse(body::text(call.parameters()));
             if (!response) {
                 return call.refuseArguments(response.error().message);
             }
@@ -211,20 +190,24 @@ private:
         if (left.count() > 0) {
             return watch(left);
         }
-        if (pushes_.busy() || (handlers_.busy && handlers_.busy())) {
+        if (busy()) {
             return watch(quiet);
         }
         watching_ = true;
         platform_->userInterface()->userNotifications->delivered(
             [self = shared_from_this()](const std::vector<platform::Notification>& delivered) {
-                self->post([shows = !delivered.empty()](State& state) { state.looked(shows); });
+                // The delegate has heard by then of what the user did last.
+                self->platform_->userInterface()->mainQueue->async(
+                    [self, shows = !delivered.empty()] { self->post([shows](State& state) { state.looked(shows); }); });
             });
     }
 
+    bool busy() const { return pushes_.busy() || (handlers_.busy && handlers_.busy()); }
+
     void looked(bool shows) {
         watching_ = false;
-        // A call may have come meanwhile.
-        if (shows || pushes_.busy() || platform_->clock->steady() - lastActivity_ < quiet) {
+        // A call may have come meanwhile, or a click.
+        if (shows || busy() || platform_->clock->steady() - lastActivity_ < quiet) {
             return watch(quiet);
         }
         leave();
@@ -235,19 +218,11 @@ private:
             return;
         }
         // What is sent to it from now on starts the next process; what came before is ours still.
-        bus_.disown(settings_.names.notificationService);
-        bus_.call({.destination = "org.freedesktop.DBus",
-                   .path = "/org/freedesktop/DBus",
-                   .interface = "org.freedesktop.DBus",
-                   .method = "GetId",
-                   .parameters = {},
-                   .answerType = "(s)"},
-                  [self = shared_from_this()](const Result<Variant>&) {
-                      self->post([](State& state) {
-                          state.pushes_.finish(
-                              [self = state.shared_from_this()] { self->handlers_.ended(self->hadName_); });
-                      });
-                  });
+        bus_.disown(settings_.names.notificationService, [self = shared_from_this()] {
+            self->post([](State& state) {
+                state.pushes_.finish([self = state.shared_from_this()] { self->handlers_.ended(self->hadName_); });
+            });
+        });
     }
 
     const std::shared_ptr<platform::Platform> platform_;

@@ -19,6 +19,8 @@ namespace zentavo::desktop {
 class ZENTAVO_EXPORT NotificationServiceHost : public std::enable_shared_from_this<NotificationServiceHost> {
 public:
     static constexpr std::chrono::seconds quiet{60};
+    /// Longer than a process needs to end that has given its name back.
+    static constexpr std::chrono::seconds settling{30};
 
     struct Settings {
         BusNames names;
@@ -32,6 +34,9 @@ public:
         std::function<void()> appIsReady = {};
         /// Whether something else than pushes keeps this process busy. On a queue of `platform`.
         std::function<bool()> busy;
+        /// Our name has been ours for so long (`settling`) that no process before this one is at work any more. Once, on a
+        /// queue of `platform`.
+        std::function<void()> alone = {};
         /// It is over; `name` says whether our name on the bus was ours at all. Once, on a queue of `platform` or the
         /// bus's thread.
         std::function<void(bool name)> ended;

@@ -70,9 +70,16 @@ void NotificationSuite::addCategory(const platform::NotificationCategory& catego
     if (!kept) {
         return;
     }
-    kept->update(categoriesKey, [category](const std::optional<Value>& stored) {
+    kept->update(categoriesKey, [category, side = side_](const std::optional<Value>& stored) {
         auto categories = read(stored);
-        std::erase_if(categories, [&](const auto& other) { return other.identifier == category.identifier; });
+        const auto known = std::find_if(categories.begin(), categories.end(),
+                                        [&](const auto& other) { return other.identifier == category.identifier; });
+        if (known != categories.end()) {
+            if (side == Side::notificationService) {
+                return stored;
+            }
+            categories.erase(known);
+        }
         if (categories.size() == maximumCategories) {
             categories.erase(categories.begin());
         }

@@ -17,12 +17,15 @@ namespace zentavo::desktop {
 /// waits for the disk. Where there is no such suite, nothing is known and nothing is kept.
 class NotificationSuite {
 public:
+    /// Whose word it is: what the app registers takes the place of what is known, what the service registers does not.
+    enum class Side { app, notificationService };
+
     /// Of more categories, those that were registered first are forgotten.
     static constexpr std::size_t maximumCategories = 64;
 
     /// `app` is the app's name on the bus.
-    NotificationSuite(std::shared_ptr<platform::PreferencesProvider> preferences, const std::string& app)
-        : preferences_(std::move(preferences)), name_(app + ".Notifications") {}
+    NotificationSuite(std::shared_ptr<platform::PreferencesProvider> preferences, const std::string& app, Side side)
+        : preferences_(std::move(preferences)), name_(app + ".Notifications"), side_(side) {}
 
     std::int64_t badge() const;
     void setBadge(std::int64_t count) const;
@@ -37,6 +40,7 @@ private:
 
     const std::shared_ptr<platform::PreferencesProvider> preferences_;
     const std::string name_;
+    const Side side_;
 };
 
 } // namespace zentavo::desktop

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <gio/gio.h>
+
 #include "ports/desktop/PushEndpoint.h"
 #include "zentavo/foundation/KeyedDecoder.h"
 
@@ -45,7 +47,8 @@ Result<std::optional<PushRegistration>> PushRegistrationStore::load() const {
         return keys.error();
     }
     const bool known = version == PushRegistration::plainVersion || version == PushRegistration::encryptedVersion;
-    if (token.empty() || !known || (!endpoint.empty() && !readPushEndpoint(endpoint))) {
+    if (token.empty() || g_dbus_is_name(distributor.c_str()) == FALSE || !known ||
+        (!endpoint.empty() && !readPushEndpoint(endpoint))) {
         return Error{"the stored registration for pushes is damaged"};
     }
     return std::optional(PushRegistration{token, distributor, static_cast<int>(version), *keys, endpoint});

@@ -24,10 +24,17 @@ void drop(gpointer data) {
     delete static_cast<Handler*>(data);
 }
 
-/// Libraries do not agree on the error's name.
-bool saysUnknown(const GError* error) {
-    return g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_METHOD) != FALSE ||
-           g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_INTERFACE) != FALSE;
+bool is(SessionBus::Expected expected, const GError* error) {
+    const auto says = [error](GDBusError code) { return g_error_matches(error, G_DBUS_ERROR, code) != FALSE; };
+    switch (expected) {
+    case SessionBus::Expected::unknownMethod: // libraries do not agree on its name
+        return says(G_DBUS_ERROR_UNKNOWN_METHOD) || says(G_DBUS_ERROR_UNKNOWN_INTERFACE);
+    case SessionBus::Expected::refusedArguments:
+        return says(G_DBUS_ERROR_INVALID_ARGS);
+    case SessionBus::Expected::nothing:
+        break;
+    }
+    return false;
 }
 
 Error taken(GError* error) {
@@ -53,7 +60,7 @@ public:
     struct Posted {
         Core& core;
         Handler handler;
-        bool mayBeUnknown = false; ///< of a call
+        Expected expected = Expected::nothing; ///< of a call
     };
 
     explicit Core(std::string address)
@@ -284,13 +291,13 @@ void SessionBus::call(Call call, Answer answer) {
                 const std::unique_ptr<Core::Posted<Answer>> waiting(static_cast<Core::Posted<Answer>*>(data));
                 GError* error = nullptr;
                 GVariant* values = g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error);
-                const bool unknown = waiting->mayBeUnknown && error != nullptr && saysUnknown(error);
+                const bool wasExpected = error != nullptr && is(waiting->expected, error);
                 const auto outcome = values != nullptr ? Result<Variant>(Variant::take(values)) : taken(error);
                 if (waiting->handler && !waiting->core.stopping()) {
-                    waiting->handler(unknown ? Result<Variant>(Variant()) : outcome);
+                    waiting->handler(wasExpected ? Result<Variant>(Variant()) : outcome);
                 }
             },
-            new Core::Posted<Answer>{*core, std::move(answer), call.mayBeUnknown});
+            new Core::Posted<Answer>{*core, std::move(answer), call.expected});
         g_variant_type_free(type);
     });
 }
@@ -326,18 +333,22 @@ void SessionBus::listen(std::string sender, std::string path, std::string interf
 }
 
 void SessionBus::watch(std::string name, PresenceHandler handler) {
+    watchOwner(std::move(name), [handler = std::move(handler)](const std::string& owner) { handler(!owner.empty()); });
+}
+
+void SessionBus::watchOwner(std::string name, OwnerHandler handler) {
     run([core = core_.get(), name = std::move(name), handler = std::move(handler)]() mutable {
         GDBusConnection* connection = core->connection();
         if (connection == nullptr) {
-            return handler(false);
+            return handler("");
         }
         const guint id = g_bus_watch_name_on_connection(
             connection, name.c_str(), G_BUS_NAME_WATCHER_FLAGS_NONE,
-            [](GDBusConnection*, const char*, const char*, gpointer data) {
-                (*static_cast<PresenceHandler*>(data))(true);
+            [](GDBusConnection*, const char*, const char* owner, gpointer data) {
+                (*static_cast<OwnerHandler*>(data))(owner);
             },
-            [](GDBusConnection*, const char*, gpointer data) { (*static_cast<PresenceHandler*>(data))(false); },
-            new PresenceHandler(std::move(handler)), drop<PresenceHandler>);
+            [](GDBusConnection*, const char*, gpointer data) { (*static_cast<OwnerHandler*>(data))(""); },
+            new OwnerHandler(std::move(handler)), drop<OwnerHandler>);
         core->keep([id] { g_bus_unwatch_name(id); });
     });
 }
@@ -360,8 +371,16 @@ void SessionBus::own(std::string name, PresenceHandler handler) {
     });
 }
 
-void SessionBus::disown(std::string name) {
+void SessionBus::disown(std::string name, Block left) {
     run([core = core_.get(), name = std::move(name)] { core->disown(name); });
+    // Any question will do: the bus answers after what it has sent us already.
+    call({.destination = "org.freedesktop.DBus",
+          .path = "/org/freedesktop/DBus",
+          .interface = "org.freedesktop.DBus",
+          .method = "GetId",
+          .parameters = {},
+          .answerType = "(s)"},
+         [left = std::move(left)](const Result<Variant>&) { left(); });
 }
 
 void SessionBus::serve(std::string path, const char* interfaces, MethodHandler handler) {

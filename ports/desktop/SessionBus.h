@@ -24,9 +24,13 @@ public:
     using Answer = std::function<void(Result<Variant> values)>;
     using SignalHandler = std::function<void(const std::string& sender, const Variant& parameters)>;
     using MethodHandler = std::function<void(MethodCall call)>;
+    using OwnerHandler = std::function<void(const std::string& owner)>;
     using PresenceHandler = std::function<void(bool present)>;
 
     static constexpr std::chrono::milliseconds usualTimeout{10'000};
+
+    /// That the other side lacks the interface or the method, or that it refuses the arguments.
+    enum class Expected { nothing, unknownMethod, refusedArguments };
 
     struct Call {
         std::string destination;
@@ -39,8 +43,8 @@ public:
         const char* answerType = "()";
         /// Whether the bus may start a program for `destination`.
         bool mayStart = true;
-        /// Whether the other side may lack the interface or the method: the answer is then a null value, and no error.
-        bool mayBeUnknown = false;
+        /// An error of the other side that is none to the caller: the answer is then a null value.
+        Expected expected = Expected::nothing;
         std::chrono::milliseconds timeout = usualTimeout;
     };
 
@@ -67,10 +71,13 @@ public:
     void listen(std::string sender, std::string path, std::string interface, std::string signal, SignalHandler handler);
     /// Told whether somebody owns `name`: once at the beginning, then at each change.
     void watch(std::string name, PresenceHandler handler);
+    /// The same, with the unique name of whoever owns it, or none. In order with what the owner sends us.
+    void watchOwner(std::string name, OwnerHandler handler);
     /// Makes `name` ours, waiting for it where another program has it. Told when we have it, and when we lose it.
     void own(std::string name, PresenceHandler handler = {});
-    /// Gives a name back. What was sent to it has arrived before the answer to any call that is made after this.
-    void disown(std::string name);
+    /// Gives a name back: what is sent to it from now on is for whoever has it next, or starts that program. `left` is
+    /// called when all that was sent to it before has been told here.
+    void disown(std::string name, Block left);
     /// Answers calls of the object at `path`. `interfaces` is introspection XML, a "node" with any number of
     /// interfaces; calls that do not fit it are refused before `handler` sees them. To be called before `own`, or a
     /// program that was started for a call misses it.

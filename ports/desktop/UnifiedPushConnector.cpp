@@ -1,9 +1,10 @@
 #include "ports/desktop/UnifiedPushConnector.h"
 
+#include <map>
 #include <optional>
-#include <set>
 #include <utility>
 
+#include "ports/desktop/Callers.h"
 #include "ports/desktop/ConnectorCall.h"
 #include "ports/desktop/Distributors.h"
 #include "ports/desktop/PushEndpoint.h"
@@ -27,6 +28,7 @@ public:
             warn(stored.error().message);
         } else if (*stored) {
             registration_ = *std::move(stored);
+            follow(registration_->distributor);
             renew();
         }
     }
@@ -42,25 +44,49 @@ public:
         if (!read) {
             return call.refuseArguments(read.error().message);
         }
-        const bool ours = registration_ && registration_->token == read->token;
-        if (read->method == ConnectorCall::Method::unregistered) {
-            if (ours) {
-                unregistered();
-            }
-            return ConnectorCall::answer(call);
+        if (!isOurs(*read)) {
+            return notOurs(call, *read);
         }
-        if (!ours) {
-            return refuse(call, "it is not for a registration of ours");
+        followed_.at(registration_->distributor)
+            ->admit(call, [self = shared_from_this(), read = *read](const MethodCall& admitted) {
+                self->receive(admitted, read);
+            });
+    }
+
+private:
+    void warn(const std::string& text) const { log_->write(platform::LogLevel::warning, "Pushes: " + text); }
+
+    bool isOurs(const ConnectorCall& call) const { return registration_ && registration_->token == call.token; }
+
+    /// From our distributor. It was ours when it came; what came before it may have ended that.
+    void receive(const MethodCall& call, const ConnectorCall& read) {
+        if (!isOurs(read)) {
+            return notOurs(call, read);
         }
-        const Result<void> done = read->method == ConnectorCall::Method::message ? message(*read) : newEndpoint(*read);
+        Result<void> done;
+        switch (read.method) {
+        case ConnectorCall::Method::message:
+            done = message(read);
+            break;
+        case ConnectorCall::Method::newEndpoint:
+            done = newEndpoint(read);
+            break;
+        case ConnectorCall::Method::unregistered:
+            unregistered();
+            break;
+        }
         if (!done) {
             return refuse(call, done.error().message);
         }
         ConnectorCall::answer(call);
     }
 
-private:
-    void warn(const std::string& text) const { log_->write(platform::LogLevel::warning, "Pushes: " + text); }
+    void notOurs(const MethodCall& call, const ConnectorCall& read) const {
+        if (read.method == ConnectorCall::Method::unregistered) {
+            return ConnectorCall::answer(call); // so it is
+        }
+        refuse(call, "it is not for a registration of ours");
+    }
 
     void refuse(const MethodCall& call, const std::string& why) const {
         warn(call.method() + " from " + call.sender() + " is refused: " + why);
@@ -101,7 +127,6 @@ private:
             // It may come back. Unless the app waits, we leave it for none but the host's own choice.
             registering_ = false;
             if (registration_) {
-                watch(registration_->distributor);
                 away_ = true;
             }
             return fail("there is no distributor of pushes");
@@ -113,8 +138,8 @@ private:
             registration_ = PushRegistration::make(distributor, *random_);
             // Before the distributor knows it: its answer may find the next process.
             store_.save(*registration_);
+            follow(distributor);
         }
-        watch(distributor);
         if (asked_) {
             tellEndpoint(); // it need not wait for the distributor, which seldom says anything new
         }
@@ -171,10 +196,12 @@ private:
         registration_.reset();
     }
 
-    void watch(const std::string& distributor) {
-        if (!watched_.insert(distributor).second) {
+    void follow(const std::string& distributor) {
+        const auto [followed, isNew] = followed_.try_emplace(distributor);
+        if (!isNew) {
             return; // the bus knows no end to it
         }
+        followed->second = Callers::make(bus_, {distributor});
         bus_.watch(distributor, [self = shared_from_this(), distributor](bool present) {
             if (!self->registration_ || self->registration_->distributor != distributor) {
                 return;
@@ -249,8 +276,8 @@ private:
     const PushRegistrationStore store_;
     RecentMessages recent_;
     std::optional<PushRegistration> registration_;
-    std::set<std::string> watched_;
-    bool asked_ = false;       ///< the app waits for an answer
+    std::map<std::string, std::shared_ptr<Callers>> followed_; ///< distributors, by their names
+    bool asked_ = false;                                       ///< the app waits for an answer
     bool failed_ = false;      ///< the last that the app was told is that there are no pushes
     bool retried_ = false;     ///< a failure has been answered by another attempt
     bool registering_ = false; ///< a distributor has been asked and has not answered

@@ -56,10 +56,16 @@ bool attach(GtkWindow* window, Zentavo& sdk) {
             const auto queue = std::make_shared<GtkMainQueue>();
             platform::UserInterface interface = *system.userInterface();
             interface.mainQueue = queue;
-            const auto& process = desktop::DesktopProcess::of(system, queue, isInFront);
+            const auto stage = WindowStage::of(window);
+            const auto& process = desktop::DesktopProcess::of(
+                system, queue, {isInFront, [weak = std::weak_ptr(stage)](const std::string& activationToken) {
+                                    if (const auto attached = weak.lock()) {
+                                        attached->present(activationToken);
+                                    }
+                                }});
             interface.userNotifications = process.userNotifications();
             interface.application = std::make_shared<GtkApplicationAnswers>(system.systemLog, process);
-            interface.views = std::make_shared<GtkViews>(queue, WindowStage::of(window));
+            interface.views = std::make_shared<GtkViews>(queue, stage);
             interface.webViews = std::make_shared<GtkWebViews>(queue, system.systemLog, probe);
             interface.images = std::make_shared<PixbufImages>();
             system.attach(std::move(interface));

@@ -8,6 +8,8 @@
 
 #include "ports/desktop/AppInterfaces.h"
 #include "ports/desktop/BusNames.h"
+#include "ports/desktop/Callers.h"
+#include "ports/desktop/MessageBody.h"
 #include "ports/desktop/NotificationCodec.h"
 #include "ports/desktop/SessionBus.h"
 #include "ports/gtk/Attach.h"
@@ -46,15 +48,15 @@ public:
                 }
             });
         };
-        bus_.serve(desktop::content_interface::path, desktop::content_interface::xml, [later](const MethodCall& call) {
-            const char* text = nullptr;
-            g_variant_get(call.parameters().get(), "(&s)", &text);
-            auto notification = desktop::codec::readNotification(text);
+        const auto handler = [later](const MethodCall& call) {
+            auto notification = desktop::codec::readNotification(desktop::body::text(call.parameters()));
             if (!notification) {
                 return call.refuseArguments(notification.error().message);
             }
             later([call, notification = std::move(*notification)](Service& self) { self.show(notification, call); });
-        });
+        };
+        bus_.serve(desktop::content_interface::path, desktop::content_interface::xml,
+                   desktop::Callers::only(bus_, {names_->notificationService}, handler));
         bus_.own(names_->notificationContent, [later](bool owned) {
             later([owned](Service& self) {
                 if (owned) {
@@ -80,7 +82,7 @@ private:
 
         bool performNotificationDefaultAction() override {
             const auto service = current();
-            return service && service->open();
+            return service && service->refused_ != number_ && service->open();
         }
         void setPreferredHeight(double points) override {
             if (const auto service = current()) {
@@ -119,7 +121,8 @@ private:
         call.answer();
     }
 
-    /// Has the service do what a click on the notification does. The app is told there, once for all ways to open it.
+    /// Has the service do what a click on the notification does. The app is told there, once for all ways to open it. The
+    /// window waits for the answer: where there is none, the user can try again.
     bool open() {
         if (opened_ == number_) {
             return true; // a second tap, on a window that is about to close
@@ -131,25 +134,46 @@ private:
         }
         opened_ = number_;
         ++underWay_;
-        bus_.call({names_->notificationService, desktop::service_interface::path, desktop::service_interface::name,
-                   "Respond", Variant::share(g_variant_new("(s)", text->c_str()))},
-                  [queue = queue_, weak = weak_from_this()](const Result<Variant>& answer) {
-                      const std::string failure = answer ? "" : answer.error().message;
-                      queue->async([weak, failure] {
-                          if (const auto self = weak.lock()) {
-                              self->told(failure);
-                          }
-                      });
-                  });
-        closeSoon();
+        respond({number_, *text});
         return true;
     }
 
-    void told(const std::string& failure) {
+    struct Opening {
+        std::uint64_t number; ///< of the notification
+        std::string text;     ///< the answer, as the service reads it
+        int attemptsLeft = 2;
+    };
+
+    void respond(Opening opening) {
+        --opening.attemptsLeft;
+        bus_.call({names_->notificationService, desktop::service_interface::path, desktop::service_interface::name,
+                   "Respond", Variant::share(g_variant_new("(s)", opening.text.c_str()))},
+                  [queue = queue_, weak = weak_from_this(), opening](const Result<Variant>& answer) {
+                      const std::string failure = answer ? "" : answer.error().message;
+                      queue->async([weak, opening, failure] {
+                          if (const auto self = weak.lock()) {
+                              self->told(opening, failure);
+                          }
+                      });
+                  });
+    }
+
+    void told(const Opening& opening, const std::string& failure) {
         if (!failure.empty()) {
             complain("The notification was not opened: " + failure);
+            if (opening.attemptsLeft > 0) {
+                return respond(opening);
+            }
         }
         --underWay_;
+        if (opening.number == number_) {
+            if (failure.empty()) {
+                window_ = nullptr;
+            } else {
+                opened_ = 0;
+                refused_ = number_;
+            }
+        }
         stayForAWhile();
     }
 
@@ -186,21 +210,14 @@ private:
         if (useless_ || std::exchange(leaving_, true)) {
             return;
         }
-        bus_.disown(names_->notificationContent);
-        bus_.call({.destination = "org.freedesktop.DBus",
-                   .path = "/org/freedesktop/DBus",
-                   .interface = "org.freedesktop.DBus",
-                   .method = "GetId",
-                   .parameters = {},
-                   .answerType = "(s)"},
-                  [queue = queue_, weak = weak_from_this()](const Result<Variant>&) {
-                      queue->async([weak] {
-                          if (const auto self = weak.lock()) {
-                              self->left_ = true;
-                              self->over_ = self->over_ || (!self->window_ && self->underWay_ == 0);
-                          }
-                      });
-                  });
+        bus_.disown(names_->notificationContent, [queue = queue_, weak = weak_from_this()] {
+            queue->async([weak] {
+                if (const auto self = weak.lock()) {
+                    self->left_ = true;
+                    self->over_ = self->over_ || (!self->window_ && self->underWay_ == 0);
+                }
+            });
+        });
     }
 
     void cancelIdle() {
@@ -226,9 +243,10 @@ private:
     const std::shared_ptr<GtkMainQueue> queue_ = std::make_shared<GtkMainQueue>();
     std::unique_ptr<NotificationWindow> window_;
     platform::Notification shown_;
-    std::uint64_t number_ = 0; ///< of the notification that is shown
-    std::uint64_t opened_ = 0; ///< the number of the last that the user opened
-    int underWay_ = 0;         ///< answers of the user that the app has not been told yet
+    std::uint64_t number_ = 0;  ///< of the notification that is shown
+    std::uint64_t opened_ = 0;  ///< the number of the last that the user opened
+    std::uint64_t refused_ = 0; ///< that of the last which nobody opened: its choices open their URLs directly
+    int underWay_ = 0;          ///< answers of the user that the app has not been told yet
     std::optional<platform::TimerId> idle_;
     bool owned_ = false;   ///< has been, the name on the bus
     bool leaving_ = false; ///< the name is on its way back

@@ -139,6 +139,16 @@ platform::Rect WindowStage::bounds() const {
     return {0, 0, static_cast<double>(std::max(width, 0)), static_cast<double>(std::max(height, 0))};
 }
 
+void WindowStage::present(const std::string& activationToken) {
+    if (window_ == nullptr) {
+        return;
+    }
+    if (!activationToken.empty()) {
+        gtk_window_set_startup_id(window_, activationToken.c_str());
+    }
+    gtk_window_present(window_);
+}
+
 bool WindowStage::show(GtkView& view) {
     if (window_ == nullptr || !gtk_widget_get_visible(reinterpret_cast<GtkWidget*>(window_))) {
         return false;

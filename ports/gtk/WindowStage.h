@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <gtk/gtk.h>
@@ -25,6 +26,9 @@ public:
 
     /// The window's content area; before its first layout the size that it asks for.
     platform::Rect bounds() const;
+    /// Brings the window to the front; `activationToken` shows the desktop that the user wants it, and may be empty.
+    /// Nothing where the window is gone.
+    void present(const std::string& activationToken);
     /// Puts `view` on top. False when the window is gone or not open.
     bool show(GtkView& view);
     /// To be called before a view is hidden or removed: where it has the focus, what had it before gets it back.

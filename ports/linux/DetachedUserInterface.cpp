@@ -5,8 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "ports/linux/WorkerQueue.h"
-
 namespace zentavo::linux_port {
 
 namespace {
@@ -14,25 +12,25 @@ namespace {
 /// Completions run on the worker.
 class DetachedUserNotifications final : public platform::UserNotifications {
 public:
-    explicit DetachedUserNotifications(WorkerThread& worker) : worker_(worker) {}
+    explicit DetachedUserNotifications(std::shared_ptr<platform::MainQueue> worker) : worker_(std::move(worker)) {}
 
     void settings(std::function<void(platform::AuthorizationStatus)> completion) override {
-        worker_.async(
+        worker_->async(
             [completion = std::move(completion)] { completion(platform::AuthorizationStatus::notDetermined); });
     }
     void requestAuthorization(std::uint32_t,
                               std::function<void(bool, std::optional<std::string>)> completion) override {
-        worker_.async([completion = std::move(completion)] { completion(false, "no user interface is attached"); });
+        worker_->async([completion = std::move(completion)] { completion(false, "no user interface is attached"); });
     }
 
     void setDelegate(std::weak_ptr<platform::UserNotificationDelegate>) override {} // there is nothing to tell it
     void add(platform::NotificationRequest, std::function<void(std::optional<std::string>)> completion) override {
         if (completion) {
-            worker_.async([completion = std::move(completion)] { completion("no user interface is attached"); });
+            worker_->async([completion = std::move(completion)] { completion("no user interface is attached"); });
         }
     }
     void delivered(std::function<void(std::vector<platform::Notification>)> completion) override {
-        worker_.async([completion = std::move(completion)] { completion({}); });
+        worker_->async([completion = std::move(completion)] { completion({}); });
     }
     void removeDelivered(std::vector<std::string>) override {}
 
@@ -49,13 +47,13 @@ public:
         MutexLock lock(mutex_);
         auto known = categories_;
         lock.unlock();
-        worker_.async([known = std::move(known), completion = std::move(completion)] { completion(known); });
+        worker_->async([known = std::move(known), completion = std::move(completion)] { completion(known); });
     }
 
     void setBadgeCount(std::int64_t) override {}
 
 private:
-    WorkerThread& worker_;
+    const std::shared_ptr<platform::MainQueue> worker_;
     Mutex mutex_;
     std::vector<platform::NotificationCategory> categories_ ZENTAVO_GUARDED_BY(mutex_);
 };
@@ -77,9 +75,10 @@ private:
 
 } // namespace
 
-platform::UserInterface detachedUserInterface(WorkerThread& worker, std::shared_ptr<platform::SystemLog> log) {
-    return {std::make_shared<WorkerQueue>(worker), std::make_shared<DetachedUserNotifications>(worker),
-            std::make_shared<DetachedApplication>(std::move(log))};
+platform::UserInterface detachedUserInterface(std::shared_ptr<platform::MainQueue> worker,
+                                              std::shared_ptr<platform::SystemLog> log) {
+    auto notifications = std::make_shared<DetachedUserNotifications>(worker);
+    return {std::move(worker), std::move(notifications), std::make_shared<DetachedApplication>(std::move(log))};
 }
 
 } // namespace zentavo::linux_port

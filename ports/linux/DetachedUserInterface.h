@@ -2,13 +2,13 @@
 
 #include <memory>
 
-#include "ports/linux/WorkerThread.h"
 #include "zentavo/platform/Platform.h"
 
 namespace zentavo::linux_port {
 
 /// What a host without a toolkit gets: a main queue on the worker, notifications that nobody has allowed, and an
 /// application that opens nothing and says so in the system log.
-platform::UserInterface detachedUserInterface(WorkerThread& worker, std::shared_ptr<platform::SystemLog> log);
+platform::UserInterface detachedUserInterface(std::shared_ptr<platform::MainQueue> worker,
+                                              std::shared_ptr<platform::SystemLog> log);
 
 } // namespace zentavo::linux_port

@@ -1,12 +1,10 @@
 #include "ports/linux/LinuxDispatchQueues.h"
 
-#include "ports/linux/WorkerQueue.h"
-
 namespace zentavo::linux_port {
 
 std::shared_ptr<platform::DispatchQueue> LinuxDispatchQueues::make(std::string, platform::QueueKind) {
     // One thread in posting order is what a serial queue promises, and more than a concurrent one does.
-    return std::make_shared<WorkerQueue>(worker_);
+    return worker_;
 }
 
 } // namespace zentavo::linux_port

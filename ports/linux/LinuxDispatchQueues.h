@@ -2,21 +2,21 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
-#include "ports/linux/WorkerThread.h"
 #include "zentavo/platform/DispatchQueue.h"
 
 namespace zentavo::linux_port {
 
-/// Queues that are all served by one worker, concurrent ones too: the SDK is a guest in its host's process.
+/// All queues are the worker's, concurrent ones too: the SDK is a guest in its host's process.
 class LinuxDispatchQueues final : public platform::DispatchQueues {
 public:
-    explicit LinuxDispatchQueues(WorkerThread& worker) : worker_(worker) {}
+    explicit LinuxDispatchQueues(std::shared_ptr<platform::DispatchQueue> worker) : worker_(std::move(worker)) {}
 
     std::shared_ptr<platform::DispatchQueue> make(std::string label, platform::QueueKind kind) override;
 
 private:
-    WorkerThread& worker_; ///< outlives all its queues
+    const std::shared_ptr<platform::DispatchQueue> worker_;
 };
 
 } // namespace zentavo::linux_port

@@ -8,17 +8,14 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include "ports/linux/CurlURLSession.h"
 #include "ports/linux/DetachedUserInterface.h"
 #include "ports/linux/IcuCalendar.h"
-#include "ports/linux/LinuxClock.h"
 #include "ports/linux/LinuxDevice.h"
 #include "ports/linux/LinuxDispatchQueues.h"
-#include "ports/linux/LinuxRandom.h"
+#include "ports/linux/LinuxServices.h"
 #include "ports/linux/OpenSslKeyServices.h"
 #include "ports/linux/PlistBundles.h"
 #include "ports/linux/PosixAttachmentFiles.h"
-#include "ports/linux/ProcessThreads.h"
 #include "ports/linux/SqlitePreferencesProvider.h"
 #include "ports/linux/StdoutConsole.h"
 #include "ports/linux/SyslogSystemLog.h"
@@ -54,24 +51,23 @@ std::string vendorOf(const std::string& identifier) {
 } // namespace
 
 std::shared_ptr<platform::Platform> makeLinuxPlatform(LinuxOptions options) {
-    auto& threads = ProcessThreads::shared();
-    auto& worker = threads.worker();
+    const auto services = makeLinuxServices();
     const auto program = executableName();
     const auto log = std::make_shared<SyslogSystemLog>(program);
     const auto bundles = std::make_shared<PlistBundles>(std::move(options.mainBundle));
     const auto identifier = bundles->main()->identifier().value_or("");
     const auto folder = options.dataFolder.empty() ? userDataFolder() : std::move(options.dataFolder);
 
-    auto result = std::make_shared<platform::Platform>(detachedUserInterface(worker, log));
+    auto result = std::make_shared<platform::Platform>(detachedUserInterface(services.worker, log));
     result->preferences = std::make_shared<SqlitePreferencesProvider>(
         folder / "preferences", identifier.empty() ? program : identifier, identifier, log,
-        [&worker](std::function<void()> block) { worker.async(std::move(block)); });
+        [worker = services.worker](std::function<void()> block) { worker->async(std::move(block)); });
     result->bundles = bundles;
     result->device = std::make_shared<LinuxDevice>(identifier.empty() ? program : vendorOf(identifier));
-    result->urlSession = std::make_shared<CurlURLSession>(threads.network());
-    result->queues = std::make_shared<LinuxDispatchQueues>(worker);
-    result->clock = std::make_shared<LinuxClock>();
-    result->random = std::make_shared<LinuxRandom>();
+    result->urlSession = services.urlSession;
+    result->queues = std::make_shared<LinuxDispatchQueues>(services.worker);
+    result->clock = services.clock;
+    result->random = services.random;
     result->calendar = std::make_shared<IcuCalendar>("", "", log);
     result->keyServices = std::make_shared<OpenSslKeyServices>();
     result->attachmentFiles = std::make_shared<PosixAttachmentFiles>();

@@ -81,14 +81,14 @@ TEST_F(FaultPolicyTest, NothingThatAPortThrowsLeavesAMember) {
 }
 
 TEST_F(FaultPolicyTest, ACompletion) {
-    // The answer to a registration arrives when the SDK cannot build the event that follows from it any more.
+    // The answer to a registration arrives, and the SDK cannot build the event that follows from it.
     start();
     memory.session->on({"POST", "", "/api/app/identify"},
                        testing::ScriptedAnswer{200, R"({"data":{"zentavo_apppush_uid":"p1"}})"});
-    sdk->registerForNotification(std::vector<std::uint8_t>{1});
     Endpoints broken = sdk->endpoints();
     broken.collection = "no url";
     sdk->setEndpoints(broken);
+    sdk->registerForNotification(std::vector<std::uint8_t>{1});
     settle();
     ASSERT_EQ(faults.size(), 1U);
     EXPECT_EQ(faults[0].entryPoint, "completion");

@@ -6,6 +6,7 @@
 #include "ports/desktop/DesktopProcess.h"
 #include "ports/desktop/ForwardingDelegate.h"
 #include "tests/desktop/DesktopTest.h"
+#include "tests/desktop/OtherProgram.h"
 
 namespace zentavo::tests {
 namespace {
@@ -51,7 +52,7 @@ class AppEndpointTest : public DesktopTest {
 protected:
     std::unique_ptr<DesktopProcess> start() {
         auto made = std::make_unique<DesktopProcess>(session, remote, *memory.platform(), memory.queues->mainQueue(),
-                                                     [this] { return inFront; });
+                                                     desktop::AppWindows{[this] { return inFront; }});
         settle();
         return made;
     }
@@ -140,6 +141,18 @@ TEST_F(AppEndpointTest, RefusesTextsThatAreNone) {
     }
     EXPECT_THAT(delegate->told, IsEmpty());
     EXPECT_THAT(delegate->asked, IsEmpty());
+}
+
+TEST_F(AppEndpointTest, HearsItsServiceAlone) {
+    const auto app = start();
+    app->userNotifications()->setDelegate(delegate);
+    const TextMethod respond{appName, desktop::app_interface::path, desktop::app_interface::name, "Respond"};
+    const std::string call = "call=" + responseText("a");
+    EXPECT_THAT(runOtherProgram(bus.address(), respond, {call, "own=com.example.host.NotificationContent", call}),
+                ElementsAre(accessDenied, accessDenied));
+    EXPECT_THAT(runOtherProgram(bus.address(), respond, {"own=" + std::string(serviceName), call}), ElementsAre("ok"));
+    settle();
+    EXPECT_THAT(delegate->told, ElementsAre("a: x"));
 }
 
 TEST_F(AppEndpointTest, BringsTheTokenToAHostThatMayComeLater) {

@@ -31,7 +31,11 @@ public:
             if (call.method() == "WillPresent") {
                 return call.answer(desktop::Variant::share(g_variant_new("(u)", 0xFFFFFFF9U)));
             }
-            told.add(desktop::codec::readResponse(text).value().notification.request.identifier);
+            const auto response = desktop::codec::readResponse(text).value();
+            if (response.actionIdentifier == "refused") {
+                return call.refuseArguments("of another version");
+            }
+            told.add(response.notification.request.identifier);
             call.answer();
         });
     }
@@ -44,9 +48,9 @@ private:
 
 class ForwardingDelegateTest : public DesktopTest {
 protected:
-    void respond(const std::string& identifier) {
+    void respond(const std::string& identifier, const std::string& action = "x") {
         Seen<bool> handedOver;
-        delegate->userNotificationCenter(*memory.userNotifications, {{request(identifier)}, "x"},
+        delegate->userNotificationCenter(*memory.userNotifications, {{request(identifier)}, action},
                                          [&] { handedOver.add(true); });
         EXPECT_TRUE(until([&] { return handedOver.count() == 1; }));
     }
@@ -118,6 +122,18 @@ TEST_F(ForwardingDelegateTest, AnAppThatSaysItIsReadyIsToldAtOnce) {
     EXPECT_THAT(app.told.all(), ElementsAre("a"));
 }
 
+TEST_F(ForwardingDelegateTest, WhatNobodyWillTakeHoldsUpNothing) {
+    respond("nobody there", platform::dismissActionIdentifier);
+    ASSERT_TRUE(until([&] { return delegate->waiting() == 0; }));
+    respond("a", "refused");
+    respond("b");
+    respond("c", platform::dismissActionIdentifier);
+    EXPECT_EQ(delegate->waiting(), 3U);
+    FakeApp app(bus.address());
+    ASSERT_TRUE(until([&] { return delegate->waiting() == 0; }));
+    EXPECT_THAT(app.told.all(), ElementsAre("b", "c"));
+}
+
 TEST_F(ForwardingDelegateTest, WhatIsTooOldIsNotToldAnyMore) {
     respond("old");
     ASSERT_TRUE(until([&] { return !memory.systemLog->entries().empty(); })) << "the app cannot be started";
@@ -139,8 +155,10 @@ TEST_F(ForwardingDelegateTest, AClickStartsTheApp) {
     session = std::make_shared<SessionBus>(starting.address());
     const auto starter = ForwardingDelegate::make(session, appName, *memory.platform());
     starter->userNotificationCenter(*memory.userNotifications, platform::Notification{request("a")}, [](auto) {});
-    settle();
-    EXPECT_FALSE(std::filesystem::exists(started)) << "not to ask it";
+    starter->userNotificationCenter(*memory.userNotifications, {{request("a")}, platform::dismissActionIdentifier},
+                                    [] {});
+    ASSERT_TRUE(until([&] { return starter->waiting() == 0; }));
+    EXPECT_FALSE(std::filesystem::exists(started)) << "neither to ask it nor to say that one was put away";
     starter->userNotificationCenter(*memory.userNotifications, {{request("a")}, "x"}, [] {});
     ASSERT_TRUE(until([&] { return std::filesystem::exists(started); }));
     ASSERT_TRUE(until([&] { return !memory.systemLog->entries().empty(); }));

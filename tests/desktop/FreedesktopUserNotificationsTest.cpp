@@ -4,7 +4,7 @@
 
 #include <atomic>
 
-#include "tests/desktop/DesktopTest.h"
+#include "tests/desktop/NotificationCentreTest.h"
 
 namespace zentavo::tests {
 namespace {
@@ -17,60 +17,7 @@ using ::testing::IsEmpty;
 using ::testing::Optional;
 using ::testing::SizeIs;
 
-class FreedesktopUserNotificationsTest : public DesktopTest {
-protected:
-    FreedesktopUserNotificationsTest() { makeCenter({}); }
-
-    void makeCenter(FreedesktopUserNotifications::Parts parts) {
-        parts.bus = session;
-        parts.mainQueue = memory.queues->mainQueue();
-        parts.diskQueue = memory.queues->make("disk", platform::QueueKind::serial);
-        parts.attachmentFiles = memory.attachmentFiles;
-        parts.app = {"Shop", "com.example.shop"};
-        center = FreedesktopUserNotifications::make(std::move(parts));
-        delegate = std::make_shared<RecordingDelegate>();
-        center->setDelegate(delegate);
-    }
-
-    std::optional<std::string> add(platform::NotificationRequest what) {
-        return DesktopTest::add(*center, std::move(what));
-    }
-    std::vector<std::string> delivered() {
-        Seen<std::vector<platform::Notification>> answers;
-        center->delivered([&](auto notifications) { answers.add(std::move(notifications)); });
-        EXPECT_TRUE(until([&] { return answers.count() == 1; }));
-        std::vector<std::string> identifiers;
-        const auto all = answers.all().at(0);
-        for (const auto& notification : all) {
-            identifiers.push_back(notification.request.identifier);
-        }
-        return identifiers;
-    }
-    std::uint32_t idOf(std::size_t position) { return server->shown().at(position).id; }
-    /// What the service has said so far has arrived.
-    void settleSignals() {
-        // Its own connection keeps the order, and so does ours.
-        EXPECT_TRUE(ask({"org.freedesktop.Notifications",
-                         "/org/freedesktop/Notifications",
-                         "org.freedesktop.Notifications",
-                         "GetCapabilities",
-                         {},
-                         "(as)"}));
-        settle();
-    }
-    platform::NotificationRequest withFile(const std::string& identifier, const std::string& path) {
-        auto made = request(identifier);
-        made.content.attachments = {{"image", path}};
-        return made;
-    }
-    std::string file(const std::string& folder) {
-        return memory.attachmentFiles->write(folder, "image.jpg", "picture").value();
-    }
-
-    std::optional<FakeNotificationServer> server{bus.address()};
-    std::shared_ptr<FreedesktopUserNotifications> center;
-    std::shared_ptr<RecordingDelegate> delegate;
-};
+using FreedesktopUserNotificationsTest = NotificationCentreTest;
 
 TEST_F(FreedesktopUserNotificationsTest, ShowsInTheOrderInWhichTheyWereAdded) {
     server->hold();
@@ -164,6 +111,32 @@ TEST_F(FreedesktopUserNotificationsTest, ShowsAllOfARichOneWithoutEndingIt) {
     center->respond({{rich}, platform::defaultActionIdentifier});
     ASSERT_TRUE(until([&] { return !delegate->told.empty(); }));
     EXPECT_THAT(delegate->told, ElementsAre("rich: zentavo.notification.default"));
+}
+
+TEST_F(FreedesktopUserNotificationsTest, OneThatIsOpenedBringsTheAppToTheFront) {
+    std::vector<std::string> tokens;
+    FreedesktopUserNotifications::Parts parts;
+    parts.comeToFront = [&](const std::string& token) {
+        tokens.push_back(token + "/" + std::to_string(delegate->told.size()));
+    };
+    makeCenter(std::move(parts));
+    const std::string tooLong(FreedesktopUserNotifications::maximumTokenBytes + 1, 'x');
+    for (const std::string& token : {std::string("a"), std::string(), tooLong, std::string("put away")}) {
+        EXPECT_EQ(add(request(token)), std::nullopt);
+        const std::uint32_t id = server->shown().back().id;
+        if (!token.empty()) {
+            server->emit("ActivationToken", desktop::Variant::share(g_variant_new("(us)", id, token.c_str())));
+        }
+        if (token == "put away") {
+            server->close(id, desktop::NotificationServer::dismissedByUser);
+        } else {
+            server->press(id, "default");
+        }
+    }
+    settleSignals();
+    center->respond({{request("of the service")}, platform::defaultActionIdentifier, "b"});
+    ASSERT_TRUE(until([&] { return delegate->told.size() == 5; }));
+    EXPECT_THAT(tokens, ElementsAre("a/0", "/1", "/2", "b/4"));
 }
 
 TEST_F(FreedesktopUserNotificationsTest, InFrontTheDelegateDecidesHowItIsShown) {
@@ -273,18 +246,21 @@ TEST_F(FreedesktopUserNotificationsTest, AServiceThatEndsTakesAlongWhatItShowed)
 }
 
 TEST_F(FreedesktopUserNotificationsTest, TheNumberAndTheCategoriesOutliveTheProcessThatSetThem) {
-    const auto suite = std::make_shared<desktop::NotificationSuite>(memory.platform()->preferences, "com.example.shop");
-    const auto restart = [&] {
+    using Side = desktop::NotificationSuite::Side;
+    std::shared_ptr<desktop::NotificationSuite> suite;
+    const auto restart = [&](Side side) {
+        suite = std::make_shared<desktop::NotificationSuite>(memory.platform()->preferences, "com.example.shop", side);
         FreedesktopUserNotifications::Parts parts;
         parts.suite = suite;
         makeCenter(std::move(parts));
     };
-    restart();
+    restart(Side::app);
     center->setBadgeCount(3);
     center->addCategory({"order", {{"old", "Old"}}});
 
-    restart(); // the app, started anew, and then its service
+    restart(Side::app);
     center->addCategory({"order", {{"track", "Track"}}});
+    center->addCategory({"order", {{"late", "Late"}}});
     center->addCategory({"other", {{"x", "X"}}});
     settle(); // what these have said is over
     Seen<std::string> badges;
@@ -296,7 +272,8 @@ TEST_F(FreedesktopUserNotificationsTest, TheNumberAndTheCategoriesOutliveTheProc
                         g_free(text);
                     });
     settle(launcher);
-    restart();
+    restart(Side::notificationService);
+    center->addCategory({"order", {}});
     EXPECT_TRUE(until([&] { return badges.count() == 1; }));
     EXPECT_THAT(badges.all().at(0), HasSubstr("3"));
     auto order = request("a");

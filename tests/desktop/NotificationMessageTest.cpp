@@ -87,7 +87,7 @@ TEST(NotificationActionsTest, ButtonsOfThePushThenOfItsCategory) {
 }
 
 TEST(NotificationCodecTest, ReadsWhatItWroteAndNothingElse) {
-    platform::NotificationResponse response{{{"id", {}}}, "again"};
+    platform::NotificationResponse response{{{"id", {}}}, "again", "token"};
     NotificationContent& content = response.notification.request.content;
     content.title = "T\"\n";
     content.badge = 0;

@@ -12,12 +12,14 @@
 #include "ports/memory/MemoryPlatform.h"
 #include "tests/desktop/FakeApp.h"
 #include "tests/desktop/FakeDistributor.h"
+#include "tests/desktop/OtherProgram.h"
 #include "tests/desktop/PrivateBus.h"
 
 namespace zentavo::tests {
 namespace {
 
 using desktop::NotificationServiceHost;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using namespace std::chrono_literals;
@@ -47,6 +49,7 @@ protected:
             [] { return std::make_shared<Exclaiming>(); },
             {.respond = [this](const platform::NotificationResponse& response) { responses.put(response); },
              .busy = [this] { return busy; },
+             .alone = [this] { alone.put(true); },
              .ended = [this](bool name) { ended.put(name); }});
         host->start();
         const auto there = std::make_shared<Awaited<bool>>();
@@ -101,6 +104,7 @@ protected:
     std::unique_ptr<FakeApp> app = std::make_unique<FakeApp>(bus.address());
     Awaited<platform::NotificationResponse> responses;
     Awaited<bool> ended;
+    Awaited<bool> alone;
     bool busy = false;
     std::unique_ptr<desktop::SessionBus> client;
     std::shared_ptr<NotificationServiceHost> host;
@@ -114,7 +118,7 @@ TEST_F(NotificationServiceHostTest, APushGoesThroughTheExtensionOnlyWhereItMay) 
     distributor.message(1, service, token, "no JSON");
     distributor.message(1, service, token, R"({"aps":{"badge":4}})");
     settleUntil([&] { return memory.userNotifications->badgeCount() == 4; });
-    EXPECT_THAT(bodies(), ::testing::ElementsAre("one!", "two"));
+    EXPECT_THAT(bodies(), ElementsAre("one!", "two"));
     ASSERT_EQ(memory.systemLog->entries().size(), 1U);
     EXPECT_THAT(memory.systemLog->entries()[0].message, HasSubstr("says nothing that can be read"));
 }
@@ -163,6 +167,19 @@ TEST_F(NotificationServiceHostTest, WhatIsShownCanBeListedTakenAwayAndAnswered) 
     app->call("RemoveDelivered", g_variant_new_parsed("([%s],)", shown.request.identifier.c_str()));
     EXPECT_EQ(app->refused, "");
     EXPECT_THAT(bodies(), IsEmpty());
+}
+
+TEST_F(NotificationServiceHostTest, TheAppAndTheContentExtensionAreHeardAndNobodyElse) {
+    const TextMethod respond{service, desktop::service_interface::path, desktop::service_interface::name, "Respond"};
+    const std::string call =
+        "call=" + desktop::codec::write(platform::NotificationResponse{{{"a", {}}}, "again"}).value();
+    EXPECT_THAT(runOtherProgram(bus.address(), respond, {call}), ElementsAre(accessDenied));
+    EXPECT_TRUE(responses.empty());
+    EXPECT_THAT(runOtherProgram(bus.address(), respond, {"own=com.example.shop.NotificationContent", call}),
+                ElementsAre("ok"));
+    app.reset();
+    EXPECT_THAT(runOtherProgram(bus.address(), respond, {"own=com.example.shop", call}), ElementsAre("ok"));
+    EXPECT_EQ(responses.next().actionIdentifier, "again");
 }
 
 TEST_F(NotificationServiceHostTest, ItEndsAfterAQuietMinuteInWhichNothingIsShown) {
@@ -220,7 +237,18 @@ TEST_F(NotificationServiceHostTest, WhatAProcessWasKilledOverTheNextOneShows) {
     start();
     settleUntil([&] { return bodies().size() == 2; });
     settleUntil([&] { return journal.takeUp({}).entries.empty(); });
-    EXPECT_THAT(bodies(), ::testing::ElementsAre("one!", "two"));
+    EXPECT_THAT(bodies(), ElementsAre("one!", "two"));
+}
+
+TEST_F(NotificationServiceHostTest, ItSaysWhenNoProcessBeforeItIsAtWorkAnyMore) {
+    registered();
+    settle();
+    memory.queues->advance(29s);
+    EXPECT_TRUE(alone.empty());
+    memory.queues->advance(1s);
+    EXPECT_TRUE(alone.next());
+    memory.queues->advance(30s);
+    EXPECT_TRUE(alone.empty()); // once
 }
 
 TEST_F(NotificationServiceHostTest, ASignalEndsItWithWhatIsUnderWay) {
@@ -229,7 +257,7 @@ TEST_F(NotificationServiceHostTest, ASignalEndsItWithWhatIsUnderWay) {
     host->end();
     settleUntil([&] { return !ended.empty(); });
     EXPECT_TRUE(ended.next());
-    EXPECT_THAT(bodies(), ::testing::ElementsAre("one!"));
+    EXPECT_THAT(bodies(), ElementsAre("one!"));
     memory.queues->advance(5min);
     EXPECT_TRUE(ended.empty()); // once
 }
@@ -241,7 +269,10 @@ TEST_F(NotificationServiceHostTest, WithoutABusOrWhereAnotherHasTheNameItEndsAtO
         const auto second = NotificationServiceHost::make(
             memory.platform(), other,
             {{"com.example.shop", service, "com.example.shop.NotificationContent"}, "Shop", ""}, {},
-            {.respond = {}, .busy = {}, .ended = [&over](bool name) { over.put(name); }});
+            {.respond = {},
+             .busy = {},
+             .alone = [&over] { over.put(true); },
+             .ended = [&over](bool name) { over.put(name); }});
         second->start();
         settleUntil([&] { return !over.empty(); });
         EXPECT_FALSE(over.next());

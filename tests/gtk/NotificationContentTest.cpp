@@ -1,5 +1,7 @@
 // The program that draws rich notifications, with a service on a real bus that only writes down what it is told.
 
+#include <atomic>
+
 #include "ports/desktop/AppInterfaces.h"
 #include "ports/desktop/NotificationCodec.h"
 #include "ports/desktop/SessionBus.h"
@@ -23,6 +25,10 @@ protected:
         memory.session->setDefault({404, "no"});
         service.serve(desktop::service_interface::path, desktop::service_interface::xml,
                       [this](const MethodCall& call) {
+                          if (refusals > 0) {
+                              --refusals;
+                              return call.refuse("not now");
+                          }
                           const char* text = nullptr;
                           g_variant_get(call.parameters().get(), "(&s)", &text);
                           responses.add(desktop::codec::readResponse(text).value());
@@ -93,6 +99,7 @@ protected:
                       top + around.frame().y + view.frame().y + view.frame().height / 2);
     }
 
+    std::atomic<int> refusals = 0; ///< how often the service says no before it writes down what it is told
     Seen<bool> owned;
     Seen<platform::NotificationResponse> responses;
     SessionBus service;
@@ -125,6 +132,28 @@ TEST_F(NotificationContentTest, AChoiceIsStoredAndTheServiceIsToldThatTheNotific
     EXPECT_TRUE(until([&] { return !shown->isShown(); }));
     EXPECT_FALSE(contexts[0]->performNotificationDefaultAction()) << "it is over";
     EXPECT_FALSE(host->isOver()) << "another one may come";
+}
+
+TEST_F(NotificationContentTest, AChoiceThatTheServiceDoesNotTakeIsToldOnceMoreAndThenLeftToTheURL) {
+    start();
+    ASSERT_EQ(show(push("First")), "");
+    refusals = 1;
+    tap(*shown->stackView, *shown->button1Label->view);
+    ASSERT_TRUE(until([&] { return responses.all().size() == 1 && contentWindow() == nullptr; }));
+
+    ASSERT_EQ(show(push("Second")), "");
+    refusals = 2;
+    EXPECT_TRUE(contexts[1]->performNotificationDefaultAction());
+    ASSERT_TRUE(until([&] { return !contexts[1]->performNotificationDefaultAction(); }))
+        << "who asks again opens the URL itself";
+    EXPECT_EQ(refusals, 0);
+    EXPECT_NE(contentWindow(), nullptr) << "the user sees that nothing was opened";
+    EXPECT_THAT(memory.systemLog->entries().back().message, HasSubstr("not now"));
+    EXPECT_THAT(responses.all(), SizeIs(1));
+
+    ASSERT_EQ(show(push("Third")), "");
+    EXPECT_TRUE(contexts[2]->performNotificationDefaultAction()) << "another one, another attempt";
+    EXPECT_TRUE(until([&] { return responses.all().size() == 2 && contentWindow() == nullptr; }));
 }
 
 TEST_F(NotificationContentTest, AnotherNotificationTakesThePlaceOfTheOneBefore) {

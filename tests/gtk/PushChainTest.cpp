@@ -121,7 +121,7 @@ protected:
     const bool exported = setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1) == 0;
     SessionBus session{bus.address()};
     FakeNotificationServer notifications{bus.address()};
-    e2e::DevServer server{{"--distributor", "--pushes", ZENTAVO_STOREFRONT_PUSHES}};
+    e2e::DevServer server{{"--distributor"}};
     storefront::Screen screen;
 };
 

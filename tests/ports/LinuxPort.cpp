@@ -57,7 +57,7 @@ public:
 private:
     LoopbackServer server_{&farSide};
     linux_port::WorkerThread worker_;
-    linux_port::LinuxDispatchQueues queues_{worker_};
+    linux_port::LinuxDispatchQueues queues_{std::make_shared<linux_port::WorkerQueue>(worker_)};
     linux_port::WorkerQueue mainQueue_{worker_};
     linux_port::CurlNetworkThread network_;
     linux_port::CurlURLSession session_{network_};

@@ -51,8 +51,8 @@ TEST_F(EventTest, acknowledgesBothWays) {
     takeSent();
     takeTold();
     socket->emit("q", {"x"}, ack("zero"));
-    socket->emit("q", {}, ack("one"), 5s);
-    socket->emit("q", {Binary{"\1"}}, ack("two"), 5s);
+    socket->emit("q", {}, 5s, ack("one"));
+    socket->emit("q", {Binary{"\1"}}, 5s, ack("two"));
     EXPECT_THAT(takeSent(),
                 ElementsAre(R"(420["q","x"])", R"(421["q"])", R"(451-2["q",{"_placeholder":true,"num":0}])", "b:\1"));
     server(R"(432["second"])");
@@ -76,7 +76,7 @@ TEST_F(EventTest, acknowledgesBothWays) {
     socket->emit("q", {}, ack("three"));
     lose();
     EXPECT_THAT(takeTold(), ElementsAre("three:lost", "transport close"));
-    socket->emit("waits", {}, ack("four"), 1s);
+    socket->emit("waits", {}, 1s, ack("four"));
     socket->emit("waits too", {}, ack("five"));
     awaitAttempt();
     shake();

@@ -128,8 +128,7 @@ TEST_F(NamespaceTest, maySeeItsSocketsGoAtAnyMoment) {
         const auto kept = std::make_shared<int>(0);
         socket->onConnect([kept] {});
         socket->connect();
-        socket->emit(
-            "x", {}, [kept](const auto&) {}, 1s);
+        socket->emit("x", {}, 1s, [kept](const auto&) {});
         if (step > 0) {
             run();
         }

@@ -195,11 +195,11 @@ TEST_P(ServerTest, talks) {
     socket->emit("echo", nested);
     socket->emitVolatile("silent");
     EXPECT_TRUE(story.comes("echo"));
-    socket->emit("ack", {"got"}, ack(), 10s);
+    socket->emit("ack", {"got"}, 10s, ack());
     EXPECT_TRUE(story.comes("ack got"));
     socket->emit("ack", {Binary{bytes}}, ack());
     EXPECT_TRUE(story.comes("ack bytes " + bytes));
-    socket->emit("silent", {}, ack(), 100ms);
+    socket->emit("silent", {}, 100ms, ack());
     EXPECT_TRUE(story.comes("ack late"));
     socket->emit("ask", {Binary{bytes}});
     EXPECT_TRUE(story.comes("answer because" + bytes));

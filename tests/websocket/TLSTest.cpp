@@ -8,6 +8,7 @@
 
 #include "tests/websocket/Client.h"
 #include "tests/websocket/Wire.h"
+#include "zentavo/websocket/OpenSslLibrary.h"
 
 namespace zentavo::websocket::test {
 namespace {
@@ -87,16 +88,17 @@ TEST_F(TLS, refusesStrangersAndOtherNames) {
         const char* served;
         const char* host;
         ClientOptions options;
-        bool opens;
+        const char* why; ///< it does not open; null where it does
     };
     ClientOptions careless = trusting("here");
     careless.verifyCertificate = false;
-    ClientOptions unreadable = trusting("nowhere");
-    for (const Try& one :
-         {Try{"here", "localhost", trusting("here"), true}, Try{"here", "localhost", trusting("elsewhere"), false},
-          Try{"here", "localhost", ClientOptions(), false}, Try{"here", "localhost", unreadable, false},
-          Try{"elsewhere", "localhost", trusting("elsewhere"), false},
-          Try{"elsewhere", "127.0.0.1", trusting("elsewhere"), false}, Try{"elsewhere", "localhost", careless, true}}) {
+    for (const Try& one : {Try{"here", "localhost", trusting("here"), nullptr},
+                           Try{"here", "localhost", trusting("elsewhere"), "self-signed certificate"},
+                           Try{"here", "localhost", ClientOptions(), "self-signed certificate"},
+                           Try{"here", "localhost", trusting("nowhere"), "No such file"},
+                           Try{"elsewhere", "localhost", trusting("elsewhere"), "hostname mismatch"},
+                           Try{"elsewhere", "127.0.0.1", trusting("elsewhere"), "IP address mismatch"},
+                           Try{"elsewhere", "localhost", careless, nullptr}}) {
         WebSocketServer server(echo(), serving(one.served));
         const auto port = server.listen("127.0.0.1", 0);
         ASSERT_TRUE(port.ok());
@@ -104,9 +106,10 @@ TEST_F(TLS, refusesStrangersAndOtherNames) {
         WebSocketClient client(story.handlers());
         ASSERT_TRUE(client.open(urlOf(one.host, *port), one.options).ok());
         ASSERT_TRUE(story.await([&] { return story.opened || story.closes > 0; }));
-        EXPECT_EQ(story.opened, one.opens) << one.served << " as " << one.host << ": " << story.closed.reason;
-        if (!one.opens) {
-            EXPECT_EQ(story.closed.code, CloseCode::tlsFailure) << story.closed.reason;
+        EXPECT_EQ(story.opened, one.why == nullptr) << one.served << " as " << one.host << ": " << story.closed.reason;
+        if (one.why != nullptr) {
+            EXPECT_EQ(story.closed.code, CloseCode::tlsFailure);
+            EXPECT_THAT(story.closed.reason, ::testing::HasSubstr(one.why));
         }
     }
 }
@@ -164,6 +167,15 @@ TEST_F(TLS, endsWithPeersThatDoNotSpeakIt) {
     ServerOptions broken = serving("here");
     broken.keyFile = file("elsewhere", ".key");
     EXPECT_FALSE(WebSocketServer(echo(), broken).listen("127.0.0.1", 0).ok()) << "a key of another certificate";
+}
+
+TEST(OpenSsl, thatIsMissingOrTooOldIsAnErrorWithItsName) {
+    for (const char* file : {"libssl-of-nowhere.so.3", "libz.so.1"}) {
+        const auto library = OpenSslLibrary::open(file);
+        ASSERT_FALSE(library.ok()) << file;
+        EXPECT_THAT(library.error().message,
+                    ::testing::AllOf(::testing::HasSubstr("no TLS"), ::testing::HasSubstr(file)));
+    }
 }
 
 } // namespace

@@ -59,6 +59,9 @@ inline constexpr const char* dismissActionIdentifier = "zentavo.notification.dis
 struct NotificationResponse {
     Notification notification;
     std::string actionIdentifier = defaultActionIdentifier;
+    /// With which a window may come to the front, where the desktop wants to see that the user has asked for it. May be
+    /// empty.
+    std::string activationToken = {};
 
     friend bool operator==(const NotificationResponse&, const NotificationResponse&) = default;
 };

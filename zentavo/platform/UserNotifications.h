@@ -44,7 +44,7 @@ public:
 
     /// Shows a notification, its badge on the app's icon included. `error` says why it could not be shown.
     virtual void add(NotificationRequest request, std::function<void(std::optional<std::string> error)> completion) = 0;
-    /// What is shown now, in the order of arrival.
+    /// What is shown now, in the order of arrival; where several processes of the app show notifications, each one's own.
     virtual void delivered(std::function<void(std::vector<Notification>)> completion) = 0;
     /// Takes notifications away again; what is not there is no failure.
     virtual void removeDelivered(std::vector<std::string> identifiers) = 0;

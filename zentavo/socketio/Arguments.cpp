@@ -30,6 +30,11 @@ const Value& Arguments::operator[](std::size_t index) const noexcept {
     return index < values_.size() ? values_[index] : null;
 }
 
+std::string_view Arguments::text(std::size_t index) const noexcept {
+    const auto* text = (*this)[index].asString();
+    return text != nullptr ? std::string_view(*text) : std::string_view();
+}
+
 const std::string* Arguments::binary(const Value& value) const noexcept {
     const auto number = placeholderNumber(value);
     return number && *number >= 0 && static_cast<std::size_t>(*number) < attachments_.size()

@@ -3,6 +3,7 @@
 #include <concepts>
 #include <initializer_list>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -53,6 +54,8 @@ public:
     bool empty() const noexcept { return values_.empty(); }
     /// Null beyond the end.
     const Value& operator[](std::size_t index) const noexcept;
+    /// The text of argument `index`; empty when it is none.
+    std::string_view text(std::size_t index) const noexcept;
     /// The bytes of argument `index`; a null pointer when it is no binary.
     const std::string* binary(std::size_t index) const noexcept { return binary((*this)[index]); }
     /// The bytes that `value`, found somewhere inside an argument, stands for; a null pointer when it is no

@@ -22,9 +22,9 @@ enum class TransportKind { polling, webSocket };
 struct EngineOptions {
     std::string path = "/socket.io/";
     /// Added to the query of every request.
-    std::vector<QueryItem> query;
+    std::vector<QueryItem> query{};
     /// Added to every request.
-    platform::Headers headers;
+    platform::Headers headers{};
     /// The first one starts. A connection that starts with polling goes over to WebSocket where both are here.
     std::vector<TransportKind> transports{TransportKind::polling, TransportKind::webSocket};
     bool upgrade = true;
@@ -41,7 +41,7 @@ struct EngineOptions {
     std::chrono::milliseconds upgradeTimeout{10'000};
     /// How long what was sent before a disconnect may take to leave.
     std::chrono::milliseconds closeTimeout{5'000};
-    Limits limits;
+    Limits limits{};
 };
 
 /// Who answers the questions to the system. `queue` is serial: everything happens on it, the host's handlers included.

@@ -13,9 +13,9 @@ namespace zentavo::socketio {
 struct ManagerOptions : EngineOptions {
     /// A connection that was lost, or never came about, is tried again.
     bool reconnects = true;
-    Backoff backoff;
+    Backoff backoff{};
     /// How often in a row; none: for ever.
-    std::optional<unsigned> reconnectAttempts;
+    std::optional<unsigned> reconnectAttempts{};
 };
 
 /// What a manager tells, on its queue. Any may be empty.
@@ -35,7 +35,7 @@ struct Auth {
     Map payload;
     /// Asked anew each time a namespace is joined, also after a reconnection, on the manager's queue: tokens grow old.
     /// It calls `reply` once, on any thread, then or later. Goes before `payload`.
-    std::function<void(std::function<void(Map)> reply)> provider;
+    std::function<void(std::function<void(Map)> reply)> provider = nullptr;
 };
 
 } // namespace zentavo::socketio

@@ -62,8 +62,8 @@ Emitted SocketIOClient::emit(std::string_view event, Arguments arguments) {
     return space_->emit(event, std::move(arguments), false, nullptr, {});
 }
 
-Emitted SocketIOClient::emit(std::string_view event, Arguments arguments, AckHandler handler,
-                             std::chrono::milliseconds timeout) {
+Emitted SocketIOClient::emit(std::string_view event, Arguments arguments, std::chrono::milliseconds timeout,
+                             AckHandler handler) {
     return space_->emit(event, std::move(arguments), false, std::move(handler), timeout);
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "zentavo/foundation/Export.h"
 #include "zentavo/socketio/Event.h"
@@ -64,8 +65,10 @@ public:
     /// With an acknowledgement. `handler` is called once: with the server's arguments, after `timeout` (0: none;
     /// counted from this call), or when the connection is lost after the event was sent. An event that waits when its
     /// time is over is not sent any more.
-    Emitted emit(std::string_view event, Arguments arguments, AckHandler handler,
-                 std::chrono::milliseconds timeout = std::chrono::milliseconds(0));
+    Emitted emit(std::string_view event, Arguments arguments, std::chrono::milliseconds timeout, AckHandler handler);
+    Emitted emit(std::string_view event, Arguments arguments, AckHandler handler) {
+        return emit(event, std::move(arguments), std::chrono::milliseconds(0), std::move(handler));
+    }
     /// Dropped unless it can leave at once, with less than 16 KiB ahead of it: for what is soon out of date.
     Emitted emitVolatile(std::string_view event, Arguments arguments = {});
 

@@ -6,55 +6,18 @@
 #include <asio/buffer.hpp>
 #include <asio/connect.hpp>
 #include <asio/post.hpp>
-#include <asio/ssl/context.hpp>
 #include <asio/write.hpp>
 
 #include "zentavo/foundation/URL.h"
 #include "zentavo/websocket/HeaderGrammar.h"
+#include "zentavo/websocket/PlainStream.h"
+#include "zentavo/websocket/SecureStream.h"
 
 namespace zentavo::websocket {
 namespace {
 
 // Of several addresses one that swallows everything does not use up the time of the others.
 constexpr std::chrono::milliseconds longestAttempt{3000};
-
-using Context = std::shared_ptr<asio::ssl::context>;
-
-Result<Context> makeContext(const ClientOptions& options) {
-    auto context = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_client);
-    asio::error_code error;
-    context->set_options(
-        asio::ssl::context::default_workarounds | asio::ssl::context::no_tlsv1 | asio::ssl::context::no_tlsv1_1, error);
-    if (!options.verifyCertificate) {
-        context->set_verify_mode(asio::ssl::verify_none, error);
-        return context;
-    }
-    options.certificateAuthorities.empty() ? context->set_default_verify_paths(error)
-                                           : context->load_verify_file(options.certificateAuthorities, error);
-    if (error) {
-        return Error{"the certificate authorities cannot be read: " + error.message()};
-    }
-    context->set_verify_mode(asio::ssl::verify_peer, error);
-    return context;
-}
-
-/// Whom to trust. The system's authorities are read once in a process, and not for each connection on the thread that
-/// all share; a file that the host names may change, and is read each time. I/O thread.
-Result<Context> trust(const ClientOptions& options) {
-    if (!options.verifyCertificate || !options.certificateAuthorities.empty()) {
-        return makeContext(options);
-    }
-    // Never destroyed: the thread may outlive every static object.
-    static Context& shared = *new Context;
-    if (!shared) {
-        auto made = makeContext(options);
-        if (!made) {
-            return made;
-        }
-        shared = *std::move(made);
-    }
-    return shared;
-}
 
 } // namespace
 
@@ -192,17 +155,19 @@ void ClientLink::takeProxyAnswer(std::size_t size) {
 
 void ClientLink::secure() {
     if (!address_.secure) {
-        attach(Stream::plain(std::move(socket_)));
+        attach(std::make_unique<PlainStream>(std::move(socket_)));
         greet();
         return;
     }
-    auto context = trust(asked_);
+    const auto context = TLSContext::client(asked_);
     if (!context) {
         fail(context.error().message, CloseCode::tlsFailure);
         return;
     }
-    attach(Stream::secureClient(std::move(socket_), *std::move(context), address_.host));
-    stream().handshake(step("TLS", [this] { greet(); }));
+    auto stream =
+        std::make_unique<SecureStream>(std::move(socket_), std::make_unique<TLSEngine>(**context, address_.host));
+    stream->handshake(step("TLS", [this] { greet(); }));
+    attach(std::move(stream));
 }
 
 void ClientLink::greet() {

@@ -1,12 +1,12 @@
 #include "zentavo/websocket/IOThread.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <thread>
 
 #include <asio/detail/signal_blocker.hpp>
 #include <asio/executor_work_guard.hpp>
-#include <openssl/crypto.h>
 
 #include "zentavo/foundation/Mutex.h"
 
@@ -14,6 +14,7 @@ namespace zentavo::websocket {
 namespace {
 
 thread_local bool onIOThread = false;
+std::atomic<void (*)()> lastCall = nullptr;
 
 // How long a handler may hold up the end of the process.
 constexpr std::chrono::seconds patience{1};
@@ -36,19 +37,23 @@ IOThread& IOThread::shared() {
     return thread;
 }
 
+void IOThread::stopAtExit(void (*last)()) {
+    lastCall.store(last);
+    std::atexit(&IOThread::stop);
+}
+
 bool IOThread::isCurrent() noexcept { return onIOThread; }
 
 IOThread::IOThread() {
     end();
-    // What is registered first is undone last: OpenSSL must outlive the thread, which may use it. With no option it
-    // registers nothing; this one does nothing else, where loading its strings would touch more than a megabyte.
-    OPENSSL_init_crypto(OPENSSL_INIT_ATFORK, nullptr);
     const asio::detail::signal_blocker blocked;
     std::thread([this] {
         onIOThread = true;
         const auto work = asio::make_work_guard(context_);
         context_.run();
-        OPENSSL_thread_stop();
+        if (const auto last = lastCall.load()) {
+            last();
+        }
         MutexLock lock(end().mutex);
         end().ended = true;
         end().told.notify_all();

@@ -13,6 +13,9 @@ public:
     asio::io_context& context() noexcept { return context_; }
     /// Whether the calling thread is this one.
     static bool isCurrent() noexcept;
+    /// Has the thread stopped before anything is undone that was registered for the end of the process until now, and
+    /// `last` called by it before that. For one library that the thread uses and that is there later than itself.
+    static void stopAtExit(void (*last)());
 
 private:
     IOThread();

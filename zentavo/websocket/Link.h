@@ -53,7 +53,6 @@ protected:
     }
     /// The stream is there; `timer` still guards the handshake.
     void attach(std::unique_ptr<Stream> stream);
-    Stream& stream() noexcept { return *stream_; }
     /// The handshake is over: `first` goes out before any frame.
     void begin(const Handshake& agreed, std::string first);
     /// Sends `answer` instead, and ends.

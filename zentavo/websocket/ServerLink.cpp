@@ -5,6 +5,8 @@
 #include <asio/post.hpp>
 
 #include "zentavo/foundation/Fault.h"
+#include "zentavo/websocket/PlainStream.h"
+#include "zentavo/websocket/SecureStream.h"
 
 namespace zentavo::websocket {
 
@@ -13,18 +15,19 @@ ServerLink::ServerLink(std::shared_ptr<const ServerHost> host, std::shared_ptr<p
     : Link(Role::server, options, queue), host_(std::move(host)), queue_(std::move(queue)), ended_(std::move(ended)),
       handshake_(options.compression) {}
 
-void ServerLink::start(asio::ip::tcp::socket socket, const std::shared_ptr<asio::ssl::context>& tls) {
+void ServerLink::start(asio::ip::tcp::socket socket, const TLSContext* tls) {
     turn([&] {
         arm(Wait::handshake, options_.handshakeTimeout);
-        if (!tls) {
-            attach(Stream::plain(std::move(socket)));
+        if (tls == nullptr) {
+            attach(std::make_unique<PlainStream>(std::move(socket)));
             read();
             return;
         }
-        attach(Stream::secureServer(std::move(socket), tls));
-        stream().handshake([link = shared_from_this()](const asio::error_code& error) {
+        auto stream = std::make_unique<SecureStream>(std::move(socket), std::make_unique<TLSEngine>(*tls));
+        stream->handshake([link = shared_from_this()](const asio::error_code& error) {
             link->turn([&] { error ? link->fail("TLS: " + error.message(), CloseCode::tlsFailure) : link->read(); });
         });
+        attach(std::move(stream));
     });
 }
 

@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "zentavo/websocket/Link.h"
+#include "zentavo/websocket/TLSContext.h"
 #include "zentavo/websocket/WebSocketServer.h"
 
 namespace zentavo::websocket {
@@ -22,8 +23,8 @@ public:
     ServerLink(std::shared_ptr<const ServerHost> host, std::shared_ptr<platform::DispatchQueue> queue,
                const ServerOptions& options, std::function<void(const std::shared_ptr<ServerLink>&)> ended);
 
-    /// I/O thread.
-    void start(asio::ip::tcp::socket socket, const std::shared_ptr<asio::ssl::context>& tls);
+    /// I/O thread. `tls`: null for a plain connection; not kept.
+    void start(asio::ip::tcp::socket socket, const TLSContext* tls);
 
     Sent send(MessageKind kind, std::string_view content) override { return sendMessage(kind, content); }
     Sent ping(std::string_view content) override { return sendPing(content); }

@@ -1,13 +1,10 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <span>
-#include <string>
 #include <string_view>
 
 #include <asio/ip/tcp.hpp>
-#include <asio/ssl/context.hpp>
 
 namespace zentavo::websocket {
 
@@ -31,18 +28,13 @@ public:
     /// Writes what goes out without waiting; 0 when that is nothing, or `write` is the only way.
     virtual std::size_t writeNow(std::string_view bytes) = 0;
     /// Ends our direction.
-    virtual void shutdown() = 0;
-    virtual void close() = 0;
+    void shutdown();
+    void close();
 
-    /// Of TLS, before anything else; a plain stream has none. The stream lives until `done`.
-    virtual void handshake(std::function<void(const asio::error_code&)> done) = 0;
+protected:
+    explicit Stream(asio::ip::tcp::socket socket);
 
-    static std::unique_ptr<Stream> plain(asio::ip::tcp::socket socket);
-    /// TLS as a client: `host` is named to the server, and must be in its certificate where the context verifies.
-    static std::unique_ptr<Stream> secureClient(asio::ip::tcp::socket socket,
-                                                std::shared_ptr<asio::ssl::context> context, const std::string& host);
-    static std::unique_ptr<Stream> secureServer(asio::ip::tcp::socket socket,
-                                                std::shared_ptr<asio::ssl::context> context);
+    asio::ip::tcp::socket socket_;
 };
 
 } // namespace zentavo::websocket

@@ -5,7 +5,6 @@
 
 #include <asio/ip/tcp.hpp>
 #include <asio/post.hpp>
-#include <asio/ssl/context.hpp>
 #include <asio/steady_timer.hpp>
 
 #include "zentavo/foundation/Mutex.h"
@@ -35,7 +34,6 @@ public:
 
 private:
     Result<std::uint16_t> tryListen(const std::string& address, std::uint16_t port);
-    Result<void> readCertificate();
     void accept();
     void accepted(const asio::error_code& error, Tcp::socket socket);
     void serve(Tcp::socket socket);
@@ -44,7 +42,7 @@ private:
     const std::shared_ptr<ServerHost> host_;
     const ServerOptions options_;
     const std::shared_ptr<platform::DispatchQueue> queue_;
-    std::shared_ptr<asio::ssl::context> tls_;
+    std::shared_ptr<TLSContext> tls_;
     std::atomic<bool> listened_ = false;
 
     // The I/O thread's, once the server listens.
@@ -55,25 +53,6 @@ private:
     bool stopped_ = false;
     std::unordered_set<std::shared_ptr<ServerLink>> links_;
 };
-
-Result<void> WebSocketServer::State::readCertificate() {
-    if (options_.certificateFile.empty()) {
-        return {};
-    }
-    auto context = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_server);
-    asio::error_code error;
-    context->set_options(asio::ssl::context::no_tlsv1 | asio::ssl::context::no_tlsv1_1, error);
-    context->use_certificate_chain_file(options_.certificateFile, error);
-    if (error) {
-        return Error{"the certificate cannot be read: " + error.message()};
-    }
-    context->use_private_key_file(options_.keyFile, asio::ssl::context::pem, error);
-    if (error) {
-        return Error{"the certificate's key cannot be read: " + error.message()};
-    }
-    tls_ = std::move(context);
-    return {};
-}
 
 Result<std::uint16_t> WebSocketServer::State::listen(const std::string& address, std::uint16_t port) {
     if (listened_.exchange(true)) {
@@ -92,8 +71,12 @@ Result<std::uint16_t> WebSocketServer::State::tryListen(const std::string& addre
     if (auto checked = checkDeflate(options_.compression); !checked) {
         return checked.error();
     }
-    if (auto read = readCertificate(); !read) {
-        return read.error();
+    if (!options_.certificateFile.empty()) {
+        auto tls = TLSContext::server(options_);
+        if (!tls) {
+            return tls.error();
+        }
+        tls_ = *std::move(tls);
     }
     asio::error_code error;
     const Tcp::endpoint endpoint(asio::ip::make_address(address, error), port);
@@ -168,7 +151,7 @@ void WebSocketServer::State::serve(Tcp::socket socket) {
                                                        }
                                                    });
     links_.insert(link);
-    link->start(std::move(socket), tls_);
+    link->start(std::move(socket), tls_.get());
 }
 
 void WebSocketServer::State::ended(const std::shared_ptr<ServerLink>& link) {

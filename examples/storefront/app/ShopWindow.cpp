@@ -14,7 +14,7 @@ using zentavo::URL;
 
 namespace {
 
-constexpr int width = 420;
+constexpr int width = 460; // so that the inbox finds room for its filters
 constexpr int height = 760;
 
 /// A button of the bar: a sign, and over it how many.

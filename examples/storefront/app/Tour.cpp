@@ -86,12 +86,9 @@ Tour::Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk,
         },
         "empty");
     inbox(
-        "08-inbox-all-read",
-        [](InboxPage& page) {
-            page.markAllAsRead();
-            page.filter("");
-        },
-        "messages");
+        "", [](InboxPage& page) { page.filter(""); }, "messages");
+    inbox(
+        "08-inbox-all-read", [](InboxPage& page) { page.markAllAsRead(); }, "messages");
     inbox(
         "09-inbox-out-of-reach",
         [this](InboxPage& page) { failNext("/access/api/app-inbox/message/performance", [&page] { page.refresh(); }); },

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <vector>
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -127,7 +126,7 @@ void Screen::click(int x, int y) {
     XSync(of(display_), False);
 }
 
-bool Screen::savePicture(const std::string& file, std::optional<Area> part) {
+Screen::Picture Screen::look(std::optional<Area> part) const {
     Display* display = of(display_);
     const int screen = DefaultScreen(display);
     const Area all{0, 0, DisplayWidth(display, screen), DisplayHeight(display, screen)};
@@ -136,22 +135,29 @@ bool Screen::savePicture(const std::string& file, std::optional<Area> part) {
     area.y = std::clamp(area.y, 0, all.height - 1);
     area.width = std::clamp(area.width, 1, all.width - area.x);
     area.height = std::clamp(area.height, 1, all.height - area.y);
+    Picture picture{area, {}};
     XImage* image = XGetImage(display, DefaultRootWindow(display), area.x, area.y, static_cast<unsigned>(area.width),
                               static_cast<unsigned>(area.height), AllPlanes, ZPixmap);
     if (image == nullptr) {
-        return false;
+        return picture;
     }
-    std::vector<unsigned char> pixels;
-    pixels.reserve(static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height) * 3);
+    picture.pixels.reserve(static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height) * 3);
     for (int y = 0; y < area.height; ++y) {
         for (int x = 0; x < area.width; ++x) {
             const unsigned long pixel = XGetPixel(image, x, y);
             for (const unsigned shift : {16U, 8U, 0U}) {
-                pixels.push_back(static_cast<unsigned char>(pixel >> shift));
+                picture.pixels.push_back(static_cast<unsigned char>(pixel >> shift));
             }
         }
     }
     XDestroyImage(image);
+    return picture;
+}
+
+bool Screen::Picture::save(const std::string& file) const {
+    if (pixels.empty()) {
+        return false;
+    }
     GBytes* bytes = g_bytes_new(pixels.data(), pixels.size());
     GdkTexture* texture =
         gdk_memory_texture_new(area.width, area.height, GDK_MEMORY_R8G8B8, bytes, static_cast<gsize>(area.width) * 3);

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace storefront {
 
@@ -14,6 +15,14 @@ public:
         int y = 0;
         int width = 0;
         int height = 0;
+    };
+    struct Picture {
+        Area area; ///< what of the screen it shows
+        /// Red, green and blue, line by line; none when it could not be taken.
+        std::vector<unsigned char> pixels;
+
+        /// As a PNG file; false when there is no such place.
+        bool save(const std::string& file) const;
     };
 
     /// Throws std::runtime_error where there is no screen or no way to move the pointer.
@@ -31,8 +40,8 @@ public:
     void closeWindow(const std::string& title);
     /// Presses and lets go at a point of the screen.
     void click(int x, int y);
-    /// A PNG file of the screen, or of a part of it; false when there is no such place.
-    bool savePicture(const std::string& file, std::optional<Area> part = std::nullopt);
+    /// The screen, or what of `part` is on it.
+    Picture look(std::optional<Area> part = std::nullopt) const;
 
 private:
     unsigned long find(const std::string& title) const;

@@ -6,19 +6,25 @@
 //     zentavo-screen move TITLE X Y
 //     zentavo-screen close TITLE                  as its own button does
 //     zentavo-screen click TITLE X Y              a point of the window; below 0: counted from its other end
-//     zentavo-screen picture FILE [TITLE]         of the screen, or of a window
+//     zentavo-screen shows TITLE X Y RRGGBB       waits until that point of the window has about this colour
+//     zentavo-screen picture FILE [TITLE]         of the screen, or of a window, once it holds still
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <functional>
+#include <optional>
+#include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "examples/storefront/support/Screen.h"
 
 namespace {
+
+using storefront::Screen;
 
 bool eventually(const std::function<bool()>& done) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(15);
@@ -31,36 +37,76 @@ bool eventually(const std::function<bool()>& done) {
     return true;
 }
 
-bool act(storefront::Screen& screen, const std::vector<std::string>& words) {
+/// Where the words 2 and 3 point to in the window that is word 1.
+std::optional<Screen::Area> pointOf(const Screen& screen, const std::vector<std::string>& words) {
+    const auto window = screen.window(words.at(1));
+    if (!window) {
+        return std::nullopt;
+    }
+    const int x = std::atoi(words.at(2).c_str());
+    const int y = std::atoi(words.at(3).c_str());
+    return Screen::Area{window->x + (x < 0 ? window->width : 0) + x, window->y + (y < 0 ? window->height : 0) + y, 1,
+                        1};
+}
+
+/// What is written as RRGGBB, but for what drawing and scaling do to it.
+bool isAbout(const Screen::Picture& point, const std::string& colour) {
+    const unsigned long wanted = std::stoul(colour, nullptr, 16);
+    for (std::size_t i = 0; i < point.pixels.size(); ++i) {
+        const int part = static_cast<int>(wanted >> (16 - 8 * i) & 0xFFU);
+        if (std::abs(part - point.pixels[i]) > 12) {
+            return false;
+        }
+    }
+    return !point.pixels.empty();
+}
+
+/// The last of so many looks at the screen that were all the same. What never stops is taken as it is.
+Screen::Picture takePicture(const Screen& screen, std::optional<Screen::Area> part) {
+    constexpr int enough = 12; // looks, 20 ms apart and more
+    Screen::Picture picture = screen.look(part);
+    int same = 0;
+    eventually([&] {
+        Screen::Picture now = screen.look(part);
+        same = now.pixels == picture.pixels ? same + 1 : 0;
+        picture = std::move(now);
+        return same == enough;
+    });
+    return picture;
+}
+
+bool act(Screen& screen, const std::vector<std::string>& words) {
     const std::string& verb = words.at(0);
     if (verb == "backdrop") {
         screen.paintBackdrop();
         return true;
     }
     if (verb == "picture") {
-        return screen.savePicture(words.at(1), words.size() > 2 ? screen.window(words[2]) : std::nullopt);
+        const bool all = words.size() == 2;
+        const auto part = all ? std::nullopt : screen.window(words[2]);
+        return (all || part) && takePicture(screen, part).save(words.at(1));
     }
     const std::string& title = words.at(1);
+    if (verb == "shows") {
+        return eventually([&] {
+            const auto point = pointOf(screen, words);
+            return point && isAbout(screen.look(point), words.at(4));
+        });
+    }
     if (verb == "await" || verb == "gone") {
         return eventually([&] { return screen.window(title).has_value() == (verb == "await"); });
     }
-    const auto area = screen.window(title);
-    if (!area) {
+    if (!screen.window(title)) {
         return false;
     }
     if (verb == "close") {
         screen.closeWindow(title);
-        return true;
-    }
-    if (verb != "move" && verb != "click") {
-        return false;
-    }
-    const int x = std::atoi(words.at(2).c_str());
-    const int y = std::atoi(words.at(3).c_str());
-    if (verb == "move") {
-        screen.moveWindow(title, x, y);
+    } else if (verb == "move") {
+        screen.moveWindow(title, std::atoi(words.at(2).c_str()), std::atoi(words.at(3).c_str()));
+    } else if (const auto point = verb == "click" ? pointOf(screen, words) : std::nullopt) {
+        screen.click(point->x, point->y);
     } else {
-        screen.click(area->x + (x < 0 ? area->width : 0) + x, area->y + (y < 0 ? area->height : 0) + y);
+        return false;
     }
     return true;
 }
@@ -70,7 +116,7 @@ bool act(storefront::Screen& screen, const std::vector<std::string>& words) {
 int main(int argc, char** argv) {
     const std::vector<std::string> words(argv + 1, argv + argc);
     try {
-        storefront::Screen screen;
+        Screen screen;
         if (act(screen, words)) {
             return 0;
         }
