@@ -1,44 +1,22 @@
-// What the suites of SQLite do beyond the questions' promises: other processes, killed ones, damaged files, full disks.
+// What the suites of SQLite do beyond the questions' promises: other processes, killed ones, full disks.
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <sqlite3.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "ports/linux/GenerationFile.h"
-#include "ports/linux/SqlitePreferencesProvider.h"
-#include "ports/memory/RecordingSystemLog.h"
 #include "ports/memory/SeededRandom.h"
 #include "tests/ports/Child.h"
-#include "tests/ports/TemporaryFolder.h"
+#include "tests/ports/SqlitePreferencesFixture.h"
 
 namespace zentavo::tests {
 namespace {
 
 using linux_port::GenerationFile;
-using ::testing::Optional;
-
-/// A connection that knows nothing of the SDK.
-class Stranger {
-public:
-    explicit Stranger(const std::filesystem::path& file) { sqlite3_open(file.c_str(), &database_); }
-    ~Stranger() { sqlite3_close(database_); }
-    Stranger(const Stranger&) = delete;
-    Stranger& operator=(const Stranger&) = delete;
-
-    void run(const std::string& sql) {
-        ASSERT_EQ(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
-            << sqlite3_errmsg(database_);
-    }
-
-private:
-    sqlite3* database_ = nullptr;
-};
 
 /// No file of this process grows beyond `bytes` while it lives: as on a full disk.
 class FullDisk {
@@ -53,37 +31,6 @@ public:
 
 private:
     rlimit before_{};
-};
-
-class SqlitePreferencesTest : public ::testing::Test {
-protected:
-    std::shared_ptr<platform::PreferencesProvider> process() {
-        return std::make_shared<linux_port::SqlitePreferencesProvider>(folder.path(), "standard", "", log, nullptr);
-    }
-    std::shared_ptr<platform::Preferences> open() { return process()->suite("shared"); }
-    std::size_t errors() const {
-        const auto entries = log->entries();
-        return static_cast<std::size_t>(std::count_if(entries.begin(), entries.end(), [](const auto& entry) {
-            return entry.level == platform::LogLevel::error;
-        }));
-    }
-    int damagedFiles() const {
-        int count = 0;
-        for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
-            count += entry.path().filename().string().starts_with("shared.damaged-") ? 1 : 0;
-        }
-        return count;
-    }
-    /// Overwrites the page in which the rows are.
-    void damageRows() const {
-        std::fstream stream(file, std::ios::binary | std::ios::in | std::ios::out);
-        stream.seekp(4096);
-        stream << std::string(4096, '\xA5');
-    }
-
-    const TemporaryFolder folder;
-    const std::filesystem::path file = folder.path() / "shared.sqlite";
-    const std::shared_ptr<testing::RecordingSystemLog> log = std::make_shared<testing::RecordingSystemLog>();
 };
 
 TEST_F(SqlitePreferencesTest, ProcessesLoseNothingToEachOther) {
@@ -310,80 +257,6 @@ TEST_F(SqlitePreferencesTest, AStoreThatMayOnlyBeReadIsReadAndWritesWait) {
     EXPECT_EQ(suite->number("key"), 11) << "stored once it can be, on what others have written meanwhile";
 }
 
-TEST_F(SqlitePreferencesTest, ADamagedFileIsMovedAside) {
-    // More often than files are kept.
-    for (int i = 0; i < 5; ++i) {
-        folder.write("shared.sqlite", "no database at all, " + std::string(10'000, 'x'));
-        std::filesystem::remove(file.string() + "-wal"); // which by itself would be enough to go on
-        log->clear();
-        const auto suite = open();
-        ASSERT_NE(suite, nullptr);
-        EXPECT_EQ(errors(), 1u);
-        EXPECT_EQ(suite->object("key"), std::nullopt);
-        suite->set("key", i);
-        EXPECT_EQ(open()->number("key"), i);
-    }
-    EXPECT_EQ(damagedFiles(), 3);
-}
-
-TEST_F(SqlitePreferencesTest, DamageThatShowsLaterCostsOnlyWhatNobodyKnows) {
-    const auto suite = open();
-    suite->set("known", 1);
-    Stranger(file).run("PRAGMA wal_checkpoint(TRUNCATE); INSERT INTO preferences VALUES ('unknown', '1');"
-                       "PRAGMA wal_checkpoint(TRUNCATE)");
-    damageRows();
-    suite->set("new", 2);
-    EXPECT_EQ(damagedFiles(), 1);
-    const auto reader = open();
-    for (const auto& one : {suite, reader}) {
-        EXPECT_EQ(one->number("known"), 1);
-        EXPECT_EQ(one->number("new"), 2);
-        EXPECT_EQ(one->object("unknown"), std::nullopt);
-    }
-    // The same found by another process. This one still has the damaged page in memory and would not find out.
-    Stranger(file).run("PRAGMA wal_checkpoint(TRUNCATE)");
-    EXPECT_EQ(suite->object("never asked for"), std::nullopt);
-    damageRows();
-    const auto finder = open();
-    EXPECT_EQ(finder->object("known"), std::nullopt);
-    EXPECT_EQ(damagedFiles(), 2);
-    finder->set("known", 4);
-    EXPECT_EQ(suite->number("known"), 4);
-    suite->set("known", 5);
-    EXPECT_EQ(finder->number("known"), 5);
-    EXPECT_EQ(damagedFiles(), 2);
-}
-
-TEST_F(SqlitePreferencesTest, ALaterVersionsFileIsLeftAlone) {
-    Stranger(file).run("CREATE TABLE later (x); PRAGMA user_version = 2");
-    const auto bytes = [&] {
-        std::ifstream stream(file, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(stream), {});
-    };
-    const std::string before = bytes();
-    EXPECT_EQ(open(), nullptr);
-    EXPECT_EQ(bytes(), before);
-    EXPECT_EQ(damagedFiles(), 0);
-}
-
-TEST_F(SqlitePreferencesTest, ForeignTablesAndRowsDoNoHarm) {
-    open()->set("good", 1);
-    Stranger(file).run("INSERT INTO preferences VALUES ('text', 'no JSON'), ('blob', x'00FF'), ('null', 'null'),"
-                       "('huge', '\"' || hex(zeroblob(1000000)) || '\"'), ('giant', zeroblob(9000000));"
-                       "CREATE TRIGGER t AFTER UPDATE ON preferences BEGIN DELETE FROM preferences; END");
-    const auto suite = open();
-    for (const char* key : {"text", "blob", "null", "huge", "giant"}) {
-        EXPECT_EQ(suite->object(key), std::nullopt) << key;
-        suite->set(key, "mended");
-        EXPECT_THAT(open()->string(key), Optional(std::string("mended")));
-    }
-    EXPECT_EQ(suite->number("good"), 1);
-
-    Stranger(file).run("DROP TABLE preferences; CREATE TABLE preferences (only INTEGER)");
-    EXPECT_EQ(open()->object("good"), std::nullopt);
-    EXPECT_EQ(damagedFiles(), 1);
-}
-
 TEST_F(SqlitePreferencesTest, TheLogStaysBounded) {
     const auto suite = open();
     for (int i = 0; i < 3000; ++i) {
@@ -395,9 +268,9 @@ TEST_F(SqlitePreferencesTest, TheLogStaysBounded) {
 
 TEST_F(SqlitePreferencesTest, TheMediumIsWaitedForInTheBackground) {
     std::vector<std::function<void()>> waiting;
-    linux_port::SqlitePreferencesProvider provider(folder.path(), "standard", "", log,
-                                                   [&](auto block) { waiting.push_back(std::move(block)); });
-    auto suite = provider.suite("shared");
+    auto provider = std::make_shared<linux_port::SqlitePreferencesProvider>(
+        folder.path(), "standard", "", log, [&](auto block) { waiting.push_back(std::move(block)); });
+    auto suite = provider->suite("shared");
     suite->set("key", 1);
     EXPECT_EQ(waiting.size(), 0u);
     suite->synchronise();
@@ -405,18 +278,10 @@ TEST_F(SqlitePreferencesTest, TheMediumIsWaitedForInTheBackground) {
     EXPECT_EQ(waiting.size(), 1u) << "one round serves both";
     waiting.front()();
     suite->synchronise();
-    EXPECT_EQ(waiting.size(), 2u);
-}
-
-TEST_F(SqlitePreferencesTest, WorkLeftBehindIsHarmless) {
-    std::vector<std::function<void()>> waiting;
-    {
-        linux_port::SqlitePreferencesProvider provider(folder.path(), "standard", "", log,
-                                                       [&](auto block) { waiting.push_back(std::move(block)); });
-        provider.suite("shared")->synchronise();
-    }
-    ASSERT_EQ(waiting.size(), 1u);
-    waiting.front()();
+    ASSERT_EQ(waiting.size(), 2u);
+    suite.reset();
+    provider.reset();
+    waiting.back()(); // work that is left behind does no harm
 }
 
 } // namespace
