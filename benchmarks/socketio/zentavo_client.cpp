@@ -130,7 +130,7 @@ int main(int argc, char** argv) {
     socket->disconnect();
     // The goodbye leaves before the queue gets to this.
     std::promise<void> left;
-    queue->after(std::chrono::milliseconds(50), [&left] { left.set_value(); });
+    system.worker->after(std::chrono::milliseconds(50), [&left] { left.set_value(); });
     left.get_future().wait();
     return 0;
 }

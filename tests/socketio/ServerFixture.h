@@ -158,9 +158,7 @@ protected:
 /// For `INSTANTIATE_TEST_SUITE_P`.
 inline const auto allWays = ::testing::Values(Way::polling, Way::webSocket, Way::upgrade);
 inline std::string nameOf(const ::testing::TestParamInfo<Way>& way) {
-return way.param == Way::polling     ? "polling"
-                                    : way.param == Way::webSocket ? "websocket"
-                                                                  : "upgrade";
+    return way.param == Way::polling ? "polling" : way.param == Way::webSocket ? "websocket" : "upgrade";
 }
 
 } // namespace zentavo::socketio
