@@ -52,6 +52,13 @@ protected:
         }
         dark(false);
     }
+    /// As the function of that name, while what the SDK does off the main queue goes on too: choices are stored there.
+    bool until(const std::function<bool()>& done) {
+        return tests::until([&] {
+            memory.queues->runUntilIdle();
+            return done();
+        });
+    }
     void picture(const std::string& name, const std::string& file) {
         memory.session->on({}, [name, file](const platform::URLRequest& request) {
             return request.url.path().ends_with("/" + name) ? std::optional(zentavo::testing::ScriptedAnswer{200, file})
