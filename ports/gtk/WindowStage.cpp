@@ -77,6 +77,12 @@ WindowStage::WindowStage(GtkWindow* window) : window_(window), overlay_(Ref<GtkW
     gtk_overlay_add_overlay(reinterpret_cast<GtkOverlay*>(overlay_.get()), root());
     signals_.connect(window, "notify::child", &WindowStage::childChanged, this);
     signals_.connect(window, "destroy", &WindowStage::destroyed, this);
+    for (const auto phase : {GTK_PHASE_CAPTURE, GTK_PHASE_BUBBLE}) {
+        GtkEventController* keys = gtk_event_controller_key_new();
+        gtk_event_controller_set_propagation_phase(keys, phase);
+        signals_.connect(keys, "key-pressed", &WindowStage::keyPressed, this);
+        gtk_widget_add_controller(reinterpret_cast<GtkWidget*>(window), keys);
+    }
     if (GtkSettings* settings = gtk_settings_get_default()) {
         for (const char* property : {"notify::gtk-theme-name", "notify::gtk-application-prefer-dark-theme"}) {
             signals_.connect(settings, property, &WindowStage::themeChanged, this);
@@ -130,6 +136,20 @@ void WindowStage::close() {
     }
 }
 
+gboolean WindowStage::keyPressed(GtkEventControllerKey* keys, guint key, guint, GdkModifierType state, gpointer data) {
+    const auto& self = *static_cast<WindowStage*>(data);
+    if (key != GDK_KEY_Escape || (state & gtk_accelerator_get_default_mod_mask()) != 0) {
+        return FALSE;
+    }
+    // A page of ours may want the key for itself, and is asked first; the host's widgets lie below, and come after us.
+    const bool early =
+        gtk_event_controller_get_propagation_phase(reinterpret_cast<GtkEventController*>(keys)) == GTK_PHASE_CAPTURE;
+    if (early == isInside(gtk_window_get_focus(self.window_), self.root())) {
+        return FALSE;
+    }
+    return std::any_of(self.shown_->rbegin(), self.shown_->rend(), [](const auto& view) { return view->dismiss(); });
+}
+
 platform::Rect WindowStage::bounds() const {
     int width = static_cast<int>(size_.width);
     int height = static_cast<int>(size_.height);
@@ -157,8 +177,8 @@ bool WindowStage::show(GtkView& view) {
     if (GtkWidget* focus = gtk_window_get_focus(window_); !isInside(focus, root())) {
         g_weak_ref_set(&hostFocus_, focus);
     }
-    view.enter(shown_, root_);
     view.setShown();
+    view.enter(shown_, root_);
     return true;
 }
 

@@ -46,6 +46,9 @@ private:
     static void childChanged(GObject* window, GParamSpec* property, gpointer self);
     static void themeChanged(GObject* settings, GParamSpec* property, gpointer self);
     static void destroyed(GtkWidget* window, gpointer self);
+    /// The Escape key is a tap on the topmost of the views that can be tapped.
+    static gboolean keyPressed(GtkEventControllerKey* keys, guint key, guint code, GdkModifierType state,
+                               gpointer self);
     void wrapChild();
     void resized(int width, int height);
     void close();
