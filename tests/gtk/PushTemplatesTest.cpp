@@ -135,8 +135,7 @@ TEST_F(PushTemplatesTest, StyleBasic) {
     const auto button = middle({shown->stackView, shown->button1Label->view});
     EXPECT_LT(button.x, 180);
     click(button.x, shown->stackView->frame().y + 4);
-    until([&] { return context->performed == 1; });
-    EXPECT_EQ(context->performed, 1);
+    EXPECT_TRUE(eventually([&] { return context->performed == 1; }));
     const auto suite = memory.preferences->suite("group.com.example.host.zentavo");
     EXPECT_EQ(suite->string("p1_url_clicked"), "https://shop.example/1");
 
@@ -216,7 +215,7 @@ TEST_F(PushTemplatesTest, Rating) {
     EXPECT_NE(at(middle({star(4)})), (Pixel{0xff, 0x95, 0x00}));
     const auto fourth = middle({star(4)});
     click(fourth.x, fourth.y);
-    until([&] { return at(fourth) == Pixel{0xff, 0x95, 0x00}; });
+    eventually([&] { return at(fourth) == Pixel{0xff, 0x95, 0x00}; });
     EXPECT_EQ(at(middle({star(1)})), (Pixel{0xff, 0x95, 0x00}));
     EXPECT_EQ(at(fourth), (Pixel{0xff, 0x95, 0x00}));
     EXPECT_EQ(at(middle({star(5)})), (Pixel{255, 255, 255}));
@@ -247,7 +246,7 @@ TEST_F(PushTemplatesTest, Carousel) {
     EXPECT_EQ(pixel(330, 100, greenPixel), greenPixel);
     save("carousel-second");
     click(100, 100);
-    until([&] { return context->performed == 1; });
+    EXPECT_TRUE(eventually([&] { return context->performed == 1; }));
     EXPECT_EQ(memory.preferences->suite("group.com.example.host.zentavo")->string("p1_image_clicked"),
               "https://shop.example/bars.png");
     pointer.drag(window, 250, 100, -120);
