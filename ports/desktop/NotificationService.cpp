@@ -82,8 +82,8 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
     const auto app = AppOnDesktop::of(*appBundle(*platform->bundles, names->app));
     const auto content = ContentExtension::make(bus, names->notificationContent, log);
     const auto disk = platform->queues->make("zentavo.attachments", platform::QueueKind::serial);
-    const auto files = platform->attachmentFiles;
-    const auto ledger = std::make_shared<AttachmentLedger>(files, platform->preferences->standard(), *platform->random);
+    const auto ledger = std::make_shared<AttachmentLedger>(platform->attachmentFiles, platform->preferences->standard(),
+                                                           *platform->random);
     platform->attachmentFiles = ledger; // for the extension, which writes them
     const auto expanding = std::make_shared<std::weak_ptr<FreedesktopUserNotifications>>();
     const auto centre = FreedesktopUserNotifications::make(
@@ -94,7 +94,7 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
          .app = app,
          .suite = std::make_shared<NotificationSuite>(platform->preferences, names->app,
                                                       NotificationSuite::Side::notificationService),
-         .kept = std::make_shared<ShownNotifications>(platform->preferences, disk),
+         .kept = std::make_shared<ShownNotifications>(platform->preferences),
          // The app knows whether it is in front, and is asked each time.
          .isInFront = [] { return true; },
          .expand =
@@ -164,7 +164,6 @@ int runNotificationService(const std::shared_ptr<platform::Platform>& platform,
         log->write(platform::LogLevel::warning,
                    "The app may not have been told of " + std::to_string(lost) + " answers of the user");
     }
-    platform->attachmentFiles = files;
     platform->attach(before); // the bus ends with the last who holds it, and says what it has still to say
     return end->status;
 }

@@ -68,32 +68,28 @@ std::optional<Value> write(const std::vector<Kept>& kept) {
 
 } // namespace
 
-void ShownNotifications::add(std::string server, Entry entry) const {
-    diskQueue_->async([preferences = preferences_, server = std::move(server), entry = std::move(entry)] {
-        const auto text = codec::write(entry.notification);
-        if (!text || text->size() > maximumBytes) {
-            return;
-        }
-        preferences->standard()->update(
-            key, [kept = Kept{server, entry.id, *text, entry.actions}](const std::optional<Value>& stored) {
-                auto all = read(stored);
-                std::erase_if(all, [&](const Kept& other) { return other.id == kept.id; });
-                if (all.size() == maximumCount) {
-                    all.erase(all.begin());
-                }
-                all.push_back(kept);
-                return write(all);
-            });
-    });
+void ShownNotifications::add(const std::string& server, const Entry& entry) const {
+    const auto text = codec::write(entry.notification);
+    if (!text || text->size() > maximumBytes) {
+        return;
+    }
+    preferences_->standard()->update(
+        key, [kept = Kept{server, entry.id, *text, entry.actions}](const std::optional<Value>& stored) {
+            auto all = read(stored);
+            std::erase_if(all, [&](const Kept& other) { return other.id == kept.id; });
+            if (all.size() == maximumCount) {
+                all.erase(all.begin());
+            }
+            all.push_back(kept);
+            return write(all);
+        });
 }
 
 void ShownNotifications::remove(std::uint32_t id) const {
-    diskQueue_->async([preferences = preferences_, id] {
-        preferences->standard()->update(key, [id](const std::optional<Value>& stored) {
-            auto all = read(stored);
-            std::erase_if(all, [&](const Kept& each) { return each.id == id; });
-            return write(all);
-        });
+    preferences_->standard()->update(key, [id](const std::optional<Value>& stored) {
+        auto all = read(stored);
+        std::erase_if(all, [&](const Kept& each) { return each.id == id; });
+        return write(all);
     });
 }
 

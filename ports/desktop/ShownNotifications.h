@@ -9,14 +9,13 @@
 
 #include "ports/desktop/NotificationActions.h"
 #include "zentavo/foundation/Export.h"
-#include "zentavo/platform/DispatchQueue.h"
 #include "zentavo/platform/Notification.h"
 #include "zentavo/platform/Preferences.h"
 
 namespace zentavo::desktop {
 
 /// What a program has on the desktop's screen, kept in its standard suite: the process that comes after one that was
-/// killed, or ended early, knows what a click is about. Any thread.
+/// killed, or ended early, knows what a click is about. Any thread; members wait for the disk.
 class ZENTAVO_EXPORT ShownNotifications {
 public:
     /// Of more, the oldest are not kept; nor are notifications whose text for the bus is longer.
@@ -29,16 +28,14 @@ public:
         std::vector<DesktopAction> actions; ///< without labels
     };
 
-    /// `diskQueue` waits for the disk in the place of who adds and removes.
-    ShownNotifications(std::shared_ptr<platform::PreferencesProvider> preferences,
-                       std::shared_ptr<platform::DispatchQueue> diskQueue)
-        : preferences_(std::move(preferences)), diskQueue_(std::move(diskQueue)) {}
+    explicit ShownNotifications(std::shared_ptr<platform::PreferencesProvider> preferences)
+        : preferences_(std::move(preferences)) {}
 
     /// `server` is the process of the desktop's service that gave the id: see `NotificationServer::Events`.
-    void add(std::string server, Entry entry) const;
+    void add(const std::string& server, const Entry& entry) const;
     void remove(std::uint32_t id) const;
 
-    /// `up` was shown by `server`, and may be up still. What another one has shown is `gone`, and no longer kept. Waits for the disk.
+    /// `up` was shown by `server`, and may be up still. What another one has shown is `gone`, and no longer kept.
     struct Left {
         std::vector<Entry> up;
         std::vector<platform::Notification> gone;
@@ -47,7 +44,6 @@ public:
 
 private:
     const std::shared_ptr<platform::PreferencesProvider> preferences_;
-    const std::shared_ptr<platform::DispatchQueue> diskQueue_;
 };
 
 } // namespace zentavo::desktop

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "ports/desktop/ConnectorCall.h"
 #include "ports/desktop/NotificationCodec.h"
 #include "ports/desktop/PushJournal.h"
 #include "ports/memory/MemoryPlatform.h"
@@ -180,6 +181,16 @@ TEST_F(NotificationServiceHostTest, TheAppAndTheContentExtensionAreHeardAndNobod
     app.reset();
     EXPECT_THAT(runOtherProgram(bus.address(), respond, {"own=com.example.shop", call}), ElementsAre("ok"));
     EXPECT_EQ(responses.next().actionIdentifier, "again");
+}
+
+TEST_F(NotificationServiceHostTest, WhoeverKnowsTheTokenMustAlsoBeTheDistributor) {
+    const std::string token = registered();
+    const TextMethod unregistered{service, desktop::ConnectorCall::path, "org.unifiedpush.Connector1", "Unregistered"};
+    EXPECT_THAT(runOtherProgram(bus.address(), unregistered,
+                                {"call=" + token, "own=org.unifiedpush.Distributor.Two", "call=" + token}),
+                ElementsAre(accessDenied, accessDenied));
+    EXPECT_EQ(distributor.message(1, service, token, R"({"aps":{"alert":"one"}})"), "");
+    settleUntil([&] { return bodies().size() == 1; });
 }
 
 TEST_F(NotificationServiceHostTest, ItEndsAfterAQuietMinuteInWhichNothingIsShown) {

@@ -154,6 +154,9 @@ TEST_F(PushProcessTest, APushWakesTheServiceWhichShowsItAndCountsOnAfterItWasKil
     shown(2);
     EXPECT_EQ(badges.next(), 1) << "said again";
     EXPECT_EQ(badges.next(), 2);
+    EXPECT_THAT(app.told().next(), StartsWith("WillPresent "));
+    server.press(first.id, "default"); // the killed one has shown it
+    EXPECT_THAT(app.told().next(), StartsWith("Respond "));
     send(counting, "m1"); // delivered twice, either side of the kill
     kill(SIGTERM);
     send(counting, "m3");

@@ -17,8 +17,7 @@ using ShownNotificationsTest = NotificationCentreTest;
 
 TEST_F(ShownNotificationsTest, WhatAKilledProcessHasShownTheNextOneKnows) {
     FreedesktopUserNotifications::Parts parts;
-    parts.kept = std::make_shared<ShownNotifications>(memory.preferences,
-                                                      memory.queues->make("disk", platform::QueueKind::serial));
+    parts.kept = std::make_shared<ShownNotifications>(memory.preferences);
     const auto restart = [&] {
         center.reset();
         session = std::make_shared<desktop::SessionBus>(bus.address());
@@ -66,14 +65,11 @@ TEST_F(ShownNotificationsTest, WhatAKilledProcessHasShownTheNextOneKnows) {
 }
 
 TEST_F(ShownNotificationsTest, AreBoundedAndTakeDamageForNothing) {
-    const ShownNotifications shown(memory.preferences, memory.queues->make("disk", platform::QueueKind::serial));
+    const ShownNotifications shown(memory.preferences);
     const auto entry = [](std::uint32_t id) {
         return ShownNotifications::Entry{id, {request("n" + std::to_string(id))}, {{"default", "", "x"}}};
     };
-    const auto kept = [&] {
-        memory.queues->runUntilIdle();
-        return shown.takeUp("server").up;
-    };
+    const auto kept = [&] { return shown.takeUp("server").up; };
     for (std::uint32_t id = 1; id <= ShownNotifications::maximumCount + 1; ++id) {
         shown.add("server", entry(id));
     }

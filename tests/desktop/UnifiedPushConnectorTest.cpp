@@ -5,13 +5,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ports/desktop/ConnectorCall.h"
 #include "ports/desktop/WebPushKeys.h"
 #include "ports/memory/FailNth.h"
 #include "ports/memory/MemoryPlatform.h"
 #include "tests/desktop/Awaited.h"
 #include "tests/desktop/FakeDistributor.h"
-#include "tests/desktop/OtherProgram.h"
 #include "tests/desktop/PrivateBus.h"
 #include "tests/desktop/WebPushSender.h"
 
@@ -21,7 +19,6 @@ namespace {
 using desktop::SessionBus;
 using desktop::UnifiedPushConnector;
 using desktop::WebPushKeys;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -312,29 +309,6 @@ TEST_F(UnifiedPushConnectorTest, AnEndedRegistrationIsMadeAnewWhenTheAppAsks) {
     const std::string again = receiver.told();
     EXPECT_THAT(again, StartsWith(std::string("token ") + endpoint));
     EXPECT_NE(again, told); // new keys
-}
-
-TEST_F(UnifiedPushConnectorTest, WhoeverKnowsTheTokenMustAlsoBeTheDistributor) {
-    auto distributor = std::make_unique<FakeDistributor>(bus.address(), "One", 1);
-    std::string token;
-    const TextMethod unregistered{service, desktop::ConnectorCall::path, "org.unifiedpush.Connector1", "Unregistered"};
-    {
-        Receiver receiver(bus, memory.platform());
-        token = registered(*distributor, receiver, 1);
-        receiver.told();
-        EXPECT_THAT(runOtherProgram(bus.address(), unregistered,
-                                    {"call=" + token, "own=org.unifiedpush.Distributor.Two", "call=" + token}),
-                    ElementsAre(accessDenied, accessDenied));
-        EXPECT_TRUE(receiver.toldNothing());
-        EXPECT_EQ(distributor->message(1, service, token, "{}", "m1"), "");
-        EXPECT_EQ(receiver.told(), "message {}");
-    }
-    distributor.reset();
-    Receiver next(bus, memory.platform()); // knows the distributor from the store alone
-    EXPECT_THAT(runOtherProgram(bus.address(), unregistered,
-                                {"own=org.unifiedpush.Distributor.One", "other=" + token, "other=another"}),
-                ElementsAre("ok", "ok"));
-    EXPECT_THAT(next.told(), StartsWith("failed "));
 }
 
 TEST_F(UnifiedPushConnectorTest, TheHostsChoiceComesFirstThenTheLastOneThenTheFirstByName) {

@@ -276,36 +276,29 @@ TEST_F(NotificationDelegateTest, TheClickThatStartsTheAppIsHandledOnce) {
     EXPECT_EQ(memory.userNotifications->finishedResponses(), 1U);
 }
 
-TEST_F(NotificationDelegateTest, WhatTheContentExtensionChoosesTheAppReads) {
-    const auto files = std::make_shared<testing::MemoryStore>();
-    testing::MemoryPlatform app("com.example.shop", files);
-    {
-        testing::MemoryPlatform extension("com.example.shop.content", files);
-        auto bundle =
-            std::make_shared<testing::MemoryBundles>("/opt/Shop.app/PlugIns/Content.appex", "com.example.shop.content");
-        bundle->add("/opt/Shop.app")->set("CFBundleIdentifier", "com.example.shop");
-        extension.platform()->bundles = bundle;
-        Zentavo::setShared(std::make_shared<Zentavo>(extension.platform()));
-        PushChoices chosen(*extension.preferences, "p1");
-        chosen.setRating(3);
-        chosen.setClickedURL("https://shop.example/element");
-        EXPECT_EQ(extension.preferences->synchroniseCount(), 2);
-        Zentavo::setShared(nullptr);
+TEST_F(NotificationDelegateTest, ChoicesOfTheLastThousandPushesAreKept) {
+    const auto pushed = [&](std::int64_t number) {
+        return PushChoices(*memory.preferences, "p" + std::to_string(number));
+    };
+    const auto store = memory.preferences->opened(suite);
+    const auto kept = [&] { return store->contents().size(); };
+    pushed(0).setRating(2);
+    EXPECT_EQ(store->synchroniseCount(), 1) << "carried to the medium at once";
+    for (std::int64_t i = 0; i < PushChoices::maximumPushes; ++i) {
+        pushed(i).setRating(3);
+        pushed(i).setClickedURL("https://shop.example/element"); // the same push
     }
-    const auto appSdk = std::make_shared<Zentavo>(app.platform());
-    Zentavo::setShared(appSdk);
-    appSdk->activate(Configuration{"1001", "555", "group.shop", "42"});
-    app.queues->runUntilIdle();
-    app.session->clear();
-    const auto appDelegate = std::make_shared<ZentavoUNUserNotificationCenter>();
-    app.userNotifications->setDelegate(appDelegate);
-    app.userNotifications->respond(answered(Map{{"aps", payload("rating")}}));
-    app.queues->runUntilIdle();
-    ASSERT_THAT(app.application->opened(), SizeIs(1));
-    EXPECT_EQ(app.application->opened()[0].text(), "https://shop.example/element");
-    const Map body = bodyOf(*app.session->requests().at(0));
-    EXPECT_EQ(*body.find("extra")->asMap()->find("selected_rating"), 3);
-    Zentavo::setShared(sdk);
+    const auto full = kept();
+    EXPECT_EQ(pushed(0).rating(), 3);
+    pushed(1).setRating(4); // it has its place
+    pushed(1000).setClickedImage("https://shop.example/slide");
+    EXPECT_EQ(pushed(0).rating(), 0);
+    EXPECT_EQ(pushed(0).clickedURL(), std::nullopt);
+    EXPECT_EQ(pushed(1).rating(), 4);
+    EXPECT_EQ(pushed(1000).clickedImage(), "https://shop.example/slide");
+    pushed(1001).setRating(1); // the places are taken in turn
+    EXPECT_EQ(pushed(1).rating(), 0);
+    EXPECT_EQ(kept(), full - 2);
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <gtkmm/label.h>
 #include <gtkmm/listboxrow.h>
 #include <zentavo/inbox/InboxItem.h>
+#include <zentavo/inbox/ModifyAction.h>
 #include <zentavo/platform/DispatchQueue.h>
 #include <zentavo/platform/URLSession.h>
 
@@ -15,7 +16,7 @@ namespace storefront {
 /// One message of the inbox as a row of its list.
 class MessageRow : public Gtk::ListBoxRow {
 public:
-    static constexpr std::int64_t unreadStatus = 1;
+    static constexpr auto unreadStatus = static_cast<std::int64_t>(zentavo::ModifyAction::unread);
 
     struct Pictures {
         std::shared_ptr<zentavo::platform::URLSession> network;

@@ -13,9 +13,10 @@ namespace storefront {
 
 namespace {
 
-constexpr unsigned lookEvery = 20;     // milliseconds
-constexpr unsigned patience = 15'000;  // milliseconds
-constexpr unsigned forNothing = 1'500; // milliseconds in which a message that must not show would have shown
+// Milliseconds.
+constexpr unsigned lookEvery = 40;
+constexpr unsigned patience = 15'000;
+constexpr unsigned atRest = 400; // what has come and not moved for so long is complete
 
 /// The page of the message on screen, or null.
 WebKitWebView* webViewIn(GtkWidget* widget) {
@@ -29,6 +30,19 @@ WebKitWebView* webViewIn(GtkWidget* widget) {
         }
     }
     return nullptr;
+}
+
+/// What the window shows; nothing before its first frame.
+std::vector<unsigned char> pixelsOf(ShopWindow& window) {
+    GdkTexture* texture = screenshot(GTK_WINDOW(window.gobj()));
+    if (texture == nullptr) {
+        return {};
+    }
+    const auto line = static_cast<std::size_t>(gdk_texture_get_width(texture)) * 4;
+    std::vector<unsigned char> pixels(line * static_cast<std::size_t>(gdk_texture_get_height(texture)));
+    gdk_texture_download(texture, pixels.data(), line);
+    g_object_unref(texture);
+    return pixels;
 }
 
 void say(const std::string& line) {
@@ -134,19 +148,19 @@ void Tour::failNext(const std::string& path, std::function<void()> then) {
 
 void Tour::message(std::string name, const std::string& event) {
     steps_.push_back({std::move(name), [this, event] { window_.events().happened(event); },
-                      [this] { return isMessageThere(); }, [this] { closeMessage(); }, 1'800});
-    steps_.push_back({"", [] {}, [this] { return !sdk_->isShowingTemplate(); }, [] {}, 0});
+                      [this] { return isMessageThere(); }, [this] { closeMessage(); }, true});
+    steps_.push_back({"", [] {}, [this] { return !sdk_->isShowingTemplate(); }, [] {}});
 }
 
 void Tour::nothing(const std::string& event) {
-    steps_.push_back({"", [this, event] { window_.events().happened(event); }, [] { return true; },
+    steps_.push_back({"", [this, event] { window_.events().happened(event); },
+                      [this, trace = "for \"" + event + '"'] { return lastTrace_.find(trace) != std::string::npos; },
                       [this, event] {
                           if (sdk_->isShowingTemplate()) {
                               say("  !! " + event + " must show nothing");
                               good_ = false;
                           }
-                      },
-                      forNothing});
+                      }});
 }
 
 void Tour::start(std::function<void(bool)> done) {
@@ -162,24 +176,26 @@ void Tour::next() {
     if (!steps_.front().name.empty()) {
         say("  " + steps_.front().name);
     }
+    before_ = pixelsOf(window_);
     steps_.front().act();
     await(0);
 }
 
+void Tour::soon(std::function<void()> block) {
+    Glib::signal_timeout().connect_once(
+        [alive = std::weak_ptr(alive_), block = std::move(block)] {
+            if (!alive.expired()) {
+                block();
+            }
+        },
+        lookEvery);
+}
+
 void Tour::await(unsigned waited) {
-    const auto once = [this](auto block, unsigned milliseconds) {
-        Glib::signal_timeout().connect_once(
-            [alive = std::weak_ptr(alive_), block] {
-                if (!alive.expired()) {
-                    block();
-                }
-            },
-            milliseconds);
-    };
     if (steps_.front().arrived()) {
-        once([this] { photograph(); }, steps_.front().settle);
+        watch(0, 0);
     } else if (waited < patience) {
-        once([this, waited] { await(waited + lookEvery); }, lookEvery);
+        soon([this, waited] { await(waited + lookEvery); });
     } else {
         say("  !! " + steps_.front().name + " did not come" + (lastTrace_.empty() ? "" : ": " + lastTrace_));
         good_ = false;
@@ -188,7 +204,19 @@ void Tour::await(unsigned waited) {
     }
 }
 
-void Tour::photograph() {
+void Tour::watch(unsigned waited, unsigned still) {
+    auto now = pixelsOf(window_);
+    const bool come = !now.empty() && !(steps_.front().another && now == before_);
+    still = come && now == last_ ? still + lookEvery : 0;
+    last_ = std::move(now);
+    if (still < atRest && waited < patience) {
+        soon([this, waited, still] { watch(waited + lookEvery, still); });
+    } else {
+        leave();
+    }
+}
+
+void Tour::leave() {
     const Step step = std::move(steps_.front());
     steps_.pop_front();
     if (!step.name.empty()) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <zentavo/Zentavo.h>
 
@@ -29,7 +30,7 @@ private:
         std::function<void()> act;
         std::function<bool()> arrived; ///< asked until it is true
         std::function<void()> leave;
-        unsigned settle = 700; ///< milliseconds that pages and animations get before the picture
+        bool another = false; ///< whether the window must look different from before the step
     };
 
     void page(std::string name, std::function<void()> act);
@@ -40,8 +41,12 @@ private:
     void message(std::string name, const std::string& event);
     void nothing(const std::string& event);
     void next();
+    /// In some milliseconds, unless the tour has ended.
+    void soon(std::function<void()> block);
     void await(unsigned waited);
-    void photograph();
+    /// Looks at the window until it holds still.
+    void watch(unsigned waited, unsigned still);
+    void leave();
     /// On screen, with its page loaded.
     bool isMessageThere() const;
     void closeMessage();
@@ -54,6 +59,8 @@ private:
     std::deque<Step> steps_;
     std::function<void(bool)> done_;
     bool good_ = true;
+    std::vector<unsigned char> before_; ///< how the window looked when the step began
+    std::vector<unsigned char> last_;
     const std::shared_ptr<int> alive_ = std::make_shared<int>(0);
     std::string lastTrace_;
 };
