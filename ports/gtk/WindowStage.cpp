@@ -27,6 +27,18 @@ bool isInside(GtkWidget* widget, GtkWidget* around) {
     return widget != nullptr && (widget == around || gtk_widget_is_ancestor(widget, around));
 }
 
+/// Another control in the view that holds `leaving`; null where there is none.
+GtkWidget* neighbour(GtkWidget* leaving) {
+    GtkWidget* around = gtk_widget_get_parent(leaving);
+    for (GtkWidget* child = around != nullptr ? gtk_widget_get_first_child(around) : nullptr; child != nullptr;
+         child = gtk_widget_get_next_sibling(child)) {
+        if (child != leaving && gtk_widget_get_focusable(child) && gtk_widget_get_mapped(child)) {
+            return child;
+        }
+    }
+    return nullptr;
+}
+
 /// What of the focus is lost when its widget is moved inside the window.
 class FocusGuard {
 public:
@@ -193,7 +205,8 @@ void WindowStage::giveFocusBack(GtkWidget* leaving) {
     }
     const auto host = Ref<GtkWidget>::take(static_cast<GtkWidget*>(g_weak_ref_get(&(*held)->hostFocus_)));
     const bool there = host && gtk_widget_get_root(host.get()) == root;
-    setFocus(reinterpret_cast<GtkWindow*>(root), there ? host.get() : nullptr);
+    GtkWidget* next = neighbour(leaving);
+    setFocus(reinterpret_cast<GtkWindow*>(root), next != nullptr ? next : there ? host.get() : nullptr);
 }
 
 void WindowStage::resized(int width, int height) {

@@ -256,6 +256,19 @@ TEST_F(PushTemplatesTest, Carousel) {
     EXPECT_TRUE(plainSurface()) << "where the picture is missing: " << pixel(100, 100);
     save("carousel-missing");
 
+    // The same by keys: the focus goes on to the page that comes.
+    const auto focused = [&] { return std::string(gtk_widget_get_name(gtk_window_get_focus(window))); };
+    press(GDK_KEY_Tab);
+    EXPECT_TRUE(until([&] { return focused() == "zentavo.push.slide3"; })) << focused();
+    press(GDK_KEY_Right);
+    EXPECT_TRUE(until([&] { return focused() == "zentavo.push.slide4"; })) << focused();
+    gtk_test_accessible_assert_role(gtk_window_get_focus(window), GTK_ACCESSIBLE_ROLE_BUTTON);
+    gtk_test_accessible_assert_property(gtk_window_get_focus(window), GTK_ACCESSIBLE_PROPERTY_LABEL, "4/4");
+    press(GDK_KEY_Return);
+    EXPECT_TRUE(eventually([&] { return context->performed == 2; }));
+    EXPECT_EQ(memory.preferences->suite("group.com.example.host.zentavo")->string("p1_image_clicked"),
+              "https://shop.example/night.png");
+
     closeWindow();
     until([&] { return !shown->isShown(); });
     EXPECT_EQ(shown->timer, 0U);
