@@ -40,11 +40,21 @@ public:
     /// Called with each new size, before the children are laid out.
     void setOnResize(std::function<void(int width, int height)> onResize);
 
+    /// What it is for accessibility tools. On screen it stays what it was: the toolkit takes no other there.
+    void setRole(GtkAccessibleRole role);
+    /// Makes it a stop of the Tab key, which Enter, Space and accessibility tools press. A user who moves by keys sees a
+    /// ring around it. Null takes it away.
+    void setOnPress(std::function<void()> onPress);
+    /// Called for the arrow keys to the sides while it has the focus. Null leaves them to what is around.
+    void setOnArrow(std::function<void(GtkDirectionType side)> onArrow);
+
 private:
     const Ref<GtkWidget> widget_;
     Ref<GtkCssProvider> style_;
     std::function<void(int, int)> onResize_;
     std::function<void(GtkSnapshot*, int, int)> onDraw_;
+    std::function<void()> onPress_;
+    std::function<void(GtkDirectionType)> onArrow_;
 };
 
 } // namespace zentavo::gtk

@@ -8,7 +8,8 @@
 
 namespace zentavo::gtk {
 
-GtkImageView::GtkImageView(std::shared_ptr<platform::MainQueue> mainQueue) : GtkView(std::move(mainQueue)) {
+GtkImageView::GtkImageView(std::shared_ptr<platform::MainQueue> mainQueue)
+    : GtkView(std::move(mainQueue), GTK_ACCESSIBLE_ROLE_IMG) {
     canvas().setOnDraw([this](GtkSnapshot* snapshot, int width, int height) { draw(snapshot, width, height); });
 }
 

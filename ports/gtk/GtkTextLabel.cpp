@@ -7,15 +7,14 @@
 namespace zentavo::gtk {
 
 GtkTextLabel::GtkTextLabel(std::shared_ptr<platform::MainQueue> mainQueue)
-    : GtkView(std::move(mainQueue)), layout_(canvas().widget()) {
+    : GtkView(std::move(mainQueue), GTK_ACCESSIBLE_ROLE_LABEL), layout_(canvas().widget()) {
     canvas().setOnDraw([this](GtkSnapshot* snapshot, int width, int) { layout_.draw(snapshot, colour_, width); });
 }
 
 void GtkTextLabel::setText(std::string text) {
     MainThread::require();
     text_ = std::move(text);
-    gtk_accessible_update_property(reinterpret_cast<GtkAccessible*>(canvas().widget()), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                   text_.c_str(), -1);
+    setSpokenName(text_);
     changed();
 }
 std::string GtkTextLabel::text() const {

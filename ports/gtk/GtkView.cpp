@@ -18,9 +18,11 @@ constexpr double swipeLength = 40;
 
 } // namespace
 
-GtkView::GtkView(std::shared_ptr<platform::MainQueue> mainQueue) : mainQueue_(std::move(mainQueue)) {
+GtkView::GtkView(std::shared_ptr<platform::MainQueue> mainQueue, GtkAccessibleRole role)
+    : mainQueue_(std::move(mainQueue)), role_(role) {
     MainThread::require();
     canvas_ = std::make_shared<Canvas>();
+    canvas_->setRole(role_);
     // What is pressed here is pressed nowhere else: not in what lies below, nor in the window around it.
     GtkGesture* click = gtk_gesture_click_new();
     gtk_gesture_single_set_button(reinterpret_cast<GtkGestureSingle*>(click), 0);
@@ -95,10 +97,12 @@ void GtkView::setTouchThrough(bool through) {
 void GtkView::setOnTap(std::function<void()> onTap) {
     MainThread::require();
     onTap_ = std::move(onTap);
+    updateControl();
 }
 void GtkView::setOnSwipe(std::function<void(platform::Swipe)> onSwipe) {
     MainThread::require();
     onSwipe_ = std::move(onSwipe);
+    updateControl();
 }
 void GtkView::setOnRemoved(std::function<void()> onRemoved) {
     MainThread::require();
@@ -108,10 +112,52 @@ void GtkView::setName(std::string name) {
     MainThread::require();
     gtk_widget_set_name(canvas_->widget(), name.c_str());
 }
+void GtkView::setSpokenName(std::string name) {
+    MainThread::require();
+    gtk_accessible_update_property(reinterpret_cast<GtkAccessible*>(canvas_->widget()), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                   name.c_str(), -1);
+}
+
+void GtkView::updateControl() {
+    // What lies over the window itself lies behind the controls: nothing to stop at, and `dismiss` is its key.
+    const bool control = onTap_ && !shown_;
+    canvas_->setRole(control ? GTK_ACCESSIBLE_ROLE_BUTTON : role_);
+    std::function<void()> press;
+    std::function<void(GtkDirectionType)> turn;
+    if (control) {
+        press = [weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->tapped();
+            }
+        };
+    }
+    if (control && onSwipe_) {
+        // Content moves with the finger: what is to come from the right comes by a swipe to the left.
+        turn = [weak = weak_from_this()](GtkDirectionType side) {
+            if (const auto self = weak.lock()) {
+                self->swiped(side == GTK_DIR_RIGHT ? platform::Swipe::left : platform::Swipe::right);
+            }
+        };
+    }
+    canvas_->setOnPress(std::move(press));
+    canvas_->setOnArrow(std::move(turn));
+}
+
+bool GtkView::dismiss() {
+    GtkWidget* widget = canvas_->widget();
+    const bool reached =
+        onTap_ && !isHidden() &&
+        gtk_widget_contains(widget, gtk_widget_get_width(widget) / 2, gtk_widget_get_height(widget) / 2);
+    if (reached) {
+        tapped();
+    }
+    return reached;
+}
 
 void GtkView::enter(const std::shared_ptr<Children>& holder, Canvas& around) {
     holder_ = holder;
     holder->push_back(shared_from_this());
+    updateControl();
     around.add(canvas_->widget());
 }
 

@@ -16,7 +16,9 @@ class GtkView : public virtual platform::View, public std::enable_shared_from_th
 public:
     using Children = std::vector<std::shared_ptr<GtkView>>;
 
-    explicit GtkView(std::shared_ptr<platform::MainQueue> mainQueue);
+    /// `role` is what it is for accessibility tools, as long as it cannot be tapped.
+    explicit GtkView(std::shared_ptr<platform::MainQueue> mainQueue,
+                     GtkAccessibleRole role = GTK_ACCESSIBLE_ROLE_GROUP);
     ~GtkView() override;
     GtkView(const GtkView&) = delete;
     GtkView& operator=(const GtkView&) = delete;
@@ -36,13 +38,16 @@ public:
     void removeFromSuperview() override;
     std::vector<std::shared_ptr<platform::View>> subviews() const override;
     void setName(std::string name) override;
+    void setSpokenName(std::string name) override;
 
     // --- For the port ------------------------------------------------------------------------------------------------
 
     /// The canvas may outlive the view by a moment: a view that ends on another thread leaves it to the main thread.
     Canvas& canvas() const noexcept { return *canvas_; }
-    /// Stands directly over a window: the stage says so.
+    /// Is about to stand directly over a window: the stage says so.
     void setShown() noexcept { shown_ = true; }
+    /// As a click beside what lies above it; false where that would not reach it, or do nothing.
+    bool dismiss();
     /// Enters `holder` on top, and `around` with its widget.
     void enter(const std::shared_ptr<Children>& holder, Canvas& around);
     /// Takes another frame while what is around it is being laid out.
@@ -59,7 +64,10 @@ private:
     void tapped();
     void swiped(platform::Swipe direction);
     void tellRemoved();
+    /// After what makes it a control, or none, has changed.
+    void updateControl();
 
+    const GtkAccessibleRole role_;
     std::shared_ptr<Canvas> canvas_;
     platform::Rect frame_;
     double cornerRadius_ = 0;

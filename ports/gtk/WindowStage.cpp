@@ -27,6 +27,18 @@ bool isInside(GtkWidget* widget, GtkWidget* around) {
     return widget != nullptr && (widget == around || gtk_widget_is_ancestor(widget, around));
 }
 
+/// Another control in the view that holds `leaving`; null where there is none.
+GtkWidget* neighbour(GtkWidget* leaving) {
+    GtkWidget* around = gtk_widget_get_parent(leaving);
+    for (GtkWidget* child = around != nullptr ? gtk_widget_get_first_child(around) : nullptr; child != nullptr;
+         child = gtk_widget_get_next_sibling(child)) {
+        if (child != leaving && gtk_widget_get_focusable(child) && gtk_widget_get_mapped(child)) {
+            return child;
+        }
+    }
+    return nullptr;
+}
+
 /// What of the focus is lost when its widget is moved inside the window.
 class FocusGuard {
 public:
@@ -77,6 +89,12 @@ WindowStage::WindowStage(GtkWindow* window) : window_(window), overlay_(Ref<GtkW
     gtk_overlay_add_overlay(reinterpret_cast<GtkOverlay*>(overlay_.get()), root());
     signals_.connect(window, "notify::child", &WindowStage::childChanged, this);
     signals_.connect(window, "destroy", &WindowStage::destroyed, this);
+    for (const auto phase : {GTK_PHASE_CAPTURE, GTK_PHASE_BUBBLE}) {
+        GtkEventController* keys = gtk_event_controller_key_new();
+        gtk_event_controller_set_propagation_phase(keys, phase);
+        signals_.connect(keys, "key-pressed", &WindowStage::keyPressed, this);
+        gtk_widget_add_controller(reinterpret_cast<GtkWidget*>(window), keys);
+    }
     if (GtkSettings* settings = gtk_settings_get_default()) {
         for (const char* property : {"notify::gtk-theme-name", "notify::gtk-application-prefer-dark-theme"}) {
             signals_.connect(settings, property, &WindowStage::themeChanged, this);
@@ -130,6 +148,20 @@ void WindowStage::close() {
     }
 }
 
+gboolean WindowStage::keyPressed(GtkEventControllerKey* keys, guint key, guint, GdkModifierType state, gpointer data) {
+    const auto& self = *static_cast<WindowStage*>(data);
+    if (key != GDK_KEY_Escape || (state & gtk_accelerator_get_default_mod_mask()) != 0) {
+        return FALSE;
+    }
+    // A page of ours may want the key for itself, and is asked first; the host's widgets lie below, and come after us.
+    const bool early =
+        gtk_event_controller_get_propagation_phase(reinterpret_cast<GtkEventController*>(keys)) == GTK_PHASE_CAPTURE;
+    if (early == isInside(gtk_window_get_focus(self.window_), self.root())) {
+        return FALSE;
+    }
+    return std::any_of(self.shown_->rbegin(), self.shown_->rend(), [](const auto& view) { return view->dismiss(); });
+}
+
 platform::Rect WindowStage::bounds() const {
     int width = static_cast<int>(size_.width);
     int height = static_cast<int>(size_.height);
@@ -157,8 +189,8 @@ bool WindowStage::show(GtkView& view) {
     if (GtkWidget* focus = gtk_window_get_focus(window_); !isInside(focus, root())) {
         g_weak_ref_set(&hostFocus_, focus);
     }
-    view.enter(shown_, root_);
     view.setShown();
+    view.enter(shown_, root_);
     return true;
 }
 
@@ -173,7 +205,8 @@ void WindowStage::giveFocusBack(GtkWidget* leaving) {
     }
     const auto host = Ref<GtkWidget>::take(static_cast<GtkWidget*>(g_weak_ref_get(&(*held)->hostFocus_)));
     const bool there = host && gtk_widget_get_root(host.get()) == root;
-    setFocus(reinterpret_cast<GtkWindow*>(root), there ? host.get() : nullptr);
+    GtkWidget* next = neighbour(leaving);
+    setFocus(reinterpret_cast<GtkWindow*>(root), next != nullptr ? next : there ? host.get() : nullptr);
 }
 
 void WindowStage::resized(int width, int height) {

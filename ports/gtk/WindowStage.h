@@ -31,7 +31,8 @@ public:
     void present(const std::string& activationToken);
     /// Puts `view` on top. False when the window is gone or not open.
     bool show(GtkView& view);
-    /// To be called before a view is hidden or removed: where it has the focus, what had it before gets it back.
+    /// To be called before a view is hidden or removed: where it has the focus, another control in the view around it gets
+    /// it, as the next of a row of pages; else what had it before.
     static void giveFocusBack(GtkWidget* leaving);
     /// By the colour that the user's theme gives text.
     platform::Appearance appearance() const;
@@ -46,6 +47,9 @@ private:
     static void childChanged(GObject* window, GParamSpec* property, gpointer self);
     static void themeChanged(GObject* settings, GParamSpec* property, gpointer self);
     static void destroyed(GtkWidget* window, gpointer self);
+    /// The Escape key is a tap on the topmost of the views that can be tapped.
+    static gboolean keyPressed(GtkEventControllerKey* keys, guint key, guint code, GdkModifierType state,
+                               gpointer self);
     void wrapChild();
     void resized(int width, int height);
     void close();

@@ -76,6 +76,10 @@ void MemoryView::setName(std::string name) {
     onMainQueue();
     name_ = std::move(name);
 }
+void MemoryView::setSpokenName(std::string name) {
+    onMainQueue();
+    spokenName_ = std::move(name);
+}
 
 void MemoryView::enter(std::shared_ptr<Children> holder, MemoryView* superview) {
     holder_ = holder;

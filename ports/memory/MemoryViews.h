@@ -33,12 +33,14 @@ public:
     void removeFromSuperview() override;
     std::vector<std::shared_ptr<platform::View>> subviews() const override;
     void setName(std::string name) override;
+    void setSpokenName(std::string name) override;
 
     // --- What a test sees and does -----------------------------------------------------------------------------------
 
     platform::Colour background() const noexcept { return background_; }
     bool isTouchThrough() const noexcept { return touchThrough_; }
     const std::string& name() const noexcept { return name_; }
+    const std::string& spokenName() const noexcept { return spokenName_; }
     /// The user taps this view; without effect on one that is hidden, lets taps through or is nowhere on screen.
     void tap();
     /// The user swipes over this view; without effect as for `tap`.
@@ -63,6 +65,7 @@ private:
     bool hidden_ = false;
     bool touchThrough_ = false;
     std::string name_;
+    std::string spokenName_;
     std::function<void()> onTap_;
     std::function<void(platform::Swipe)> onSwipe_;
     std::function<void()> onRemoved_;

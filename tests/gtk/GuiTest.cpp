@@ -31,6 +31,7 @@ void settle(GtkWindow* window) {
 
 GuiTest::GuiTest() {
     static const bool ready = [] {
+        g_setenv("GTK_A11Y", "test", TRUE); // what accessibility tools are told can be read
         gtk_init();
         GtkCssProvider* style = gtk_css_provider_new();
         gtk_css_provider_load_from_data(style, ".content { background: #0000ff; } * { transition: none; }", -1);
@@ -84,6 +85,25 @@ std::shared_ptr<platform::View> GuiTest::view(platform::Rect frame, platform::Co
         EXPECT_TRUE(views().showOverWindow(made));
     }
     return made;
+}
+
+void GuiTest::press(unsigned key) {
+    GtkEventController* keys = gtk_event_controller_key_new();
+    bool released = false;
+    g_signal_connect_swapped(keys, "key-released", G_CALLBACK(+[](bool* seen) { *seen = true; }), &released);
+    gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
+    gtk_widget_add_controller(GTK_WIDGET(window), keys);
+    keyboard.press(window, key);
+    EXPECT_TRUE(until([&] { return released; }));
+    gtk_widget_remove_controller(GTK_WIDGET(window), keys);
+    settle(window);
+}
+
+bool GuiTest::eventually(const std::function<bool()>& done) {
+    return until([&] {
+        memory.queues->runUntilIdle();
+        return done();
+    });
 }
 
 Pixel GuiTest::pixel(int x, int y, Pixel expected) {

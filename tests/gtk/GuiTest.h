@@ -10,6 +10,7 @@
 #include <gtk/gtk.h>
 
 #include "ports/memory/MemoryPlatform.h"
+#include "tests/gtk/Keyboard.h"
 #include "tests/gtk/Picture.h"
 #include "tests/gtk/Pointer.h"
 #include "zentavo/Zentavo.h"
@@ -34,10 +35,14 @@ protected:
     platform::Views& views() { return *interface()->views; }
     std::shared_ptr<platform::View> view(platform::Rect frame, platform::Colour colour,
                                          const std::shared_ptr<platform::View>& around = nullptr);
+    /// Waits as `until` does, and lets the SDK's worker run meanwhile.
+    bool eventually(const std::function<bool()>& done);
     /// Waits until the pixel looks like that, and says how it looks.
     Pixel pixel(int x, int y, Pixel expected);
     Pixel pixel(int x, int y) { return Picture(window).at(x, y); }
     void click(double x, double y) { pointer.click(window, x, y); }
+    /// Presses a key in the window, and waits until it has done there what it does.
+    void press(unsigned key);
 
     static constexpr Pixel background{0, 0, 255};
     static constexpr platform::Colour red{1, 0, 0, 1};
@@ -50,6 +55,7 @@ protected:
     testing::MemoryPlatform memory;
     std::shared_ptr<Zentavo> sdk;
     Pointer pointer;
+    Keyboard keyboard;
 
 private:
     std::shared_ptr<const platform::UserInterface> interface_;

@@ -132,7 +132,7 @@ TEST_F(NotificationContentTest, AChoiceIsStoredAndTheServiceIsToldThatTheNotific
     EXPECT_THAT(responses.all(), SizeIs(0)) << "it leads nowhere, and the window stays";
 
     tap(*shown->stackView, *shown->button1Label->view);
-    ASSERT_TRUE(until([&] { return responses.all().size() == 1 && contentWindow() == nullptr; }));
+    ASSERT_TRUE(eventually([&] { return responses.all().size() == 1 && contentWindow() == nullptr; }));
     EXPECT_EQ(responses.all()[0].actionIdentifier, platform::defaultActionIdentifier);
     EXPECT_EQ(responses.all()[0].notification, push("How are your boots?"));
     EXPECT_EQ(memory.preferences->suite("group.com.example.host.zentavo")->string("p1_url_clicked"),
@@ -147,7 +147,7 @@ TEST_F(NotificationContentTest, AChoiceThatTheServiceDoesNotTakeIsToldOnceMoreAn
     ASSERT_EQ(show(push("First")), "");
     refusals = 1;
     tap(*shown->stackView, *shown->button1Label->view);
-    ASSERT_TRUE(until([&] { return responses.all().size() == 1 && contentWindow() == nullptr; }));
+    ASSERT_TRUE(eventually([&] { return responses.all().size() == 1 && contentWindow() == nullptr; }));
 
     ASSERT_EQ(show(push("Second")), "");
     refusals = 2;

@@ -62,13 +62,6 @@ protected:
         sdk->setHandleChangeRouteTemplate(nullptr);
     }
 
-    /// Waits as `until` does, and lets the SDK's worker run meanwhile.
-    bool eventually(const std::function<bool()>& done) {
-        return until([&] {
-            memory.queues->runUntilIdle();
-            return done();
-        });
-    }
     void track(const std::string& type, const std::string& script, const std::string& mode = "VISUAL",
                const Value& storyLimit = nullptr) {
         const Map campaign{

@@ -142,6 +142,8 @@ TEST_F(PushTemplateTest, AButtonStoresItsURLAndOpensTheNotification) {
 TEST_F(PushTemplateTest, ARatingIsStoredAtOnceAndShown) {
     const auto shown = std::dynamic_pointer_cast<RatingController>(show(SampleTemplate::rating(5) + "," + twoButtons));
     ASSERT_NE(shown, nullptr);
+    EXPECT_EQ(named("rating4")->spokenName(), "4/5 Great");
+    EXPECT_EQ(named("button1")->spokenName(), "Buy");
     EXPECT_FALSE(named("caption")->isVisible());
     tap("rating4");
     EXPECT_EQ(stored("rating"), Value(4));
@@ -175,6 +177,8 @@ TEST_F(PushTemplateTest, TheCarouselTurnsItsPagesWhileItIsSeen) {
     EXPECT_EQ(shown->currentItemIndex, 1U);
     EXPECT_EQ(shown->currentItemView, shown->itemViews[1]);
     EXPECT_TRUE(named("slide2")->isVisible());
+    EXPECT_EQ(named("slide2")->spokenName(), "2/3");
+    EXPECT_FALSE(named("slide1")->isVisible()) << "nobody reaches what is out of sight";
     memory.queues->advance(6s);
     EXPECT_EQ(shown->currentItemIndex, 0U);
 

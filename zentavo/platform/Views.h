@@ -86,7 +86,9 @@ public:
 
     /// A view that lets taps through is as if it were not there for them: they reach what lies below.
     virtual void setTouchThrough(bool through) = 0;
-    /// Called when the view is tapped or clicked, not when one above it is. Null takes it away.
+    /// Called when the view is tapped or clicked, not when one above it is. Null takes it away. Users who have no pointer
+    /// reach such a view as well, and press it with what their system has for that; where it lies over the window itself,
+    /// behind what is to be reached, they do so with what dismisses things there.
     virtual void setOnTap(std::function<void()> onTap) = 0;
     /// Called when the view is pressed and the finger or pointer let go well to one side. Such a press is no tap.
     virtual void setOnSwipe(std::function<void(Swipe)> onSwipe) = 0;
@@ -99,8 +101,10 @@ public:
     virtual void removeFromSuperview() = 0;
     virtual std::vector<std::shared_ptr<View>> subviews() const = 0;
 
-    /// What the view is called for tests and accessibility tools.
+    /// What the view is called for tests.
     virtual void setName(std::string name) = 0;
+    /// What a user is told who cannot see it: the words on it, or what stands for them.
+    virtual void setSpokenName(std::string name) = 0;
 };
 
 /// The screen, and the views over the host's window. Main queue only.

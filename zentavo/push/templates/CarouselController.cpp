@@ -40,6 +40,7 @@ void CarouselController::build() {
     for (std::size_t i = 0; i < std::min(all.size(), layout::mostSlides); ++i) {
         auto slide = views().makeView();
         slide->setName("zentavo.push.slide" + std::to_string(i + 1));
+        slide->setSpokenName(std::to_string(i + 1) + "/" + std::to_string(std::min(all.size(), layout::mostSlides)));
         slide->setOnTap(whileLiving(*this, [i](CarouselController& self) { self.tapped(i); }));
         slide->setOnSwipe(whileLiving(*this, [](CarouselController& self, platform::Swipe swipe) {
             self.turn((swipe == platform::Swipe::left) != self.isRightToLeft() ? 1 : -1);
@@ -171,10 +172,16 @@ void CarouselController::turn(int direction) {
     leaving->setFrame(here);
     update();
     fetch();
-    views().animate(turning, [&] {
-        coming->setFrame(here);
-        leaving->setFrame({-way, 0, here.width, here.height});
-    });
+    views().animate(
+        turning,
+        [&] {
+            coming->setFrame(here);
+            leaving->setFrame({-way, 0, here.width, here.height});
+        },
+        // Out of sight it must be out of reach, too: keys would still press it.
+        whileLiving(*this, [leaving](CarouselController& self) {
+            leaving->setHidden(leaving != self.slides_[self.currentItemIndex]);
+        }));
     wait();
 }
 

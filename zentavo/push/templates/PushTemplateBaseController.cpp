@@ -165,6 +165,7 @@ bool PushTemplateBaseController::show() {
         label->view->setCornerRadius(10);
         label->view->setHidden(found == nullptr);
         label->setText(found != nullptr ? shortened(found->label) : "", buttonFont, 1);
+        label->view->setSpokenName(label->label->text());
         auto& tapped = tag == 1 ? tapGR1 : tapGR2;
         tapped = whileLiving(*this, [tag](const PushTemplateBaseController& self) { self.handleTap(tag); });
         label->view->setOnTap(tapped);

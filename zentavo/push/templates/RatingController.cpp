@@ -24,6 +24,16 @@ bool hasCaptions(const NotificationProperties& data) {
     return data.ratingSettings && data.ratingSettings->ratingText && !data.ratingSettings->ratingText->empty();
 }
 
+/// What the sender calls a rating; empty for none, and where it has no name.
+std::string captionOf(const NotificationProperties& data, std::int64_t rating) {
+    if (!hasCaptions(data) || rating <= 0) {
+        return {};
+    }
+    const auto& texts = *data.ratingSettings->ratingText;
+    const auto level = static_cast<std::size_t>(rating - 1);
+    return level < texts.size() ? texts[level] : "";
+}
+
 } // namespace
 
 RatingController::RatingController(Setup setup) : PushTemplateBaseController(std::move(setup)) {}
@@ -40,6 +50,9 @@ void RatingController::build() {
                   std::make_shared<ZentavoImageView>(views(), loader()), views().makeLabel()};
         const auto tag = static_cast<std::int64_t>(i + 1);
         icon.view->setName("zentavo.push.rating" + std::to_string(tag));
+        const std::string caption = captionOf(data, tag);
+        icon.view->setSpokenName(std::to_string(tag) + "/" + std::to_string(scaleOf(data)) +
+                                 (caption.empty() ? "" : " " + caption));
         icon.view->setOnTap(whileLiving(*this, [tag](RatingController& self) { self.rate(tag); }));
         icon.star->setTouchThrough(true);
         icon.star->setAlignment(platform::TextAlignment::centre);
@@ -119,12 +132,7 @@ void RatingController::update() {
         icon.star->setText(chosen ? "★" : "☆");
         icon.star->setTextColour(chosen ? chosenColour_ : starColour_);
     }
-    std::string text;
-    if (hasCaptions(data) && rating_ > 0) {
-        const auto& texts = *data.ratingSettings->ratingText;
-        const auto level = static_cast<std::size_t>(rating_ - 1);
-        text = level < texts.size() ? texts[level] : "";
-    }
+    const std::string text = captionOf(data, rating_);
     caption_->view->setHidden(text.empty());
     caption_->setText(text, captionFont, 1);
 }
