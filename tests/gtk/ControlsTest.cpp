@@ -61,8 +61,7 @@ TEST_F(ControlsTest, TabStopsAtWhatCanBeTappedAndEnterAndSpacePressIt) {
     EXPECT_THAT(taps, ElementsAre("third", "third", "third"));
 
     // Its keys go the way of its handler.
-    const auto first = std::dynamic_pointer_cast<platform::View>(card->subviews().back());
-    first->setOnTap(nullptr);
+    card->subviews().back()->setOnTap(nullptr);
     gtk_window_set_focus(window, nullptr);
     press(GDK_KEY_Tab);
     EXPECT_EQ(focus(), "second");
