@@ -148,9 +148,10 @@ void WindowStage::close() {
     }
 }
 
-gboolean WindowStage::keyPressed(GtkEventControllerKey* keys, guint key, guint, GdkModifierType state, gpointer data) {
+gboolean WindowStage::keyPressed(GtkEventControllerKey* keys, guint pressed, guint, GdkModifierType state,
+                                 gpointer data) {
     const auto& self = *static_cast<WindowStage*>(data);
-    if (key != GDK_KEY_Escape || (state & gtk_accelerator_get_default_mod_mask()) != 0) {
+    if (pressed != GDK_KEY_Escape || (state & gtk_accelerator_get_default_mod_mask()) != 0) {
         return FALSE;
     }
     // A page of ours may want the key for itself, and is asked first; the host's widgets lie below, and come after us.

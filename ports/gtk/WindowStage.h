@@ -48,7 +48,7 @@ private:
     static void themeChanged(GObject* settings, GParamSpec* property, gpointer self);
     static void destroyed(GtkWidget* window, gpointer self);
     /// The Escape key is a tap on the topmost of the views that can be tapped.
-    static gboolean keyPressed(GtkEventControllerKey* keys, guint key, guint code, GdkModifierType state,
+    static gboolean keyPressed(GtkEventControllerKey* keys, guint pressed, guint code, GdkModifierType state,
                                gpointer self);
     void wrapChild();
     void resized(int width, int height);

@@ -17,10 +17,6 @@ protected:
         made->setOnTap([this, name] { taps.push_back(name); });
         return made;
     }
-    std::string focus() {
-        GtkWidget* focused = gtk_window_get_focus(window);
-        return focused != nullptr ? gtk_widget_get_name(focused) : "";
-    }
     GtkWidget* widget(const std::string& name, GtkWidget* from = nullptr) {
         for (GtkWidget* child = gtk_widget_get_first_child(from != nullptr ? from : GTK_WIDGET(window));
              child != nullptr; child = gtk_widget_get_next_sibling(child)) {
@@ -65,8 +61,7 @@ TEST_F(ControlsTest, TabStopsAtWhatCanBeTappedAndEnterAndSpacePressIt) {
     EXPECT_THAT(taps, ElementsAre("third", "third", "third"));
 
     // Its keys go the way of its handler.
-    const auto first = std::dynamic_pointer_cast<platform::View>(card->subviews().back());
-    first->setOnTap(nullptr);
+    card->subviews().back()->setOnTap(nullptr);
     gtk_window_set_focus(window, nullptr);
     press(GDK_KEY_Tab);
     EXPECT_EQ(focus(), "second");
@@ -127,7 +122,7 @@ TEST_F(ControlsTest, EscapeIsATapOnWhatLiesBehind) {
     const auto dimmer = view({0, 0, 400, 300}, {0, 0, 0, 0.5});
     dimmer->setTouchThrough(true);
     dimmer->setOnTap([&] { taps.emplace_back("dimmer"); });
-    const auto popup = view({100, 100, 100, 100}, red);
+    const auto popup = view({100, 190, 100, 100}, red);
     settle(window);
     EXPECT_EQ(gtk_window_get_focus(window), focused);
     press(GDK_KEY_Escape);
@@ -139,9 +134,7 @@ TEST_F(ControlsTest, EscapeIsATapOnWhatLiesBehind) {
     EXPECT_THAT(taps, ElementsAre("dimmer"));
     EXPECT_THAT(host, ElementsAre("host")) << "the host lies below, and is not asked";
     const auto button = control("button", {0, 0, 50, 50}, popup);
-    for (int i = 0; i < 3 && focus() != "button"; ++i) {
-        press(GDK_KEY_Tab);
-    }
+    press(GDK_KEY_Tab);
     EXPECT_EQ(focus(), "button") << "the dimmer itself is no stop";
     press(GDK_KEY_Escape);
     EXPECT_THAT(taps, ElementsAre("dimmer", "dimmer"));

@@ -99,6 +99,11 @@ void GuiTest::press(unsigned key) {
     settle(window);
 }
 
+std::string GuiTest::focus() const {
+    GtkWidget* focused = gtk_window_get_focus(window);
+    return focused != nullptr ? gtk_widget_get_name(focused) : "";
+}
+
 bool GuiTest::eventually(const std::function<bool()>& done) {
     return until([&] {
         memory.queues->runUntilIdle();

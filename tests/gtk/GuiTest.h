@@ -35,6 +35,8 @@ protected:
     platform::Views& views() { return *interface()->views; }
     std::shared_ptr<platform::View> view(platform::Rect frame, platform::Colour colour,
                                          const std::shared_ptr<platform::View>& around = nullptr);
+    /// The name of what has the focus, or "".
+    std::string focus() const;
     /// Waits as `until` does, and lets the SDK's worker run meanwhile.
     bool eventually(const std::function<bool()>& done);
     /// Waits until the pixel looks like that, and says how it looks.

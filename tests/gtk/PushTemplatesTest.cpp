@@ -264,11 +264,10 @@ TEST_F(PushTemplatesTest, Carousel) {
     save("carousel-missing");
 
     // The same by keys: the focus goes on to the page that comes.
-    const auto focused = [&] { return std::string(gtk_widget_get_name(gtk_window_get_focus(window))); };
     press(GDK_KEY_Tab);
-    EXPECT_TRUE(until([&] { return focused() == "zentavo.push.slide3"; })) << focused();
+    EXPECT_TRUE(until([&] { return focus() == "zentavo.push.slide3"; })) << focus();
     press(GDK_KEY_Right);
-    EXPECT_TRUE(until([&] { return focused() == "zentavo.push.slide4"; })) << focused();
+    ASSERT_TRUE(until([&] { return focus() == "zentavo.push.slide4"; })) << focus();
     gtk_test_accessible_assert_role(gtk_window_get_focus(window), GTK_ACCESSIBLE_ROLE_BUTTON);
     gtk_test_accessible_assert_property(gtk_window_get_focus(window), GTK_ACCESSIBLE_PROPERTY_LABEL, "4/4");
     press(GDK_KEY_Return);

@@ -298,6 +298,16 @@ TEST_F(TemplatesTest, AHandWrittenPageIsLaidOutAndClosedBesideIt) {
     ASSERT_TRUE(closed());
     EXPECT_EQ(traces.back().closedBy, ClosedBy::overlay);
     EXPECT_EQ(pixel(200, 140, background), background);
+
+    // By keys: the page has the focus and is asked first, but makes nothing of it.
+    track("popup", "document.title = 'ran'", "CODE_MODE");
+    ASSERT_TRUE(eventually([&] { return pixel(219, 149) == greenPixel; }));
+    click(100, 100);
+    settle(window);
+    EXPECT_STREQ(gtk_widget_get_name(gtk_widget_get_parent(gtk_window_get_focus(window))), "zentavo.page");
+    press(GDK_KEY_Escape);
+    ASSERT_TRUE(closed());
+    EXPECT_EQ(traces.back().closedBy, ClosedBy::overlay);
 }
 
 TEST_F(TemplatesTest, RoundCornersAndTheSizeThatThePageSees) {
