@@ -140,6 +140,7 @@ private:
             store_.save(*registration_);
             follow(distributor);
         }
+        forApp_ = asked_;
         if (asked_) {
             tellEndpoint(); // it need not wait for the distributor, which seldom says anything new
         }
@@ -156,6 +157,11 @@ private:
             return asked_ ? renew() : void(); // that one ended while we waited
         }
         if (!version) {
+            // It has gone while it was asked: somebody else may be there.
+            if (away_ && (asked_ || forApp_) && !std::exchange(retried_, true)) {
+                asked_ = true;
+                return renew();
+            }
             fail(version.error().message);
             return retryOnce();
         }
@@ -278,6 +284,7 @@ private:
     std::optional<PushRegistration> registration_;
     std::map<std::string, std::shared_ptr<Callers>> followed_; ///< distributors, by their names
     bool asked_ = false;                                       ///< the app waits for an answer
+    bool forApp_ = false;                                      ///< it has asked for the registration that is under way
     bool failed_ = false;      ///< the last that the app was told is that there are no pushes
     bool retried_ = false;     ///< a failure has been answered by another attempt
     bool registering_ = false; ///< a distributor has been asked and has not answered

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "ports/desktop/SessionBus.h"
 #include "tests/desktop/Awaited.h"
@@ -29,6 +30,8 @@ public:
     Awaited<Asked> asked;
     /// From now on registrations fail for this reason.
     std::atomic<const char*> failure = nullptr;
+    /// From now on it answers nothing.
+    std::atomic<bool> silent = false;
 
     /// Each waits for the connector's answer: empty, or why it refuses.
     std::string message(int version, const std::string& service, const std::string& token, const std::string& body,
@@ -43,6 +46,7 @@ private:
     std::string call(int version, const std::string& service, const char* method, GVariant* tuple,
                      GVariant* dictionary);
 
+    std::vector<desktop::MethodCall> unanswered_; ///< of the bus's thread
     desktop::SessionBus bus_;
 };
 

@@ -2,6 +2,8 @@
 
 #include "ports/desktop/UnifiedPushConnector.h"
 
+#include <optional>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -263,6 +265,31 @@ TEST_F(UnifiedPushConnectorTest, AStartWithoutTheDistributorWaitsForItAndAsksNoO
     distributor.reset();
     EXPECT_NE(registered(other, receiver, 1), token);
     EXPECT_EQ(receiver.told(), std::string("token ") + endpoint);
+}
+
+TEST_F(UnifiedPushConnectorTest, ADistributorThatDiesWhileItIsAskedLeavesTheAppToAnother) {
+    FakeDistributor other(bus.address(), "Other", 1);
+    for (const bool known : {false, true}) {
+        testing::MemoryPlatform fresh{service};
+        std::optional<FakeDistributor> dying(std::in_place, bus.address(), "Dying", 1);
+        Receiver receiver(bus, fresh.platform());
+        if (known) {
+            registered(*dying, receiver, 1);
+            receiver.told();
+        }
+        dying->silent = true;
+        receiver.request();
+        dying->asked.next();
+        if (known) {
+            receiver.told(); // the endpoint, which seldom changes
+        }
+        dying.reset();
+        const auto asked = other.asked.next();
+        EXPECT_EQ(asked.method, "Register") << known;
+        EXPECT_EQ(other.newEndpoint(1, service, asked.token, endpoint), "");
+        EXPECT_EQ(receiver.told(), std::string("token ") + endpoint);
+        EXPECT_TRUE(receiver.toldNothing());
+    }
 }
 
 TEST_F(UnifiedPushConnectorTest, WithoutADistributorTheAppIsToldWhenItAsksAndAgainWhenOneIsBack) {
