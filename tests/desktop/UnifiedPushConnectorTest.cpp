@@ -43,6 +43,19 @@ public:
     }
 
     void request() { connector_.request(); }
+    /// Until nobody has `name`. All that its owner had answered before has arrived then.
+    void waitForTheEndOf(const std::string& name) {
+        const auto owned = std::make_shared<Awaited<bool>>();
+        do {
+            bus_.call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
+                       desktop::Variant::share(g_variant_new("(s)", name.c_str())), "(b)"},
+                      [owned](const Result<desktop::Variant>& answer) {
+                          gboolean has = FALSE;
+                          g_variant_get(answer.value().get(), "(b)", &has);
+                          owned->put(has != FALSE);
+                      });
+        } while (owned->next());
+    }
     /// The next thing that the app, or the user, is told.
     std::string told() { return told_->next(); }
     bool toldNothing() {
@@ -263,6 +276,7 @@ TEST_F(UnifiedPushConnectorTest, AStartWithoutTheDistributorWaitsForItAndAsksNoO
 
     // The app is not left with an endpoint that nobody serves any more.
     distributor.reset();
+    receiver.waitForTheEndOf("org.unifiedpush.Distributor.One");
     EXPECT_NE(registered(other, receiver, 1), token);
     EXPECT_EQ(receiver.told(), std::string("token ") + endpoint);
 }
@@ -300,6 +314,7 @@ TEST_F(UnifiedPushConnectorTest, WithoutADistributorTheAppIsToldWhenItAsksAndAga
     registered(*distributor, receiver, 1);
     EXPECT_EQ(receiver.told(), std::string("token ") + endpoint);
     distributor.reset();
+    receiver.waitForTheEndOf("org.unifiedpush.Distributor.One");
     receiver.request();
     EXPECT_EQ(receiver.told(), "failed there is no distributor of pushes");
     distributor = std::make_unique<FakeDistributor>(bus.address(), "One", 1);
