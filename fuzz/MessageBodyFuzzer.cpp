@@ -54,7 +54,7 @@ void readText(const Variant& arguments) {
     if (const auto notification = desktop::codec::readNotification(text)) {
         check(!notification->request.identifier.empty(), "a notification has an identifier");
     }
-    if (const auto sent = desktop::codec::readSentResponse(text)) {
+    if (const auto sent = desktop::codec::readResponse(text)) {
         check(sent->id.size() <= desktop::codec::maximumIdBytes, "an id is kept");
     }
 }

@@ -25,12 +25,12 @@ void checkShown(const platform::NotificationContent& content) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto text = textOf(data, size);
-    if (const auto response = desktop::codec::readResponse(text)) {
-        const auto written = desktop::codec::write(*response);
+    if (const auto sent = desktop::codec::readResponse(text)) {
+        const auto written = desktop::codec::write(sent->response, sent->id);
         // Escaped text is longer than what was read, so the bound may be met on the way back.
         check(written.ok() || size > desktop::codec::maximumBytes / 8, "a response that was read can be written");
-        check(!written || desktop::codec::readResponse(*written).value() == *response, "and reads back as the same");
-        checkShown(response->notification.request.content);
+        check(!written || desktop::codec::readResponse(*written).value() == *sent, "and reads back as the same");
+        checkShown(sent->response.notification.request.content);
     }
     if (const auto notification = desktop::codec::readNotification(text)) {
         check(!notification->request.identifier.empty(), "a notification has an identifier");

@@ -1,42 +1,15 @@
 #include "ports/desktop/AppEndpoint.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <deque>
-
 #include "ports/desktop/AppInterfaces.h"
 #include "ports/desktop/Callers.h"
 #include "ports/desktop/MessageBody.h"
 #include "ports/desktop/NotificationCodec.h"
 #include "ports/desktop/PushEndpoint.h"
+#include "ports/desktop/RecentResponses.h"
 
 namespace zentavo::desktop {
 
 namespace {
-
-/// Which responses have come lately: one whose sender gave up waiting while the bus still kept it for us comes twice.
-/// The bus's thread.
-class RecentResponses {
-public:
-    /// False where it has come before.
-    bool add(const std::string& id) {
-        if (id.empty()) {
-            return true;
-        }
-        if (std::find(ids_.begin(), ids_.end(), id) != ids_.end()) {
-            return false;
-        }
-        ids_.push_back(id);
-        if (ids_.size() > maximumCount) {
-            ids_.pop_front();
-        }
-        return true;
-    }
-
-private:
-    static constexpr std::size_t maximumCount = 32;
-    std::deque<std::string> ids_; ///< oldest first
-};
 
 struct App {
     std::shared_ptr<FreedesktopUserNotifications> notifications;
@@ -54,7 +27,7 @@ struct App {
     }
 
     void respond(const MethodCall& call, const std::string& text) const {
-        auto sent = codec::readSentResponse(text);
+        auto sent = codec::readResponse(text);
         if (!sent) {
             return call.refuseArguments("no response: " + sent.error().message);
         }

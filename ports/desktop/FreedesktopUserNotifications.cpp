@@ -214,7 +214,6 @@ void FreedesktopUserNotifications::shown(std::uint32_t id, std::vector<DesktopAc
     if (const auto earlier = find(notification.request.identifier); earlier != shown_.end()) {
         forget(earlier, &notification);
     }
-    std::erase(answered_, notification.request.identifier); // another one that is called the same
     shown_.push_back({{id, notification, std::move(actions)}});
     if (parts_.kept && !serverProcess_.empty()) {
         parts_.kept->add(serverProcess_, shown_.back());
@@ -340,14 +339,6 @@ void FreedesktopUserNotifications::closed(std::uint32_t id, std::uint32_t reason
 }
 
 void FreedesktopUserNotifications::answered(platform::NotificationResponse response) {
-    const std::string& identifier = response.notification.request.identifier;
-    if (std::find(answered_.begin(), answered_.end(), identifier) != answered_.end()) {
-        return;
-    }
-    answered_.push_back(identifier);
-    if (answered_.size() > maximumAnswered) {
-        answered_.pop_front();
-    }
     if (parts_.comeToFront && response.actionIdentifier == platform::defaultActionIdentifier) {
         door_.onMain(
             [self = shared_from_this(), token = response.activationToken] { self->parts_.comeToFront(token); });

@@ -39,8 +39,6 @@ public:
     static constexpr std::size_t maximumPending = 128;
     /// Longer tokens are none.
     static constexpr std::size_t maximumTokenBytes = 1'024;
-    /// Of so many that the user has answered, a second answer from elsewhere changes nothing.
-    static constexpr std::size_t maximumAnswered = 32;
     /// How long a delegate may think; then everything is shown.
     static constexpr std::chrono::milliseconds presentationTimeout{5'000};
 
@@ -82,7 +80,8 @@ public:
     void setBadgeCount(std::int64_t count) override;
 
     /// The user answered a notification somewhere else, in another program or window of the app: takes it away where it is
-    /// up here, and tells the delegate, unless it was answered before.
+    /// up here, and tells the delegate. A notification that was answered before is answered again: its window may have
+    /// stayed open behind a click.
     void respond(platform::NotificationResponse response);
     /// How a notification is to be shown now: everything where the app is not in front.
     void presentation(const platform::Notification& notification, std::function<void(std::uint32_t)> completion);
@@ -122,7 +121,6 @@ private:
     void invoked(std::uint32_t id, const std::string& key);
     void activationToken(std::uint32_t id, const std::string& token);
     void closed(std::uint32_t id, std::uint32_t reason);
-    /// The delegate is told once of each that was shown.
     void answered(platform::NotificationResponse response);
     void came(const std::string& server);
     void gone();
@@ -148,9 +146,8 @@ private:
     std::string serverProcess_;   ///< that shows what is shown; empty while there is none
     std::deque<Pending> pending_; ///< the first is being shown
     std::uint64_t lastNumber_ = 0;
-    std::uint64_t presenting_ = 0;     ///< the last that it was decided of how it is shown
-    std::vector<Shown> shown_;         ///< in the order of arrival
-    std::deque<std::string> answered_; ///< identifiers of what the user has answered, oldest first
+    std::uint64_t presenting_ = 0; ///< the last that it was decided of how it is shown
+    std::vector<Shown> shown_;     ///< in the order of arrival
 };
 
 } // namespace zentavo::desktop

@@ -99,7 +99,7 @@ Result<std::string> write(const platform::NotificationResponse& response, const 
     return bounded(json::write(sent));
 }
 
-Result<SentResponse> readSentResponse(std::string_view text) {
+Result<SentResponse> readResponse(std::string_view text) {
     return read<SentResponse>(text, [](KeyedDecoder& decoder) {
         SentResponse sent;
         sent.response.actionIdentifier = decoder.string("actionIdentifier");
@@ -111,14 +111,6 @@ Result<SentResponse> readSentResponse(std::string_view text) {
         }
         return sent;
     });
-}
-
-Result<platform::NotificationResponse> readResponse(std::string_view text) {
-    auto sent = readSentResponse(text);
-    if (!sent) {
-        return sent.error();
-    }
-    return std::move(sent->response);
 }
 
 } // namespace zentavo::desktop::codec

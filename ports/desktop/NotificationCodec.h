@@ -23,14 +23,14 @@ ZENTAVO_EXPORT Result<platform::Notification> readNotification(std::string_view 
 /// is told as often as it comes.
 struct SentResponse {
     platform::NotificationResponse response;
-    std::string id;
+    std::string id = {};
+
+    friend bool operator==(const SentResponse&, const SentResponse&) = default;
 };
 inline constexpr std::size_t maximumIdBytes = 64;
 
 ZENTAVO_EXPORT Result<std::string> write(const platform::NotificationResponse& response, const std::string& id = {});
-ZENTAVO_EXPORT Result<SentResponse> readSentResponse(std::string_view text);
-/// The same, where it is sent but once.
-ZENTAVO_EXPORT Result<platform::NotificationResponse> readResponse(std::string_view text);
+ZENTAVO_EXPORT Result<SentResponse> readResponse(std::string_view text);
 
 } // namespace codec
 } // namespace zentavo::desktop

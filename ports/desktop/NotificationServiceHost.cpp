@@ -9,6 +9,7 @@
 #include "ports/desktop/MessageBody.h"
 #include "ports/desktop/NotificationCodec.h"
 #include "ports/desktop/PushJournal.h"
+#include "ports/desktop/RecentResponses.h"
 #include "ports/desktop/UnifiedPushConnector.h"
 
 namespace zentavo::desktop {
@@ -156,11 +157,13 @@ private:
             centre->removeDelivered(std::move(identifiers));
             call.answer();
         } else {
-            auto response = codec::readResponse(body::text(call.parameters()));
-            if (!response) {
-                return call.refuseArguments(response.error().message);
+            auto sent = codec::readResponse(body::text(call.parameters()));
+            if (!sent) {
+                return call.refuseArguments(sent.error().message);
             }
-            handlers_.respond(*std::move(response));
+            if (recent_.add(sent->id)) {
+                handlers_.respond(std::move(sent->response));
+            }
             call.answer();
         }
     }
@@ -232,6 +235,7 @@ private:
     const std::shared_ptr<platform::DispatchQueue> queue_;
     const PushJournal journal_;
     bool tookUp_ = false;                           ///< what was in the journal; the bus's thread
+    RecentResponses recent_;                        ///< of the content extension; the bus's thread
     std::set<std::string> early_;                   ///< came before that, and is under way; the bus's thread
     std::optional<UnifiedPushConnector> connector_; ///< made once, before anybody calls
     PushQueue pushes_;

@@ -127,7 +127,9 @@ private:
         if (opened_ == number_) {
             return true; // a second tap, on a window that is about to close
         }
-        const auto text = desktop::codec::write(platform::NotificationResponse{{shown_}});
+        // With an id, since an attempt that has failed may have arrived all the same.
+        const auto text = desktop::codec::write(platform::NotificationResponse{{shown_}},
+                                                sdk_->state()->platform->random->uuidText());
         if (!text) {
             complain("The notification cannot be opened: " + text.error().message);
             return false;

@@ -31,7 +31,7 @@ public:
             if (call.method() == "WillPresent") {
                 return call.answer(desktop::Variant::share(g_variant_new("(u)", 0xFFFFFFF9U)));
             }
-            const auto response = desktop::codec::readResponse(text).value();
+            const auto response = desktop::codec::readResponse(text).value().response;
             if (response.actionIdentifier == "refused") {
                 return call.refuseArguments("of another version");
             }

@@ -95,7 +95,7 @@ TEST(NotificationCodecTest, ReadsWhatItWroteAndNothingElse) {
     content.attachments = {{"image", "/tmp/x"}};
     const auto text = desktop::codec::write(response);
     ASSERT_TRUE(text);
-    EXPECT_EQ(desktop::codec::readResponse(*text).value(), response);
+    EXPECT_EQ(desktop::codec::readResponse(*text).value().response, response);
     EXPECT_FALSE(desktop::codec::readNotification(*text)) << "that is something else";
 
     response.notification.request.identifier = "";

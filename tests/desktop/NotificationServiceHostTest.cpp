@@ -162,6 +162,11 @@ TEST_F(NotificationServiceHostTest, WhatIsShownCanBeListedTakenAwayAndAnswered) 
     const platform::NotificationResponse response{shown, "again"};
     app->call("Respond", g_variant_new("(s)", desktop::codec::write(response)->c_str()));
     EXPECT_EQ(responses.next(), response);
+    for (const char* id : {"one", "one", "two"}) { // the second is the first once more, and the third is not
+        app->call("Respond", g_variant_new("(s)", desktop::codec::write({shown, id}, id)->c_str()));
+    }
+    EXPECT_EQ(responses.next().actionIdentifier, "one");
+    EXPECT_EQ(responses.next().actionIdentifier, "two");
     app->call("Respond", g_variant_new("(s)", "{}"));
     EXPECT_THAT(app->refused, HasSubstr("actionIdentifier"));
 

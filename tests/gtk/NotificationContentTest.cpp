@@ -31,7 +31,7 @@ protected:
                           }
                           const char* text = nullptr;
                           g_variant_get(call.parameters().get(), "(&s)", &text);
-                          responses.add(desktop::codec::readResponse(text).value());
+                          responses.add(desktop::codec::readResponse(text).value().response);
                           call.answer();
                       });
         service.own("com.example.host.NotificationService", [this](bool ours) { owned.add(ours); });
