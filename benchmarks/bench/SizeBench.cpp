@@ -32,12 +32,14 @@ double strippedSize(const std::filesystem::path& library, const std::filesystem:
 void benchSize(const Options&, Report& report) {
     const TemporaryFolder folder;
     const double zentavo = strippedSize(ZENTAVO_BENCH_LIBRARY, folder.path());
+    const double linux_port = strippedSize(ZENTAVO_BENCH_LINUX_LIBRARY, folder.path());
     const double core = strippedSize(ZENTAVO_BENCH_CORE_LIBRARY, folder.path());
     const double foundation = strippedSize(ZENTAVO_BENCH_FOUNDATION_LIBRARY, folder.path());
     report.add("libzentavo", "kB", zentavo, noFloor, valueAtMost(mostKilobytes));
+    report.add("libzentavo-linux", "kB", linux_port);
     report.add("libzentavo-core", "kB", core);
     report.add("libzentavo-foundation", "kB", foundation);
-    report.add("all three", "kB", zentavo + core + foundation);
+    report.add("all four", "kB", zentavo + linux_port + core + foundation);
     report.flush("size: stripped shared libraries");
 }
 
