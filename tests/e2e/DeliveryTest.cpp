@@ -218,7 +218,7 @@ TEST_F(DeliveryTest, OfTwoDeliveriesThatRaceOneIsShown) {
 }
 
 TEST_F(DeliveryTest, WhatIsRefusedOrLostLeavesAMessageThatCanBeClosed) {
-    server.fault("path=/interaction/media-template/view-info&times=1&status=500");
+    server.fault("path=/interaction/media-template/view-info&times=1&status=500&body=down");
     server.fault("path=/interaction/media-template/info&times=1&body=%5B%5D");
     sdk->track(CDPEvent("promo_code_mode"));
     waitFor([&] { return sdk->isShowingTemplate(); });
