@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "zentavo/foundation/KeyedDecoder.h"
+#include "ports/desktop/StoredRecords.h"
 
 namespace zentavo::desktop {
 
@@ -17,34 +17,14 @@ struct Entry {
     std::string process;
 };
 
-/// What is damaged is left out.
 std::vector<Entry> read(const std::optional<Value>& stored) {
-    std::vector<Entry> entries;
-    const List* list = stored ? stored->asList() : nullptr;
-    if (list == nullptr || list->size() > AttachmentLedger::maximumCount) {
-        return entries;
-    }
-    for (const Value& each : *list) {
-        if (const Map* map = each.asMap()) {
-            KeyedDecoder decoder(*map);
-            Entry entry{decoder.string("path"), decoder.string("process")};
-            if (!decoder.failure()) {
-                entries.push_back(std::move(entry));
-            }
-        }
-    }
-    return entries;
+    return readRecords(stored, AttachmentLedger::maximumCount, [](KeyedDecoder& decoder) {
+        return Entry{decoder.string("path"), decoder.string("process")};
+    });
 }
 
 std::optional<Value> write(const std::vector<Entry>& entries) {
-    if (entries.empty()) {
-        return std::nullopt;
-    }
-    List list;
-    for (const Entry& each : entries) {
-        list.push_back(Map{{"path", each.path}, {"process", each.process}});
-    }
-    return Value(std::move(list));
+    return writeRecords(entries, [](const Entry& each) { return Map{{"path", each.path}, {"process", each.process}}; });
 }
 
 } // namespace
@@ -54,10 +34,7 @@ Result<std::string> AttachmentLedger::write(std::string_view folder, std::string
     if (path) {
         suite_->update(key, [entry = Entry{*path, process_}](const std::optional<Value>& stored) {
             auto entries = read(stored);
-            if (entries.size() == maximumCount) {
-                entries.erase(entries.begin());
-            }
-            entries.push_back(entry);
+            addRecord(entries, entry, maximumCount);
             return desktop::write(entries);
         });
     }

@@ -41,7 +41,6 @@ std::shared_ptr<FreedesktopUserNotifications> makeNotifications(std::shared_ptr<
                                                                 std::shared_ptr<platform::MainQueue> mainQueue,
                                                                 AppWindows windows) {
     const auto program = system.bundles->main();
-    const auto names = BusNames::of(*program);
     FreedesktopUserNotifications::Parts parts{
         std::move(bus),
         std::move(mainQueue),
@@ -49,7 +48,7 @@ std::shared_ptr<FreedesktopUserNotifications> makeNotifications(std::shared_ptr<
         system.attachmentFiles,
         AppOnDesktop::of(*program),
     };
-    if (names && names->app == program->identifier()) {
+    if (const auto names = namesOfApp(*program)) {
         parts.notificationService = names->notificationService;
         parts.suite = std::make_shared<NotificationSuite>(system.preferences, names->app, NotificationSuite::Side::app);
     }

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-#include "zentavo/foundation/KeyedDecoder.h"
+#include "ports/desktop/StoredRecords.h"
 
 namespace zentavo::desktop {
 
@@ -12,41 +12,25 @@ namespace {
 constexpr const char* badgeKey = "ZentavoBadge";
 constexpr const char* categoriesKey = "ZentavoCategories";
 
-/// What is damaged is left out.
 std::vector<platform::NotificationCategory> read(const std::optional<Value>& stored) {
-    std::vector<platform::NotificationCategory> categories;
-    const List* list = stored ? stored->asList() : nullptr;
-    if (list == nullptr || list->size() > NotificationSuite::maximumCategories) {
-        return categories;
-    }
-    for (const Value& each : *list) {
-        const Map* map = each.asMap();
-        if (map == nullptr) {
-            continue;
-        }
-        KeyedDecoder decoder(*map);
+    return readRecords(stored, NotificationSuite::maximumCategories, [](KeyedDecoder& decoder) {
         platform::NotificationCategory category;
         category.identifier = decoder.string("identifier");
         category.actions = decoder.nestedList("actions", [](KeyedDecoder& action) {
             return platform::NotificationAction{action.string("identifier"), action.string("title")};
         });
-        if (!decoder.failure()) {
-            categories.push_back(std::move(category));
-        }
-    }
-    return categories;
+        return category;
+    });
 }
 
-Value write(const std::vector<platform::NotificationCategory>& categories) {
-    List list;
-    for (const auto& category : categories) {
+std::optional<Value> write(const std::vector<platform::NotificationCategory>& categories) {
+    return writeRecords(categories, [](const platform::NotificationCategory& category) {
         List actions;
         for (const auto& action : category.actions) {
             actions.push_back(Map{{"identifier", action.identifier}, {"title", action.title}});
         }
-        list.push_back(Map{{"identifier", category.identifier}, {"actions", std::move(actions)}});
-    }
-    return list;
+        return Map{{"identifier", category.identifier}, {"actions", std::move(actions)}};
+    });
 }
 
 } // namespace
@@ -80,11 +64,8 @@ void NotificationSuite::addCategory(const platform::NotificationCategory& catego
             }
             categories.erase(known);
         }
-        if (categories.size() == maximumCategories) {
-            categories.erase(categories.begin());
-        }
-        categories.push_back(category);
-        return std::optional<Value>(write(categories));
+        addRecord(categories, category, maximumCategories);
+        return write(categories);
     });
 }
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "zentavo/foundation/KeyedDecoder.h"
+#include "ports/desktop/StoredRecords.h"
 
 namespace zentavo::desktop {
 
@@ -18,35 +18,20 @@ struct Kept {
     std::int64_t attempts = 1;
 };
 
-/// What is damaged is left out.
 std::vector<Kept> read(const std::optional<Value>& stored) {
-    std::vector<Kept> kept;
-    const List* list = stored ? stored->asList() : nullptr;
-    if (list == nullptr || list->size() > PushJournal::maximumCount) {
-        return kept;
-    }
-    for (const Value& each : *list) {
-        if (const Map* map = each.asMap()) {
-            KeyedDecoder decoder(*map);
-            Kept one{{decoder.string("identifier"), decoder.string("body")}, decoder.integer("attempts")};
-            if (!decoder.failure() && !one.entry.identifier.empty()) {
-                kept.push_back(std::move(one));
-            }
+    return readRecords(stored, PushJournal::maximumCount, [](KeyedDecoder& decoder) {
+        Kept kept{{decoder.string("identifier"), decoder.string("body")}, decoder.integer("attempts")};
+        if (kept.entry.identifier.empty()) {
+            decoder.fail("identifier", "is empty");
         }
-    }
-    return kept;
+        return kept;
+    });
 }
 
 std::optional<Value> write(const std::vector<Kept>& kept) {
-    if (kept.empty()) {
-        return std::nullopt;
-    }
-    List list;
-    for (const Kept& each : kept) {
-        list.push_back(
-            Map{{"identifier", each.entry.identifier}, {"body", each.entry.body}, {"attempts", each.attempts}});
-    }
-    return Value(std::move(list));
+    return writeRecords(kept, [](const Kept& each) {
+        return Map{{"identifier", each.entry.identifier}, {"body", each.entry.body}, {"attempts", each.attempts}};
+    });
 }
 
 } // namespace
@@ -54,10 +39,7 @@ std::optional<Value> write(const std::vector<Kept>& kept) {
 void PushJournal::add(const std::string& identifier, const std::string& body) const {
     suite_->update(key, [identifier, body](const std::optional<Value>& stored) {
         auto kept = read(stored);
-        if (kept.size() == maximumCount) {
-            kept.erase(kept.begin());
-        }
-        kept.push_back({{identifier, body}});
+        addRecord(kept, {{identifier, body}}, maximumCount);
         return write(kept);
     });
 }

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "ports/desktop/NotificationCodec.h"
-#include "zentavo/foundation/KeyedDecoder.h"
+#include "ports/desktop/StoredRecords.h"
 
 namespace zentavo::desktop {
 
@@ -20,50 +20,34 @@ struct Kept {
     std::vector<DesktopAction> actions;
 };
 
-/// What is damaged is left out.
 std::vector<Kept> read(const std::optional<Value>& stored) {
-    std::vector<Kept> kept;
-    const List* list = stored ? stored->asList() : nullptr;
-    if (list == nullptr || list->size() > ShownNotifications::maximumCount) {
-        return kept;
-    }
-    for (const Value& each : *list) {
-        const Map* map = each.asMap();
-        if (map == nullptr) {
-            continue;
-        }
-        KeyedDecoder decoder(*map);
-        Kept one;
-        one.server = decoder.string("server");
+    return readRecords(stored, ShownNotifications::maximumCount, [](KeyedDecoder& decoder) {
+        Kept kept;
+        kept.server = decoder.string("server");
         const std::int64_t id = decoder.integer("id");
-        one.notification = decoder.string("notification");
-        one.actions = decoder.nestedList("actions", [](KeyedDecoder& action) {
+        kept.notification = decoder.string("notification");
+        kept.actions = decoder.nestedList("actions", [](KeyedDecoder& action) {
             return DesktopAction{action.string("key"), "", action.string("identifier")};
         });
-        if (!decoder.failure() && id > 0 && id <= std::numeric_limits<std::uint32_t>::max()) {
-            one.id = static_cast<std::uint32_t>(id);
-            kept.push_back(std::move(one));
+        if (id <= 0 || id > std::numeric_limits<std::uint32_t>::max()) {
+            decoder.fail("id", "is none of the service's");
         }
-    }
-    return kept;
+        kept.id = static_cast<std::uint32_t>(id);
+        return kept;
+    });
 }
 
 std::optional<Value> write(const std::vector<Kept>& kept) {
-    if (kept.empty()) {
-        return std::nullopt;
-    }
-    List list;
-    for (const Kept& each : kept) {
+    return writeRecords(kept, [](const Kept& each) {
         List actions;
         for (const DesktopAction& action : each.actions) {
             actions.push_back(Map{{"key", action.key}, {"identifier", action.identifier}});
         }
-        list.push_back(Map{{"server", each.server},
-                           {"id", static_cast<std::int64_t>(each.id)},
-                           {"notification", each.notification},
-                           {"actions", std::move(actions)}});
-    }
-    return Value(std::move(list));
+        return Map{{"server", each.server},
+                   {"id", static_cast<std::int64_t>(each.id)},
+                   {"notification", each.notification},
+                   {"actions", std::move(actions)}};
+    });
 }
 
 } // namespace
@@ -77,10 +61,7 @@ void ShownNotifications::add(const std::string& server, const Entry& entry) cons
         key, [kept = Kept{server, entry.id, *text, entry.actions}](const std::optional<Value>& stored) {
             auto all = read(stored);
             std::erase_if(all, [&](const Kept& other) { return other.id == kept.id; });
-            if (all.size() == maximumCount) {
-                all.erase(all.begin());
-            }
-            all.push_back(kept);
+            addRecord(all, kept, maximumCount);
             return write(all);
         });
 }
