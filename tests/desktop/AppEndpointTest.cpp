@@ -6,6 +6,7 @@
 #include "ports/desktop/DesktopProcess.h"
 #include "ports/desktop/ForwardingDelegate.h"
 #include "tests/desktop/DesktopTest.h"
+#include "tests/desktop/TakeName.h"
 #include "tests/desktop/OtherProgram.h"
 
 namespace zentavo::tests {
@@ -38,11 +39,10 @@ public:
             }
             call.answer();
         });
-        bus_.own(serviceName, [this](bool) { named.add(true); });
+        takeName(bus_, serviceName);
     }
 
     Seen<std::string> calls;
-    Seen<bool> named;
 
 private:
     desktop::SessionBus bus_;
@@ -183,7 +183,6 @@ TEST_F(AppEndpointTest, AsksItsServiceWhereThereIsOne) {
     app->userNotifications()->removeDelivered({"a"});
 
     FakeService service(bus.address());
-    ASSERT_TRUE(until([&] { return service.named.count() == 1; }));
     app->registerForRemoteNotifications();
     app->userNotifications()->removeDelivered({"a", "\xFF"});
     EXPECT_THAT(delivered(*app), ElementsAre("of the service"));

@@ -7,6 +7,7 @@
 #include "ports/desktop/MessageBody.h"
 #include "tests/desktop/DesktopTest.h"
 #include "tests/desktop/OtherProgram.h"
+#include "tests/desktop/TakeName.h"
 
 namespace zentavo::tests {
 namespace {
@@ -29,7 +30,7 @@ protected:
                            heard.add(desktop::body::text(call.parameters()));
                            call.answer();
                        }));
-        session->own(door.name);
+        takeName(*session, door.name);
         settle();
     }
     std::vector<std::string> run(const std::vector<std::string>& steps) {
@@ -42,8 +43,7 @@ protected:
 
 TEST_F(CallersTest, StrangersAreDeniedAndOurOwnProcessIsNot) {
     SessionBus friends(bus.address());
-    friends.own("zentavo.Friend");
-    settle(friends);
+    takeName(friends, "zentavo.Friend");
     EXPECT_THAT(run({"call=a", "own=zentavo.Other", "call=b", "other=c"}),
                 ElementsAre(accessDenied, accessDenied, accessDenied));
     EXPECT_THAT(run({"own=zentavo.Friend", "call=queued"}), ElementsAre(accessDenied)) << "another has the name";

@@ -3,6 +3,7 @@
 #include "ports/desktop/ContentExtension.h"
 
 #include "tests/desktop/DesktopTest.h"
+#include "tests/desktop/TakeName.h"
 
 namespace zentavo::tests {
 namespace {
@@ -26,7 +27,7 @@ protected:
                           }
                           call.answer();
                       });
-        program.own(extensionName);
+        takeName(program, extensionName);
     }
     std::shared_ptr<ContentExtension> make() {
         auto made = ContentExtension::make(session, extensionName, memory.systemLog);

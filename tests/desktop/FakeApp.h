@@ -6,6 +6,7 @@
 #include "ports/desktop/AppInterfaces.h"
 #include "ports/desktop/SessionBus.h"
 #include "tests/desktop/Awaited.h"
+#include "tests/desktop/TakeName.h"
 
 namespace zentavo::tests {
 
@@ -21,9 +22,7 @@ public:
             call.answer(call.method() == "WillPresent" ? desktop::Variant::share(g_variant_new("(u)", 7U))
                                                        : desktop::Variant());
         });
-        const auto owned = std::make_shared<Awaited<bool>>();
-        bus_.own(name, [owned](bool ours) { owned->put(ours); });
-        EXPECT_TRUE(owned->next());
+        takeName(bus_, name);
     }
 
     /// What it is told, "METHOD TEXT".

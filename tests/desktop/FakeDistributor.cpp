@@ -1,5 +1,7 @@
 #include "tests/desktop/FakeDistributor.h"
 
+#include "tests/desktop/TakeName.h"
+
 namespace zentavo::tests {
 
 namespace {
@@ -37,9 +39,7 @@ std::string entry(GVariant* entries, const char* name) {
 FakeDistributor::FakeDistributor(const std::string& address, const std::string& name, int versions) : bus_(address) {
     bus_.serve("/org/unifiedpush/Distributor", interfacesOf(versions),
                [this](const desktop::MethodCall& call) { answer(call); });
-    const auto owned = std::make_shared<Awaited<bool>>();
-    bus_.own("org.unifiedpush.Distributor." + name, [owned](bool ours) { owned->put(ours); });
-    EXPECT_TRUE(owned->next());
+    takeName(bus_, "org.unifiedpush.Distributor." + name);
 }
 
 void FakeDistributor::answer(const desktop::MethodCall& call) {

@@ -1,6 +1,6 @@
 #include "tests/desktop/FakeNotificationServer.h"
 
-#include <future>
+#include "tests/desktop/TakeName.h"
 
 namespace zentavo::tests {
 
@@ -66,13 +66,7 @@ std::string FakeNotificationServer::Shown::keyOf(const std::string& label) const
 FakeNotificationServer::FakeNotificationServer(const std::string& address, std::vector<std::string> capabilities)
     : capabilities_(std::move(capabilities)), bus_(address) {
     bus_.serve(serverPath, xml, [this](const MethodCall& call) { answer(call); });
-    const auto named = std::make_shared<std::promise<void>>();
-    bus_.own(serverName, [named](bool ours) {
-        if (ours) {
-            named->set_value();
-        }
-    });
-    named->get_future().wait();
+    takeName(bus_, serverName);
 }
 
 void FakeNotificationServer::answer(const MethodCall& call) {

@@ -3,6 +3,7 @@
 #include "ports/desktop/ForwardingDelegate.h"
 
 #include "tests/desktop/DesktopTest.h"
+#include "tests/desktop/TakeName.h"
 
 namespace zentavo::tests {
 namespace {
@@ -21,7 +22,7 @@ public:
         if (speaks) {
             speak();
         }
-        bus_.own(appName);
+        takeName(bus_, appName);
     }
     void speak() {
         bus_.serve(desktop::app_interface::path, desktop::app_interface::xml, [this](const MethodCall& call) {

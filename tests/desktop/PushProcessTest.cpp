@@ -13,6 +13,7 @@
 #include "tests/desktop/FakeDistributor.h"
 #include "tests/desktop/FakeNotificationServer.h"
 #include "tests/desktop/PrivateBus.h"
+#include "tests/desktop/TakeName.h"
 #include "tests/desktop/WebPushSender.h"
 #include "tests/ports/TemporaryFolder.h"
 #include "tests/support/LoopbackServer.h"
@@ -180,7 +181,7 @@ TEST_F(PushProcessTest, TheImageIsShownAndWhatTheUserDoesReachesTheApp) {
                         opened->put(text);
                         call.answer();
                     });
-    extension.own(content);
+    takeName(extension, content); // a notification that comes earlier has no button to view it
 
     send({{"alert", "is here"},
           {"mutable-content", 1},

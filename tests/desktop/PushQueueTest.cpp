@@ -96,6 +96,15 @@ protected:
         }
         EXPECT_EQ(bodies().size(), count);
     }
+    /// The push that an extension is given next; what earlier ones hand back may be what lets it start.
+    std::string nextBegun() {
+        const auto end = std::chrono::steady_clock::now() + 20s;
+        while (stage->begun.empty() && std::chrono::steady_clock::now() < end) {
+            settle();
+            std::this_thread::yield();
+        }
+        return stage->begun.next();
+    }
     void settleUntilIdle() {
         const auto end = std::chrono::steady_clock::now() + 20s;
         while (queue->busy() && std::chrono::steady_clock::now() < end) {
@@ -163,7 +172,7 @@ TEST_F(PushQueueTest, NoMoreThanFourAreRewrittenAtOnce) {
     EXPECT_TRUE(stage->begun.empty());
     stage->release("slow 2");
     settleUntilShown(1);
-    EXPECT_EQ(stage->begun.next(), "slow 5");
+    EXPECT_EQ(nextBegun(), "slow 5");
     for (const int i : {1, 3, 4, 5, 6}) {
         stage->release("slow " + std::to_string(i));
     }

@@ -3,6 +3,7 @@
 #include "ports/desktop/SessionBus.h"
 
 #include "tests/desktop/DesktopTest.h"
+#include "tests/desktop/TakeName.h"
 
 namespace zentavo::tests {
 namespace {
@@ -111,7 +112,7 @@ TEST_F(SessionBusTest, MayEndInItsOwnHandlerAndBeforeItIsAnswered) {
 
     // Nobody answers this call, and nobody is told so any more.
     session->serve("/echo", echoXml, [&](const MethodCall&) { seen.add("called"); });
-    session->own("zentavo.Echo");
+    takeName(*session, "zentavo.Echo");
     settle();
     for (int i = 0; i < 20; ++i) {
         SessionBus caller(bus.address());

@@ -12,6 +12,7 @@
 #include "tests/desktop/Awaited.h"
 #include "tests/desktop/FakeDistributor.h"
 #include "tests/desktop/PrivateBus.h"
+#include "tests/desktop/TakeName.h"
 #include "tests/desktop/WebPushSender.h"
 
 namespace zentavo::tests {
@@ -29,9 +30,7 @@ public:
                       [told = told_](const std::string& text) { told->put("token " + text); },
                       [told = told_](const std::string& reason) { told->put("failed " + reason); }}) {
         connector_.start();
-        const auto owned = std::make_shared<Awaited<bool>>();
-        bus_.own(service, [owned](bool ours) { owned->put(ours); });
-        EXPECT_TRUE(owned->next());
+        takeName(bus_, service);
     }
 
     void request() { connector_.request(); }

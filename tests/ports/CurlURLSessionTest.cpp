@@ -352,7 +352,9 @@ TEST_F(CurlURLSessionTest, ACancelledExchangeMakesRoomWhetherItWaitedOrRan) {
         (*task)->cancel();
     }
     EXPECT_EQ(last.get().data, "through");
-    EXPECT_EQ(cancelled, 30);
+    while (cancelled < 30) { // those that ran may be told after it
+        std::this_thread::sleep_for(1ms);
+    }
     EXPECT_EQ(server.requests().size(), 7U) << "what was cancelled while it waited was never sent";
 }
 
