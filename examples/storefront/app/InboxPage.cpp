@@ -301,24 +301,28 @@ std::int64_t InboxPage::pageOf(const MessageRow& row) {
 }
 
 void InboxPage::makeSure(std::int64_t page, std::vector<Change> changes) {
+    ++unsure_;
     const std::vector<std::string> catalogs = catalog_.empty() ? std::vector<std::string>{} : std::vector{catalog_};
     soon(settledMilliseconds, [this, page, catalogs, changes = std::move(changes)] {
-        const auto known = std::make_shared<bool>(false);
+        // Once: by the answer, or by its absence.
+        const auto known = [this, changes, said = std::make_shared<bool>(false)](bool isUndone) {
+            if (std::exchange(*said, true)) {
+                return;
+            }
+            --unsure_;
+            if (isUndone) {
+                takeBack(changes);
+            }
+        };
         services_.sdk->appInbox()->forceFetchInboxItem(
-            catalogs, page, later([this, changes, known](const std::vector<InboxItem>& items) {
+            catalogs, page, later([changes, known](const std::vector<InboxItem>& items) {
                 const bool isUndone = std::ranges::any_of(changes, [&](const Change& change) {
                     const auto item = std::ranges::find(items, change.itemId, &InboxItem::itemId);
                     return item != items.end() && (change.removed || item->status == MessageRow::unreadStatus);
                 });
-                if (!std::exchange(*known, true) && isUndone) {
-                    takeBack(changes);
-                }
+                known(isUndone);
             }));
-        soon(patienceMilliseconds, [this, changes, known] {
-            if (!std::exchange(*known, true)) {
-                takeBack(changes);
-            }
-        });
+        soon(patienceMilliseconds, [known] { known(true); });
     });
 }
 

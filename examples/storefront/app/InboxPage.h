@@ -49,6 +49,8 @@ public:
     std::vector<MessageRow*> rows();
     /// Whether it says that a change was not kept and what it was about is as before.
     bool saysUndone() const { return undone_.get_visible(); }
+    /// Whether the service has been seen to have made, or not made, each of the user's changes.
+    bool isSure() const { return unsure_ == 0; }
 
 private:
     /// What the user has made of a message, shown before the service has done so.
@@ -99,6 +101,7 @@ private:
     std::int64_t page_ = 0;
     std::int64_t unread_ = 0;
     std::uint64_t change_ = 0; ///< the user's latest
+    int unsure_ = 0;           ///< changes of which it is not known yet whether the service has made them
     bool asking_ = false;
     bool complete_ = false;      ///< there is no further page
     std::uint64_t undoing_ = 0;  ///< the latest time that a change was taken back

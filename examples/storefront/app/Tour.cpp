@@ -15,7 +15,7 @@ namespace {
 
 // Milliseconds.
 constexpr unsigned lookEvery = 40;
-constexpr unsigned patience = 15'000;
+constexpr unsigned patience = 30'000;
 constexpr unsigned atRest = 400; // what has come and not moved for so long is complete
 
 /// The page of the message on screen, or null.
@@ -103,10 +103,7 @@ Tour::Tour(ShopWindow& window, std::shared_ptr<zentavo::Zentavo> sdk,
         "", [](InboxPage& page) { page.filter(""); }, "messages");
     inbox(
         "08-inbox-all-read", [](InboxPage& page) { page.markAllAsRead(); }, "messages");
-    inbox(
-        "09-inbox-out-of-reach",
-        [this](InboxPage& page) { failNext("/access/api/app-inbox/message/performance", [&page] { page.refresh(); }); },
-        "problem");
+    inboxOutage("09-inbox-out-of-reach");
     page("", [this] { window_.showList(); });
     message("10-full-screen", "promo_full_screen");
     message("11-gamified", "promo_gamified");
@@ -131,10 +128,22 @@ void Tour::inbox(std::string name, std::function<void(InboxPage&)> act, std::str
                       [this, state = std::move(state)] { return window_.inbox().state() == state; }, [] {}});
 }
 
-void Tour::failNext(const std::string& path, std::function<void()> then) {
-    const auto url = zentavo::URL::parse(server_ + "/_dev/fault?status=503&body=busy&times=1&path=" + path);
-    auto request = std::make_shared<zentavo::platform::URLRequest>(*url);
-    request->method = "POST";
+void Tour::inboxOutage(std::string name) {
+    // What the page still asks for because of the step before must not meet the outage.
+    steps_.push_back({"", [] {}, [this] { return window_.inbox().isSure(); }, [] {}});
+    steps_.push_back({std::move(name),
+                      [this] {
+                          ask("POST",
+                              "/_dev/fault?status=503&body=busy&times=100"
+                              "&path=/access/api/app-inbox/message/performance",
+                              [this] { window_.inbox().refresh(); });
+                      },
+                      [this] { return window_.inbox().state() == "problem"; }, [this] { ask("DELETE", "/_dev/fault"); }});
+}
+
+void Tour::ask(const std::string& method, const std::string& path, std::function<void()> then) {
+    auto request = std::make_shared<zentavo::platform::URLRequest>(*zentavo::URL::parse(server_ + path));
+    request->method = method;
     platform_->urlSession->start(std::move(request),
                                  platform_->queues->make("tour", zentavo::platform::QueueKind::serial),
                                  [alive = std::weak_ptr(alive_), then](const zentavo::platform::URLResult&) {

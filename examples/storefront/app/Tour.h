@@ -36,8 +36,10 @@ private:
     void page(std::string name, std::function<void()> act);
     /// A step in the inbox, over when `state` is to be seen.
     void inbox(std::string name, std::function<void(InboxPage&)> act, std::string state);
-    /// Has the dev server fail the next request to `path`, and does `then`.
-    void failNext(const std::string& path, std::function<void()> then);
+    /// The inbox while its service is out of reach.
+    void inboxOutage(std::string name);
+    /// Asks the dev server for something; `then` runs when it has answered.
+    void ask(const std::string& method, const std::string& path, std::function<void()> then = [] {});
     void message(std::string name, const std::string& event);
     void nothing(const std::string& event);
     void next();
