@@ -54,18 +54,35 @@ private:
     std::thread thread_;
 };
 
-/// What handlers have been told, and a way to wait for it.
+/// What handlers have been told, and a way to wait for it. A client that is destroyed may still be in its last handler,
+/// which therefore keeps what it writes to.
 class Story {
+    struct Told {
+        std::mutex mutex;
+        std::condition_variable changed;
+        bool opened = false;
+        Handshake handshake;
+        std::vector<std::string> messages;
+        int drains = 0;
+        int closes = 0;
+        Closed closed;
+        int status = 0;
+
+        template <class Change>
+        void tell(Change&& change) {
+            const std::lock_guard lock(mutex);
+            change();
+            changed.notify_all();
+        }
+    };
+    const std::shared_ptr<Told> told_ = std::make_shared<Told>();
+
 public:
-    void tell(std::function<void()> change) {
-        const std::lock_guard lock(mutex_);
-        change();
-        told_.notify_all();
-    }
+    void tell(const std::function<void()>& change) { std::shared_ptr(told_)->tell(change); }
     /// False when it does not come true within ten seconds.
     bool await(const std::function<bool()>& condition) {
-        std::unique_lock lock(mutex_);
-        return told_.wait_for(lock, 10s, condition);
+        std::unique_lock lock(told_->mutex);
+        return told_->changed.wait_for(lock, 10s, condition);
     }
     bool awaitClosed() {
         return await([this] { return closes > 0; });
@@ -74,36 +91,34 @@ public:
         return await([this, count] { return messages.size() >= count || closes > 0; }) && messages.size() >= count;
     }
 
-    bool opened = false;
-    Handshake handshake;
-    std::vector<std::string> messages;
-    int drains = 0;
-    int closes = 0;
-    Closed closed;
-    int status = 0;
+    bool& opened = told_->opened;
+    Handshake& handshake = told_->handshake;
+    std::vector<std::string>& messages = told_->messages;
+    int& drains = told_->drains;
+    int& closes = told_->closes;
+    Closed& closed = told_->closed;
+    int& status = told_->status;
 
     /// Handlers that write it all down.
     ClientHandlers handlers() {
-        return {[this](const Handshake& agreed) {
-                    tell([&] {
-                        opened = true;
-                        handshake = agreed;
+        return {[told = told_](const Handshake& agreed) {
+                    told->tell([&] {
+                        told->opened = true;
+                        told->handshake = agreed;
                     });
                 },
-                [this](MessageKind, std::string_view content) { tell([&] { messages.emplace_back(content); }); },
-                [this] { tell([&] { ++drains; }); },
-                [this](const Closed& how, int httpStatus) {
-                    tell([&] {
-                        ++closes;
-                        closed = how;
-                        status = httpStatus;
+                [told = told_](MessageKind, std::string_view content) {
+                    told->tell([&] { told->messages.emplace_back(content); });
+                },
+                [told = told_] { told->tell([&] { ++told->drains; }); },
+                [told = told_](const Closed& how, int httpStatus) {
+                    told->tell([&] {
+                        ++told->closes;
+                        told->closed = how;
+                        told->status = httpStatus;
                     });
                 }};
     }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable told_;
 };
 
 /// Handlers of a server that sends everything back.
