@@ -6,8 +6,8 @@
 #include "ports/desktop/DesktopProcess.h"
 #include "ports/desktop/ForwardingDelegate.h"
 #include "tests/desktop/DesktopTest.h"
-#include "tests/desktop/TakeName.h"
 #include "tests/desktop/OtherProgram.h"
+#include "tests/desktop/TakeName.h"
 
 namespace zentavo::tests {
 namespace {

@@ -80,7 +80,7 @@ TEST_F(HostTest, AnOutageNeverHoldsTheCallerUp) {
         track("lost");
     }
     // A lock that another thread holds for a moment is met now and then; anything else would be met by every call.
-    EXPECT_LT(waitsOfThisThread() - before, 2'000);
+    EXPECT_LT(waitsOfThisThread() - before, 5'000);
     sdk->setEndpoints(Endpoints::all(server.url()));
     track("after");
     std::vector<Map> events;

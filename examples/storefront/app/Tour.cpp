@@ -138,7 +138,8 @@ void Tour::inboxOutage(std::string name) {
                               "&path=/access/api/app-inbox/message/performance",
                               [this] { window_.inbox().refresh(); });
                       },
-                      [this] { return window_.inbox().state() == "problem"; }, [this] { ask("DELETE", "/_dev/fault"); }});
+                      [this] { return window_.inbox().state() == "problem"; },
+                      [this] { ask("DELETE", "/_dev/fault"); }});
 }
 
 void Tour::ask(const std::string& method, const std::string& path, std::function<void()> then) {

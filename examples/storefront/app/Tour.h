@@ -39,7 +39,8 @@ private:
     /// The inbox while its service is out of reach.
     void inboxOutage(std::string name);
     /// Asks the dev server for something; `then` runs when it has answered.
-    void ask(const std::string& method, const std::string& path, std::function<void()> then = [] {});
+    void ask(
+        const std::string& method, const std::string& path, std::function<void()> then = [] {});
     void message(std::string name, const std::string& event);
     void nothing(const std::string& event);
     void next();
