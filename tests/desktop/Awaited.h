@@ -15,10 +15,9 @@ template <class T>
 class Awaited {
 public:
     void put(T value) {
-        MutexLock lock(mutex_);
+        const MutexLock lock(mutex_);
         values_.push_back(std::move(value));
-        lock.unlock();
-        changed_.notify_all();
+        changed_.notify_all(); // under the lock: who has seen the value may end this object
     }
     /// The next one; a test that waits in vain fails.
     T next() {
