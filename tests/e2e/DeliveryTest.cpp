@@ -176,6 +176,8 @@ TEST_F(DeliveryTest, AThirdShowIsCappedByTheStory) {
         EXPECT_THAT(webViews->last()->evaluated(), Contains(HasSubstr("showCampaign({")));
         post(R"({"type":"zentavo-cdp-webview-closed"})");
         EXPECT_FALSE(sdk->isShowingTemplate());
+        // The server tells deliveries of one event apart by the order in which it hears of them.
+        waitFor([&] { return server.verdicts().at(0) == "promo_full_screen: shown, then closed by its page"; });
     }
     sdk->track(CDPEvent("promo_full_screen"));
     waitFor([&] { return said("story 9001 (full_screen) capped by story: impression 2 of 2; nothing to show"); });

@@ -36,6 +36,10 @@ protected:
         std::lock_guard lock(mutex_);
         notes_.push_back(what);
     }
+    void forget() {
+        std::lock_guard lock(mutex_);
+        notes_.clear();
+    }
 
 private:
     std::mutex mutex_;
@@ -67,9 +71,17 @@ TEST_P(QueueConformance, BlocksDueAtOneMomentRunInTheOrderOfPosting) {
 TEST_P(QueueConformance, TimersRunByTheirTimeAndNotBefore) {
     const auto queue = make();
     std::atomic<bool> late = false;
-    queue->after(30ms, [&] { note(3); });
-    queue->after(10ms, [&] { note(1); });
-    queue->after(20ms, [&] { note(2); });
+    const auto post = [&] {
+        const auto begun = std::chrono::steady_clock::now();
+        queue->after(30ms, [&] { note(3); });
+        queue->after(10ms, [&] { note(1); });
+        queue->after(20ms, [&] { note(2); });
+        return std::chrono::steady_clock::now() - begun;
+    };
+    while (post() >= 10ms) { // the machine held us up: times of another order
+        notes(3);
+        forget();
+    }
     queue->after(1h, [&] { late = true; });
     EXPECT_THAT(notes(3), ElementsAre(1, 2, 3));
     port->pass(50ms);
