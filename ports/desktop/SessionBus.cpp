@@ -1,18 +1,13 @@
 #include "ports/desktop/SessionBus.h"
 
-#include <atomic>
-#include <csignal>
 #include <map>
 #include <memory>
-#include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include <gio/gio.h>
-#include <pthread.h>
 
-#include "zentavo/foundation/Mutex.h"
+#include "ports/desktop/LoopThread.h"
 
 namespace zentavo::desktop {
 
@@ -52,8 +47,8 @@ const char* orNull(const std::string& text) { return text.empty() ? nullptr : te
 
 } // namespace
 
-/// Lives until its thread has ended. What is not guarded belongs to the thread.
-class SessionBus::Core : public std::enable_shared_from_this<Core> {
+/// The connection, and what is to be undone with it. All of it belongs to the thread.
+class SessionBus::Core final : public LoopThread {
 public:
     /// A handler that is due once, or never when the bus goes before.
     template <class Handler>
@@ -63,47 +58,7 @@ public:
         Expected expected = Expected::nothing; ///< of a call
     };
 
-    explicit Core(std::string address)
-        : address_(std::move(address)), context_(g_main_context_new()), loop_(g_main_loop_new(context_, FALSE)),
-          pump_(g_source_new(pumpFunctions(), sizeof(Pump))) {
-        reinterpret_cast<Pump*>(pump_)->core = this;
-        g_source_attach(pump_, context_);
-    }
-    ~Core() {
-        g_source_destroy(pump_);
-        g_source_unref(pump_);
-        g_main_loop_unref(loop_);
-        g_main_context_unref(context_);
-    }
-
-    void run(Block block) {
-        MutexLock lock(mutex_);
-        ready_.push_back(std::move(block));
-        wake();
-    }
-    void run(Block block, std::chrono::milliseconds delay) {
-        const gint64 due = g_get_monotonic_time() + std::chrono::microseconds(delay).count();
-        MutexLock lock(mutex_);
-        timers_.emplace(due, std::move(block));
-        wake();
-    }
-
-    void stop() {
-        stopping_ = true;
-        MutexLock lock(mutex_);
-        std::thread thread = std::move(thread_);
-        started_ = true;
-        wake();
-        lock.unlock();
-        if (!thread.joinable()) {
-            return;
-        }
-        if (thread.get_id() == std::this_thread::get_id()) {
-            thread.detach();
-        } else {
-            thread.join();
-        }
-    }
+    explicit Core(std::string address) : LoopThread("zentavo-bus"), address_(std::move(address)) {}
 
     /// Null without a bus; then `whyNot` says why.
     GDBusConnection* connection() {
@@ -113,7 +68,6 @@ public:
         return connection_;
     }
     const Error& whyNot() const { return whyNot_; }
-    bool stopping() const noexcept { return stopping_; }
     void keep(Block undo) { undo_.push_back(std::move(undo)); }
     void owned(const std::string& name, guint id) {
         owned_[name] = id;
@@ -146,73 +100,7 @@ public:
     }
 
 private:
-    /// Hands blocks over under a lock of ours, not the library's: sanitizers see into ours alone.
-    struct Pump {
-        GSource base;
-        Core* core;
-    };
-    static GSourceFuncs* pumpFunctions() {
-        static GSourceFuncs functions{nullptr,
-                                      nullptr,
-                                      [](GSource* source, GSourceFunc, gpointer) -> gboolean {
-                                          reinterpret_cast<Pump*>(source)->core->runWhatIsDue();
-                                          return G_SOURCE_CONTINUE;
-                                      },
-                                      nullptr,
-                                      nullptr,
-                                      nullptr};
-        return &functions;
-    }
-
-    void wake() ZENTAVO_REQUIRES(mutex_) {
-        g_source_set_ready_time(pump_, 0);
-        if (!started_) {
-            start();
-        }
-    }
-
-    void runWhatIsDue() {
-        MutexLock lock(mutex_);
-        const gint64 now = g_get_monotonic_time();
-        const auto waiting = timers_.upper_bound(now);
-        for (auto timer = timers_.begin(); timer != waiting; ++timer) {
-            ready_.push_back(std::move(timer->second));
-        }
-        timers_.erase(timers_.begin(), waiting);
-        auto blocks = std::exchange(ready_, {});
-        g_source_set_ready_time(pump_, timers_.empty() ? -1 : timers_.begin()->first);
-        lock.unlock();
-        for (const Block& block : blocks) {
-            if (!stopping_) {
-                block();
-            }
-        }
-        // Here, since a loop that has not begun forgets that it was asked to end.
-        if (stopping_) {
-            g_main_loop_quit(loop_);
-        }
-    }
-
-    void start() ZENTAVO_REQUIRES(mutex_) {
-        started_ = true;
-        // The host's signals are for the host's threads.
-        sigset_t all;
-        sigset_t before;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before);
-        try {
-            thread_ = std::thread([self = shared_from_this()] { self->work(); });
-            pthread_setname_np(thread_.native_handle(), "zentavo-bus");
-        } catch (const std::system_error&) {
-            // Whoever asks for something next tries again; what was asked for waits.
-            started_ = false;
-        }
-        pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    }
-
-    void work() {
-        g_main_context_push_thread_default(context_);
-        g_main_loop_run(loop_);
+    void leave() override {
         for (const Block& undo : std::exchange(undo_, {})) {
             undo();
         }
@@ -221,10 +109,6 @@ private:
             g_dbus_connection_close_sync(connection_, nullptr, nullptr);
             g_clear_object(&connection_);
         }
-        // What the library had still to tell us, or to free.
-        while (g_main_context_iteration(context_, FALSE) != FALSE) {
-        }
-        g_main_context_pop_thread_default(context_);
     }
 
     void connect() {
@@ -249,20 +133,10 @@ private:
     }
 
     const std::string address_;
-    GMainContext* const context_;
-    GMainLoop* const loop_;
-    GSource* const pump_;
     GDBusConnection* connection_ = nullptr;
     Error whyNot_;
     std::vector<Block> undo_;
     std::map<std::string, guint> owned_;
-    std::atomic<bool> stopping_ = false;
-    Mutex mutex_;
-    bool started_ ZENTAVO_GUARDED_BY(mutex_) = false;
-    std::thread thread_ ZENTAVO_GUARDED_BY(mutex_);
-    std::vector<Block> ready_ ZENTAVO_GUARDED_BY(mutex_);
-    /// By when they are due, in microseconds of the monotonic clock.
-    std::multimap<gint64, Block> timers_ ZENTAVO_GUARDED_BY(mutex_);
 };
 
 SessionBus::SessionBus(std::string address) : core_(std::make_shared<Core>(std::move(address))) {}

@@ -163,12 +163,11 @@ TEST(Time, aConnectionThatAnswersPingsStaysOpen) {
 TEST(Time, connectingIsBoundedWhereverItStops) {
     ClientOptions options;
     options.connectTimeout = 30ms;
-    const Door door;
+    const Door door; // the system connects, and nobody answers
     const auto reasonOf = [&](const std::string& url) {
         Story story;
         WebSocketClient client(story.handlers());
         EXPECT_TRUE(client.open(url, options).ok());
-        const Wire wire = door.accept();
         EXPECT_TRUE(story.awaitClosed());
         return story.closed.reason;
     };
