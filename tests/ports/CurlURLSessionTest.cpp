@@ -176,7 +176,7 @@ TEST_F(CurlURLSessionTest, AnIdleExchangeTimesOutAndASlowOneDoesNot) {
     at("/drip", [](const auto&, Reply& reply) {
         reply.send("HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\n");
         for (int i = 0; i < 8; ++i) {
-            std::this_thread::sleep_for(60ms);
+            std::this_thread::sleep_for(150ms);
             reply.send("x");
         }
     });
@@ -198,7 +198,9 @@ TEST_F(CurlURLSessionTest, AnIdleExchangeTimesOutAndASlowOneDoesNot) {
     EXPECT_FALSE(halfway.data);
     EXPECT_EQ(handshake.get().error->kind, URLErrorKind::timedOut);
 
-    EXPECT_EQ(send(impatient("/drip")).data, "xxxxxxxx") << "480 ms in all, but never 250 without a byte";
+    auto patient = impatient("/drip");
+    patient->idleTimeout = 1s;
+    EXPECT_EQ(send(patient).data, "xxxxxxxx") << "1.2 s in all, but never one without a byte";
     auto bounded = request("/drip");
     bounded->totalTimeout = 150ms;
     EXPECT_EQ(failure(bounded).kind, URLErrorKind::timedOut);

@@ -177,11 +177,6 @@ TEST(Time, connectingIsBoundedWhereverItStops) {
 }
 
 TEST(Time, aServerGivesUpOnClientsThatStaySilent) {
-    ServerOptions options;
-    options.handshakeTimeout = 30ms;
-    options.pingInterval = 30ms;
-    options.pingTimeout = 30ms;
-    options.closeTimeout = 30ms;
     Story served;
     ServerHandlers handlers;
     handlers.onClose = [&](const auto&, const Closed& closed) {
@@ -190,13 +185,18 @@ TEST(Time, aServerGivesUpOnClientsThatStaySilent) {
             served.closed = closed;
         });
     };
-    WebSocketServer server(handlers, options);
-    const auto port = server.listen("127.0.0.1", 0);
-    const Wire silent(*port);
+    ServerOptions hurried;
+    hurried.handshakeTimeout = 30ms;
+    WebSocketServer greeter(handlers, hurried);
+    const Wire silent(*greeter.listen("127.0.0.1", 0));
     silent.send("GET / HTTP/1.1\r\nHost: ");
     EXPECT_EQ(silent.receiveAll(), "");
 
-    const Wire gone(*port);
+    ServerOptions worried;
+    worried.pingInterval = 30ms;
+    worried.pingTimeout = 30ms;
+    WebSocketServer listener(handlers, worried);
+    const Wire gone(*listener.listen("127.0.0.1", 0));
     gone.send(upgradeRequest());
     gone.receiveHead();
     EXPECT_EQ(gone.receiveAll(), std::string("\x89\0", 2));

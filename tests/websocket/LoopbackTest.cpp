@@ -208,13 +208,8 @@ TEST(Client, readsAFrameThatComesInOneReadWithTheAnswer) {
 }
 
 TEST(Client, givesUpOnServersThatStaySilent) {
-    ClientOptions options;
-    options.handshakeTimeout = 50ms;
-    options.closeTimeout = 50ms;
-    options.pingInterval = 50ms;
-    options.pingTimeout = 50ms;
     const Door door;
-    const auto endOf = [&](bool answers, bool closes) {
+    const auto endOf = [&](const ClientOptions& options, bool answers, bool closes) {
         Story story;
         WebSocketClient client(story.handlers());
         EXPECT_TRUE(client.open(urlOf(door.port()), options).ok());
@@ -231,9 +226,16 @@ TEST(Client, givesUpOnServersThatStaySilent) {
         EXPECT_FALSE(story.closed.clean);
         return story.closed.reason;
     };
-    EXPECT_EQ(endOf(false, false), "the handshake took too long");
-    EXPECT_EQ(endOf(true, true), "the other end did not answer our goodbye");
-    EXPECT_EQ(endOf(true, false), "no answer to our ping");
+    ClientOptions impatient;
+    impatient.handshakeTimeout = 50ms;
+    EXPECT_EQ(endOf(impatient, false, false), "the handshake took too long");
+    impatient = {};
+    impatient.closeTimeout = 50ms;
+    EXPECT_EQ(endOf(impatient, true, true), "the other end did not answer our goodbye");
+    impatient = {};
+    impatient.pingInterval = 50ms;
+    impatient.pingTimeout = 50ms;
+    EXPECT_EQ(endOf(impatient, true, false), "no answer to our ping");
 }
 
 TEST(Client, holdsTheQueueToItsBoundAndTellsWhenItDrained) {
