@@ -3,6 +3,8 @@
 #include <csignal>
 #include <cstdlib>
 
+#include <webkit/webkit.h>
+
 #include "examples/storefront/support/Screenshot.h"
 #include "ports/gtk/Attach.h"
 #include "tests/gtk/Descendants.h"
@@ -307,6 +309,32 @@ TEST_F(TemplatesTest, AHandWrittenPageIsLaidOutAndClosedBesideIt) {
     EXPECT_STREQ(gtk_widget_get_name(gtk_widget_get_parent(gtk_window_get_focus(window))), "zentavo.page");
     press(GDK_KEY_Escape);
     ASSERT_TRUE(closed());
+    EXPECT_EQ(traces.back().closedBy, ClosedBy::overlay);
+}
+
+TEST_F(TemplatesTest, WhatHasNothingToShowIsInNobodysWay) {
+    track("full_screen", "document.body.style.background = '#ff0000'; document.title = 'ran'");
+    ASSERT_TRUE(eventually([&] {
+        GtkWidget* page = find("zentavo.page");
+        const char* title =
+            page != nullptr
+                ? webkit_web_view_get_title(reinterpret_cast<WebKitWebView*>(gtk_widget_get_first_child(page)))
+                : nullptr;
+        return title != nullptr && title == std::string_view("ran");
+    })) << "it never says how large it is";
+    settle(window);
+    EXPECT_EQ(pixel(200, 150), background);
+    EXPECT_EQ(gtk_widget_pick(GTK_WIDGET(window), 200, 150, GTK_PICK_DEFAULT), content);
+
+    sdk->setIsShowingTemplate(false);
+    traces.clear();
+    track("gamified", "", "CODE_MODE");
+    memory.session->on({"POST", "", "/interaction/media-template/info"},
+                       ScriptedAnswer{200, R"({"data": {"codeModeSettings": {}}})"});
+    ASSERT_TRUE(eventually([&] { return pixel(200, 150) == dimmed; }));
+    settle(window);
+    click(200, 150);
+    ASSERT_TRUE(closed()) << "its content never comes";
     EXPECT_EQ(traces.back().closedBy, ClosedBy::overlay);
 }
 

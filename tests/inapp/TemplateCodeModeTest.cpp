@@ -20,6 +20,11 @@ protected:
     void layOut(const std::string& answer) {
         memory.session->on({"POST", "", "/interaction/media-template/info"}, testing::ScriptedAnswer{200, answer});
     }
+    void fill() {
+        memory.session->on({"POST", "", "/interaction/media-template/view-info"},
+                           testing::ScriptedAnswer{200, R"({"data":{"content":{"html":"<p>hi</p>"},"trackingUrls":{
+                               "impression":"http://t.example/i","viewable":"http://t.example/v"}}})"});
+    }
     void present(const char* type = "popup") {
         offer({campaign(4711, {{"template", type}, {"designMode", "CODE_MODE"}})});
         trackAndSettle();
@@ -33,6 +38,7 @@ protected:
 
 TEST_F(TemplateCodeModeTest, AsksForItsLayoutAndIsLaidOut) {
     layOut(R"({"data":{"codeModeSettings":{"width":200,"height":100}}})");
+    fill();
     present();
     const auto request = sent("/interaction/media-template/info").at(0);
     EXPECT_EQ(request->url.queryItems(), (std::vector<QueryItem>{{"portal_id", "1001"}, {"prop_id", "555"}}));
@@ -104,9 +110,7 @@ TEST_F(TemplateCodeModeTest, ABarWhoseContentNeverComesIsClosedByATap) {
 }
 
 TEST_F(TemplateCodeModeTest, ItsContentIsAskedForWithASignatureOverExactlyWhatIsSent) {
-    memory.session->on({"POST", "", "/interaction/media-template/view-info"},
-                       testing::ScriptedAnswer{200, R"({"data":{"content":{"html":"<p>hi</p>"},"trackingUrls":{
-                           "impression":"http://t.example/i","viewable":"http://t.example/v"}}})"});
+    fill();
     present();
     const auto request = sent("/interaction/media-template/view-info").at(0);
     EXPECT_EQ(bodyOf(*request), bodyOf(*sent("/interaction/media-template/info").at(0)));

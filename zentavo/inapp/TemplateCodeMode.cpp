@@ -89,8 +89,8 @@ void TemplateCodeMode::handleTemplateInfo(const std::optional<std::string>& data
         living->log("In-app message: its layout cannot be read: " + printable(info.error().message));
     }
     if (info && info->data && info->data->codeModeSettings) {
-        laidOut_ = true;
-        return placeBy(*std::move(info->data));
+        layout_ = std::move(info->data);
+        return placeLaidOut();
     }
     if (info && info->data) {
         options_ = std::move(info->data->options);
@@ -114,6 +114,7 @@ void TemplateCodeMode::handleViewInfo(const std::optional<std::string>& data) {
     trackingUrls_ = std::move(info->data.trackingUrls);
     customPopupView->htmlString = std::move(info->data.content.html);
     customPopupView->load();
+    placeLaidOut();
     fire(trackingUrls_.impression);
 }
 
@@ -127,7 +128,7 @@ void TemplateCodeMode::handleLoaded() {
 
 /// A page is as wide as it was made, so what it asked for in the old window says nothing in the new one.
 void TemplateCodeMode::handleResized() {
-    if (laidOut_) {
+    if (layout_) {
         return move();
     }
     giveInitialFrame();
@@ -140,7 +141,7 @@ void TemplateCodeMode::measure(Evaluate evaluate) {
         entryPoint("web view", [&] {
             const auto self = std::static_pointer_cast<TemplateCodeMode>(weak.lock());
             const List* sides = result ? result->asList() : nullptr;
-            if (!self || self->laidOut_ || sides == nullptr || sides->size() != 2) {
+            if (!self || self->layout_ || sides == nullptr || sides->size() != 2) {
                 return;
             }
             const auto width = (*sides)[0].exactInt64();
@@ -165,6 +166,13 @@ void TemplateCodeMode::placeMeasured(std::int64_t width, std::int64_t height) {
     size.width = width;
     size.height = height;
     placeBy({options_, std::move(size)});
+}
+
+/// Without content there is nothing to be seen, and a tap anywhere is one beside it.
+void TemplateCodeMode::placeLaidOut() {
+    if (layout_ && !customPopupView->htmlString.empty()) {
+        placeBy(*layout_);
+    }
 }
 
 void TemplateCodeMode::placeBy(TemplateInfoResponse::TemplateData data) {

@@ -41,6 +41,7 @@ private:
     using Evaluate = void (platform::WebView::*)(const std::string&, std::function<void(Result<Value>)>);
     void measure(Evaluate evaluate = &platform::WebView::evaluate);
     void placeMeasured(std::int64_t width, std::int64_t height);
+    void placeLaidOut();
     void placeBy(TemplateInfoResponse::TemplateData data);
     void fire(const std::optional<std::string>& trackingURL) const;
     /// Carries an answer from the worker to the main queue, if the message is still there by then.
@@ -48,7 +49,8 @@ private:
 
     std::shared_ptr<CDPDeliveryOperation> cdpDeliveryOperation_;
     ViewInfoResponse::TrackingUrls trackingUrls_;
-    bool laidOut_ = false;
+    /// None where it says no size.
+    std::optional<TemplateInfoResponse::TemplateData> layout_;
     /// What a layout without a size says all the same.
     std::optional<TemplateInfoResponse::Options> options_;
     bool sizeMissing_ = false;

@@ -53,7 +53,7 @@ bool isFullHeight(std::string_view templateType) noexcept {
 
 platform::Rect initialFrame(std::string_view templateType, const Screen& screen) {
     // Engines lay nothing out in a view of no height at all.
-    return {0, 0, screen.size.width, isFullHeight(templateType) ? screen.size.height : 1};
+    return {0, furthest, screen.size.width, isFullHeight(templateType) ? screen.size.height : 1};
 }
 
 std::int64_t offsetInPoints(std::int64_t offset, std::string_view suffix, double extent) noexcept {

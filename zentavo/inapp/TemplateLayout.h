@@ -26,7 +26,8 @@ inline constexpr std::int64_t furthest = 32767;
 bool isBar(std::string_view templateType) noexcept;
 bool isFullHeight(std::string_view templateType) noexcept;
 
-/// Before the page has said how large it is: as wide as the screen, and as high where the type is.
+/// Before it is known where the page goes: as wide as the screen, as high where the type is, and far below. It lays
+/// itself out there, and is neither seen nor in the way of a tap.
 platform::Rect initialFrame(std::string_view templateType, const Screen& screen);
 
 /// `offset` in points, or with the suffix "%" that part of `extent`, in whole points towards zero.
