@@ -80,6 +80,23 @@ TEST_F(DeliveryTest, WithoutAUserInterfaceTheMessageIsDroppedAndSaidSo) {
     EXPECT_THAT(traces[0].text(), ::testing::AllOf(HasSubstr("\"view_product\""), HasSubstr("chosen: story 1")));
 }
 
+TEST_F(DeliveryTest, AToolkitThatIsAttachedMeanwhileIsLeftToItsOwnThread) {
+    trace();
+    offer({campaign(1)});
+    const auto usual = *memory.platform()->userInterface();
+    auto early = usual;
+    testing::ManualQueues queues(memory.clock);
+    early.mainQueue = queues.mainQueue();
+    memory.platform()->attach(early);
+    trackAndSettle();
+    ASSERT_EQ(queues.waiting(), 1U);
+    memory.platform()->attach(usual);
+    memory.attachViews();
+    queues.runUntilIdle();
+    EXPECT_EQ(traces.at(0).outcome, Outcome::noUserInterface) << "there was none when it was chosen";
+    EXPECT_EQ(memory.webViews->made(), 0U);
+}
+
 TEST_F(DeliveryTest, TheTraceTellsWhyNothingWasShown) {
     trace();
     offer({campaign(1, {{"template", "slide_in"}}), campaign(2, {{"template", "inline"}})});

@@ -67,18 +67,19 @@ void Delivery::handleAnswer(const std::optional<std::string>& data, const std::o
         return end(state, DeliveryTrace::Outcome::nothingToShow);
     }
     content_ = *std::move(chosen);
-    state.platform->userInterface()->mainQueue->async([self = shared_from_this()] {
+    const auto userInterface = state.platform->userInterface();
+    userInterface->mainQueue->async([self = shared_from_this(), userInterface] {
         entryPoint("main queue", [&] {
             if (const auto living = self->facade_.lock()) {
-                self->present(living);
+                self->present(living, userInterface);
             }
         });
     });
 }
 
-void Delivery::present(const std::shared_ptr<Zentavo>& facade) {
+void Delivery::present(const std::shared_ptr<Zentavo>& facade,
+                       const std::shared_ptr<const platform::UserInterface>& userInterface) {
     Zentavo::State& state = *facade->state();
-    const auto userInterface = state.platform->userInterface();
     if (!userInterface->views || !userInterface->webViews) {
         return drop(state, "no user interface is attached");
     }

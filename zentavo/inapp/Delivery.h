@@ -24,7 +24,9 @@ public:
 
 private:
     void handleAnswer(const std::optional<std::string>& data, const std::optional<Error>& error);
-    void present(const std::shared_ptr<Zentavo>& facade);
+    /// On the main queue of `userInterface`. One that was attached since has another, perhaps on another thread.
+    void present(const std::shared_ptr<Zentavo>& facade,
+                 const std::shared_ptr<const platform::UserInterface>& userInterface);
     /// What was chosen has reached a limit since.
     void holdBack(const Zentavo::State& state, DeliveryTrace::Capped capped);
     void drop(const Zentavo::State& state, const char* why);
