@@ -29,10 +29,12 @@ void BottomSheetView::handleResize() {
     }
 }
 
-const std::shared_ptr<platform::View>& BottomSheetView::lazy(std::shared_ptr<platform::View>& view, const char* name,
-                                                             const std::shared_ptr<platform::View>& superview) {
+template <class Kind>
+const std::shared_ptr<Kind>& BottomSheetView::lazy(std::shared_ptr<Kind>& view,
+                                                   std::shared_ptr<Kind> (platform::Views::*make)(), const char* name,
+                                                   const std::shared_ptr<platform::View>& superview) {
     if (!view) {
-        view = views_.makeView();
+        view = (views_.*make)();
         view->setName(name);
         if (superview) {
             superview->addSubview(view);
@@ -42,16 +44,16 @@ const std::shared_ptr<platform::View>& BottomSheetView::lazy(std::shared_ptr<pla
 }
 
 const std::shared_ptr<platform::View>& BottomSheetView::containerView() {
-    return lazy(containerView_, "zentavo.sheet", nullptr);
+    return lazy(containerView_, &platform::Views::makeView, "zentavo.sheet", nullptr);
 }
 const std::shared_ptr<platform::View>& BottomSheetView::contentStackView() {
-    return lazy(contentStackView_, "zentavo.sheet.content", containerView());
+    return lazy(contentStackView_, &platform::Views::makeView, "zentavo.sheet.content", containerView());
 }
-const std::shared_ptr<platform::View>& BottomSheetView::titleLabel() {
-    return lazy(titleLabel_, "zentavo.sheet.title", contentStackView());
+const std::shared_ptr<platform::Label>& BottomSheetView::titleLabel() {
+    return lazy(titleLabel_, &platform::Views::makeLabel, "zentavo.sheet.title", contentStackView());
 }
-const std::shared_ptr<platform::View>& BottomSheetView::notesLabel() {
-    return lazy(notesLabel_, "zentavo.sheet.notes", contentStackView());
+const std::shared_ptr<platform::Label>& BottomSheetView::notesLabel() {
+    return lazy(notesLabel_, &platform::Views::makeLabel, "zentavo.sheet.notes", contentStackView());
 }
 
 bool BottomSheetView::present() {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 
+#include "zentavo/platform/Label.h"
 #include "zentavo/platform/Views.h"
 
 namespace zentavo {
@@ -34,8 +35,8 @@ public:
     // Made when first asked for. Title and notes lie in the content, the content in the container.
     const std::shared_ptr<platform::View>& containerView();
     const std::shared_ptr<platform::View>& contentStackView();
-    const std::shared_ptr<platform::View>& titleLabel();
-    const std::shared_ptr<platform::View>& notesLabel();
+    const std::shared_ptr<platform::Label>& titleLabel();
+    const std::shared_ptr<platform::Label>& notesLabel();
 
     /// False when there is no window to show it over.
     bool present();
@@ -51,8 +52,9 @@ public:
 private:
     void handleResize();
     void place(double height, double below = 0);
-    const std::shared_ptr<platform::View>& lazy(std::shared_ptr<platform::View>& view, const char* name,
-                                                const std::shared_ptr<platform::View>& superview);
+    template <class Kind>
+    const std::shared_ptr<Kind>& lazy(std::shared_ptr<Kind>& view, std::shared_ptr<Kind> (platform::Views::*make)(),
+                                      const char* name, const std::shared_ptr<platform::View>& superview);
 
     platform::Views& views_;
     platform::Rect screen_;
@@ -62,8 +64,8 @@ private:
     std::optional<double> bottomConstraint_;
     std::shared_ptr<platform::View> containerView_;
     std::shared_ptr<platform::View> contentStackView_;
-    std::shared_ptr<platform::View> titleLabel_;
-    std::shared_ptr<platform::View> notesLabel_;
+    std::shared_ptr<platform::Label> titleLabel_;
+    std::shared_ptr<platform::Label> notesLabel_;
 };
 
 } // namespace zentavo
