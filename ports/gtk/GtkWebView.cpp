@@ -316,14 +316,22 @@ void GtkWebView::evaluateAfterLayout(const std::string& script, Completion compl
                                  [](gpointer data) { delete static_cast<DelayedScript*>(data); });
 }
 
-/// A frame ticks before it is laid out: with the second tick the page has got the size that was set before the first.
+/// A frame ticks before it is laid out: with the second tick the view has the size that was set before the first. Its
+/// page may still be busy with an earlier one, and gets the newest once it has told the engine so: before it answers.
 gboolean GtkWebView::ticked(GtkWidget*, GdkFrameClock*, gpointer data) {
     auto& delayed = *static_cast<DelayedScript*>(data);
     if (++delayed.ticks < 2) {
         return G_SOURCE_CONTINUE;
     }
     if (const auto self = std::static_pointer_cast<GtkWebView>(delayed.view.lock())) {
-        entryPoint("view", [&] { self->evaluate(delayed.script, std::move(delayed.completion)); });
+        entryPoint("view", [&] {
+            self->evaluate("0", [weak = delayed.view, script = std::move(delayed.script),
+                                 completion = std::move(delayed.completion)](const Result<Value>&) {
+                if (const auto answered = std::static_pointer_cast<GtkWebView>(weak.lock())) {
+                    answered->evaluate(script, completion);
+                }
+            });
+        });
     }
     return G_SOURCE_REMOVE;
 }

@@ -243,6 +243,15 @@ TEST_F(WebViewTest, AfterLayoutThePageKnowsItsNewSize) {
         ASSERT_TRUE(result);
         EXPECT_EQ(*result, Value(List{width, 200}));
     }
+    // Sizes that follow each other more quickly than the page can lay itself out.
+    loadHTML("<body style='margin: 0'><script>onresize = () => { "
+             "for (const end = performance.now() + 150; performance.now() < end;) {} }</script></body>");
+    for (const double width : {150, 200, 250, 390}) {
+        page->setFrame({0, 0, width, 200});
+        settle(window);
+    }
+    EXPECT_EQ(*evaluate("innerWidth", true), 390);
+
     loadHTML("<body style='background: #ff0000'></body>");
     EXPECT_EQ(pixel(300, 100, redPixel), redPixel);
     EXPECT_EQ(pixel(395, 100), background) << "the page ends where its view does";
