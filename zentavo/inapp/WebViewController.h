@@ -20,7 +20,8 @@ public:
     std::optional<URL> url;
     const std::shared_ptr<platform::WebView> popUpWebView;
 
-    /// Shows `url` in `frame`, which follows the window where it is as large, and otherwise stays as it is. False when there is no URL, no web view or no window.
+    /// Shows `url` in `frame`, which follows the window where it is as large, and otherwise stays as it is. False when
+    /// there is no URL, no web view or no window.
     bool present(platform::Rect frame);
     void dismiss();
 
