@@ -93,6 +93,20 @@ TEST_F(EventDispatchTest, AnswersOfAnyKindDoNoHarm) {
     EXPECT_EQ(std::ranges::count_if(logged(), [](const auto& line) { return line.starts_with("Error: "); }), 2);
 }
 
+TEST_F(EventDispatchTest, AnEventUnderWayKeepsItsInstanceUntilTheAnswer) {
+    start();
+    memory.session->hold();
+    sdk->track(CDPEvent("last"));
+    const std::weak_ptr<Zentavo> instance = sdk;
+    Zentavo::setShared(nullptr);
+    sdk.reset();
+    memory.session->answer(0, testing::ScriptedAnswer::failure(platform::URLErrorKind::connectionLost));
+    settle();
+    EXPECT_TRUE(instance.expired()) << "and no longer";
+    memory.queues->advance(std::chrono::seconds(60));
+    EXPECT_EQ(memory.session->count(), 2U) << "the lost event is repeated";
+}
+
 TEST_F(EventDispatchTest, EightThreadsAtOnceLoseNothing) {
     start();
     std::vector<std::thread> threads;

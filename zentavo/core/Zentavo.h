@@ -31,8 +31,8 @@ struct DeliveryTrace;
 ///
 /// Threads: every member may be called on any thread; none waits for disk or network. Callbacks that a host sets run on
 /// the SDK's worker unless their comment says otherwise, and never under a lock.
-/// Lifetime: held by `std::shared_ptr`. The shared instance lives as long as the process, also for calls made while the
-/// process exits.
+/// Lifetime: held by `std::shared_ptr`, also by each event until that is answered. The shared instance lives as long as
+/// the process, also for calls made while the process exits.
 /// Errors: no exception leaves a member that does something or asks the system; what only copies a value (a plain
 /// getter, making an event) can find no memory for the copy. Network failures are not reported; `setDebug(true)` shows
 /// them. Faults of the program itself (tracking before any activation) stop the process unless `setFaultPolicy` says

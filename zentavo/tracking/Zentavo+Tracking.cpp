@@ -43,10 +43,11 @@ void Zentavo::send(const CDPEvent& event) {
     auto text = operation->text(body);
     // What waits for the answer is the text that waits anyway, not the event.
     std::shared_ptr<const std::string> sent = text ? *text : nullptr;
+    // The instance lives until the answer, so that an event that got none is repeated.
     operation->send(std::move(text), account->endpoints, portalId, body.propId(),
-                    [weak = weak_from_this(), sent = std::move(sent)](const std::optional<std::string>& data,
-                                                                      const std::optional<Error>&) {
-                        if (const auto self = weak.lock()) {
+                    [self = weak_from_this().lock(), sent = std::move(sent)](const std::optional<std::string>& data,
+                                                                             const std::optional<Error>&) {
+                        if (self) {
                             self->handleEventAnswer(sent, data);
                         }
                     });
