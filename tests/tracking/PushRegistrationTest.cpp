@@ -137,6 +137,19 @@ TEST_F(PushRegistrationTest, AnAnswerBelongsToTheStoreThatAskedForIt) {
     EXPECT_EQ(sdk->getCustomerId(), "") << "the customer is the earlier account's";
 }
 
+TEST_F(PushRegistrationTest, AnAnswerBelongsToThePortalThatWasAsked) {
+    start();
+    sdk->registerForNotification(std::vector<std::uint8_t>{1});
+    activate("1002");
+    settle();
+    EXPECT_EQ(sdk->getPushUid(), std::nullopt);
+    EXPECT_THAT(eventNames(), Not(Contains("app_push_subscribe")));
+    registerToken({1});
+    EXPECT_EQ(registrations(), 2U) << "no pause for the portal that has not been told";
+    EXPECT_EQ(sdk->getPushUid(), "push-1");
+    EXPECT_THAT(eventNames(), ElementsAre("app_push_subscribe"));
+}
+
 TEST_F(PushRegistrationTest, PermissionLeadsToRegistrationOnTheMainQueue) {
     sdk->setDebug(true);
     memory.userNotifications->setGrant(false);

@@ -206,9 +206,10 @@ private:
     void deliver(const std::string& body, const std::string& sessionId);
     void sendFirstInstall();
     void askForPermission();
-    /// `store` and `deviceId` are those that the request was made with; another activation may have come since.
+    /// `store`, `portalId` and `deviceId` are those that the request was made with; another activation may have come
+    /// since.
     void handleIdentifyAnswer(const std::string& data, const std::shared_ptr<platform::Preferences>& store,
-                              const std::string& deviceId);
+                              const std::string& portalId, const std::string& deviceId);
 
     const std::shared_ptr<State> state_;
 };

@@ -85,11 +85,11 @@ void Zentavo::registerForNotification(std::span<const std::uint8_t> token) {
             std::make_shared<RegisterDeviceOperation>(std::make_shared<HTTPClient>(state_->platform, state_->log));
         operation->identify(account->endpoints.push, *portalNumber, tokenText, *deviceId,
                             // The operation lives until its answer, so that a failed registration is repeated.
-                            [weak = weak_from_this(), store, deviceId = *deviceId,
+                            [weak = weak_from_this(), store, portalId = *portalId, deviceId = *deviceId,
                              operation](const std::optional<std::string>& data, const std::optional<Error>&) {
                                 const auto self = weak.lock();
                                 if (self && data) {
-                                    self->handleIdentifyAnswer(*data, store, deviceId);
+                                    self->handleIdentifyAnswer(*data, store, portalId, deviceId);
                                 }
                             });
         store->synchronise();
@@ -97,7 +97,7 @@ void Zentavo::registerForNotification(std::span<const std::uint8_t> token) {
 }
 
 void Zentavo::handleIdentifyAnswer(const std::string& data, const std::shared_ptr<platform::Preferences>& store,
-                                   const std::string& deviceId) {
+                                   const std::string& portalId, const std::string& deviceId) {
     const auto answer = json::readMap(data);
     if (!answer) {
         log(answer.error().message);
@@ -109,9 +109,12 @@ void Zentavo::handleIdentifyAnswer(const std::string& data, const std::shared_pt
         return;
     }
     const StoreKeys& keys = state_->keys;
-    store->set(keys.pushUid, *uid);
-    store->set(keys.operationTime, state_->platform->clock->secondsSince1970());
-    if (state_->store() != store) {
+    const bool belongsToStore = store->string(keys.portalId) == portalId;
+    if (belongsToStore) { // else it would pass for the next portal's, and hold up the registration there
+        store->set(keys.pushUid, *uid);
+        store->set(keys.operationTime, state_->platform->clock->secondsSince1970());
+    }
+    if (!belongsToStore || state_->store() != store) {
         // The event would go to the account that is in force now, and make the earlier one's customer its own.
         log("The device is registered for an earlier activation; the one in force is not told");
         return;
