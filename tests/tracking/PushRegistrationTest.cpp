@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "tests/support/Golden.h"
 #include "tests/support/SdkTest.h"
 
@@ -148,6 +150,39 @@ TEST_F(PushRegistrationTest, AnAnswerBelongsToThePortalThatWasAsked) {
     EXPECT_EQ(registrations(), 2U) << "no pause for the portal that has not been told";
     EXPECT_EQ(sdk->getPushUid(), "push-1");
     EXPECT_THAT(eventNames(), ElementsAre("app_push_subscribe"));
+}
+
+TEST_F(PushRegistrationTest, ACustomerWhoIsResetMeanwhileStaysReset) {
+    /// Plays a host whose `resetCustomer` comes right after the customer was read.
+    class Racing : public platform::Preferences {
+    public:
+        std::optional<Value> object(std::string_view key) const override {
+            auto value = inner->object(key);
+            if (key == reset) {
+                inner->remove(std::exchange(reset, ""));
+            }
+            return value;
+        }
+        void set(std::string_view key, Value value) override { inner->set(key, std::move(value)); }
+        void remove(std::string_view key) override { inner->remove(key); }
+        void update(std::string_view key,
+                    const std::function<std::optional<Value>(const std::optional<Value>&)>& change) override {
+            inner->update(key, change);
+        }
+        void synchronise() override { inner->synchronise(); }
+
+        std::shared_ptr<platform::Preferences> inner;
+        mutable std::string reset; ///< once
+    };
+    start();
+    sdk->setCustomerProperties("c1", {});
+    const auto racing = std::make_shared<Racing>();
+    racing->inner = store();
+    racing->reset = keys().customerId;
+    sdk->state()->changeAccount([&](Account& account) { account.store = racing; });
+    registerToken();
+    EXPECT_THAT(eventNames(), ElementsAre("app_push_subscribe"));
+    EXPECT_EQ(racing->inner->object(keys().customerId), std::nullopt);
 }
 
 TEST_F(PushRegistrationTest, PermissionLeadsToRegistrationOnTheMainQueue) {
