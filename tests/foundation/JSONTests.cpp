@@ -164,7 +164,7 @@ public:
 TEST(JSON, ListsTwoLevelsDownAreHandedOverAndCountAgainstTheLimits) {
     const std::string text = R"({"a":[1],"b":{"c":[{"d":[2]},"x"],"e":3,"f":[],"g":{"h":[4]}},"i":{}})";
     NotingTaker taker;
-    const auto rest = json::readMap(text, taker);
+    const auto rest = json::read(text, taker);
     ASSERT_TRUE(rest);
     EXPECT_EQ(*json::write(*rest), R"({"a":[1],"b":{"c":[],"e":3,"f":[],"g":{"h":[4]}},"i":{}})");
     EXPECT_EQ(taker.taken, R"(b.c 2:{"d":[2]};"x";b.f 0:)");
@@ -175,12 +175,12 @@ TEST(JSON, ListsTwoLevelsDownAreHandedOverAndCountAgainstTheLimits) {
                                json::Limits{.maximumDepth = levels - 1, .maximumValues = values},
                                json::Limits{.maximumDepth = levels, .maximumValues = values - 1}}) {
         NotingTaker other;
-        EXPECT_EQ(json::readMap(text, other, limits).ok(), json::readMap(text, limits).ok()) << limits.maximumDepth;
+        EXPECT_EQ(json::read(text, other, limits).ok(), json::readMap(text, limits).ok()) << limits.maximumDepth;
     }
-    EXPECT_TRUE(json::readMap(text, taker, {.maximumDepth = levels, .maximumValues = values}));
-    EXPECT_FALSE(json::readMap(text, taker, {.maximumDepth = levels - 1}));
-    EXPECT_FALSE(json::readMap(text, taker, {.maximumValues = values - 1}));
-    EXPECT_FALSE(json::readMap("[]", taker));
+    EXPECT_TRUE(json::read(text, taker, {.maximumDepth = levels, .maximumValues = values}));
+    EXPECT_FALSE(json::read(text, taker, {.maximumDepth = levels - 1}));
+    EXPECT_FALSE(json::read(text, taker, {.maximumValues = values - 1}));
+    EXPECT_EQ(json::read("[7]", taker).value(), Value(List{7}));
 }
 
 TEST(JSON, ThreadsAndLargeTextsDoNotDisturbEachOther) {

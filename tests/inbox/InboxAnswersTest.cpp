@@ -59,7 +59,8 @@ TEST_F(InboxAnswersTest, APageThatCannotBeReadSaysWhyAndChangesNothing) {
          "code: 205 is no code that the services answer with"},
         {"<html><body>502 Bad Gateway</body></html>", "not JSON: "},
         {whole.substr(0, whole.size() / 2), "not JSON: "},
-        {"[]", "expected a JSON object, found a list"},
+        {"[]", "Type 'map' mismatch: expected a map, found a list\ncodingPath: "},
+        {"null", "Value 'map' not found: expected a map, found null\ncodingPath: "},
         {R"({"data":{"a\n<ZENTAVO> forged":7}})", "Type 'list' mismatch: data.a?<ZENTAVO> forged: "},
     };
     for (const auto& [answer, line] : cases) {

@@ -13,13 +13,13 @@ struct DecodingFailure : Error {
         typeMismatch,  ///< a member of another type
         keyNotFound,   ///< a required member is absent
         valueNotFound, ///< null where a value is required
-        dataCorrupted, ///< no JSON object at all, or a value that the record has no place for
+        dataCorrupted, ///< no JSON at all, or a value that the record has no place for
     };
 
     Kind kind = Kind::dataCorrupted;
     /// The type that was asked for ("text", "integer", "map"), or the absent key; empty for corrupted data.
     std::string subject;
-    /// The way to the place: "data.entries[3].heading". Empty where there is no JSON object at all.
+    /// The way to the place: "data.entries[3].heading". Empty for the whole.
     std::string codingPath;
 
     friend bool operator==(const DecodingFailure&, const DecodingFailure&) = default;

@@ -216,8 +216,8 @@ Result<Value> read(std::string_view text, const Limits& limits) { return readTex
 
 Result<Map> readMap(std::string_view text, const Limits& limits) { return mapOf(read(text, limits)); }
 
-Result<Map> readMap(std::string_view text, ListTaker& taker, const Limits& limits) {
-    return mapOf(readText(text, limits, &taker));
+Result<Value> read(std::string_view text, ListTaker& taker, const Limits& limits) {
+    return readText(text, limits, &taker);
 }
 
 Result<std::string> write(const Value& value) { return writeContent(value); }

@@ -40,9 +40,9 @@ public:
     virtual void take(Value element) = 0;
 };
 
-/// As `readMap`, but such lists are empty in the map, and `taker` gets their elements one by one in the order of the text:
+/// As `read`, but such lists are empty in the value, and `taker` gets their elements one by one in the order of the text:
 /// a long list of records never lies in memory as values all at once. Where a limit is exceeded, some may have been taken.
-ZENTAVO_EXPORT Result<Map> readMap(std::string_view text, ListTaker& taker, const Limits& limits = {});
+ZENTAVO_EXPORT Result<Value> read(std::string_view text, ListTaker& taker, const Limits& limits = {});
 
 /// Writes compact JSON: no spaces, "/" not escaped, doubles in the shortest form that reads back the same, text as
 /// UTF-8 with only what must be escaped escaped. Refused: non-finite numbers, invalid UTF-8, nesting beyond

@@ -22,9 +22,19 @@ Result<Response, DecodingFailure> checked(Response response, const KeyedDecoder&
     return response;
 }
 
-inline DecodingFailure unreadable(const Error& error) {
+/// The object that an answer is, of what was read from its bytes.
+inline Result<Map, DecodingFailure> object(Result<Value> answer) {
     DecodingFailure failure;
-    failure.message = error.message;
+    if (!answer) {
+        failure.message = answer.error().message;
+    } else if (Map* map = answer->asMap()) {
+        return std::move(*map);
+    } else {
+        using Kind = DecodingFailure::Kind;
+        failure.kind = answer->isNull() ? Kind::valueNotFound : Kind::typeMismatch;
+        failure.subject = "map";
+        failure.message = std::string("expected a map, found ") + answer->kindName();
+    }
     return failure;
 }
 
@@ -35,9 +45,9 @@ inline DecodingFailure unreadable(const Error& error) {
 template <class Response, class Remark>
 Result<Response, DecodingFailure> readInboxAnswer(std::string_view bytes, Remark remark,
                                                   const json::Limits& limits = {}) {
-    const auto source = json::readMap(bytes, limits);
+    const auto source = inbox::object(json::read(bytes, limits));
     if (!source) {
-        return inbox::unreadable(source.error());
+        return source.error();
     }
     KeyedDecoder decoder(*source);
     return inbox::checked(Response::decode(decoder), decoder, remark);
@@ -49,9 +59,9 @@ template <class Response, class Remark>
 Result<Response, DecodingFailure> readInboxAnswer(std::string_view bytes, Remark remark,
                                                   const json::Limits& limits = {}) {
     RecordLists<typename Response::Record> lists;
-    const auto source = json::readMap(bytes, lists, limits);
+    const auto source = inbox::object(json::read(bytes, lists, limits));
     if (!source) {
-        return inbox::unreadable(source.error());
+        return source.error();
     }
     KeyedDecoder decoder(*source);
     return inbox::checked(Response::decode(decoder, lists), decoder, remark);
