@@ -120,7 +120,8 @@ void Zentavo::handleIdentifyAnswer(const std::string& data, const std::shared_pt
     CDPEvent event(*this, "app_push_subscribe");
     event.setEventProperties({{"zentavo_apppush_uid", *uid}});
     if (const auto customer = store->string(keys.customerId)) {
-        event.setCustomerProperties({{"customer_id", *customer}, {"update_mode", "update"}});
+        // The setter would store the customer as well, who is stored already, or has just been reset on another thread.
+        event.customerProps = {{"customer_id", *customer}, {"update_mode", "update"}};
     }
     send(event);
 }
