@@ -22,6 +22,39 @@ void forget();
 
 void devserver(const std::shared_ptr<Zentavo>& sdk) { sdk->setEndpoints(Endpoints::all("http://127.0.0.1:8787")); }
 
+void events(const std::shared_ptr<Zentavo>& sdk) {
+    CDPEvent event("purchase", {{{"sku", "A1"}, {"price", 9.5}}, {{"sku", "B2"}, {"price", 20}}}); // name and items
+    event.setEventProperties({{"currency", "EUR"}});             // about what happened
+    event.setUserPropperties({{"newsletter", true}});            // about the visitor
+    event.setObjectProperties({{"order", Map{{"id", "4711"}}}}); // about what it happened to
+    event.setScreenName("Checkout");
+    sdk->track(event);
+
+    sdk->trackScreen("Home", "Home page", "main"); // name, label and type, as the event "view_screenview"
+}
+
+void identity(const std::shared_ptr<Zentavo>& sdk) {
+    sdk->setUid("visitor-7");                            // a visitor id of the app's own
+    sdk->setCustomerProperties("c1", {{"name", "Ada"}}); // login: the id is stored, the rest kept in memory
+
+    CDPEvent login("login");
+    login.setCustomerProperties({{"customer_id", "c1"}, {"name", "Ada"}}); // these travel with this one event
+    sdk->track(login);
+
+    sdk->resetCustomer(); // logout: later events are the visitor's alone
+    sdk->resetUid();      // the visitor is the device again
+}
+
+void attribution(const std::shared_ptr<Zentavo>& sdk) {
+    if (const auto link = URL::parse("shop://product/4711?utm=autumn")) {
+        sdk->handleDeeplinkURL(*link);
+    }
+}
+
+void media(const std::shared_ptr<Zentavo>& sdk) {
+    sdk->getMediaJson(CDPEvent("home_banner"), [](Map content) { show(content); }); // on the SDK's worker
+}
+
 void inAppTrace(const std::shared_ptr<Zentavo>& sdk) {
     sdk->setDeliveryTraceCallback([](const DeliveryTrace& trace) { std::puts(trace.text().c_str()); });
 }
