@@ -15,6 +15,19 @@ namespace {
 
 constexpr off_t fileBytes = 4096;
 
+/// Moves a descriptor away from the standard streams' numbers. A host that was started without them leaves these free, and
+/// whatever it prints would be written over the numbers in the file. (SQLite does so for its own.)
+int beyondStandardStreams(int descriptor) {
+    if (descriptor < 0 || descriptor > STDERR_FILENO) {
+        return descriptor;
+    }
+    const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int reason = errno;
+    ::close(descriptor);
+    errno = reason;
+    return moved;
+}
+
 /// Gives the file its size with blocks behind it: touching a page that the full medium cannot hold would kill the
 /// process. Never overwrites, so a process that comes second does no harm.
 bool allocate(int descriptor) {
@@ -39,6 +52,7 @@ std::unique_ptr<GenerationFile> GenerationFile::open(const std::filesystem::path
     if (readOnly) {
         descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     }
+    descriptor = beyondStandardStreams(descriptor);
     if (descriptor < 0) {
         return nullptr;
     }

@@ -4,6 +4,7 @@
 
 #include <syslog.h>
 
+#include "ports/linux/BrokenPipeGuard.h"
 #include "zentavo/foundation/Mutex.h"
 #include "zentavo/foundation/SingleLine.h"
 
@@ -40,6 +41,7 @@ void SyslogSystemLog::write(platform::LogLevel level, std::string_view message) 
     std::call_once(opened_, [this] { open(); });
     std::string line(message.substr(0, maximumBytes));
     makeSingleLine(line);
+    const BrokenPipeGuard guard;
     ::syslog(priorityOf(level), "%s", line.c_str());
 }
 

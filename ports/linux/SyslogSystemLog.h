@@ -7,8 +7,9 @@
 
 namespace zentavo::linux_port {
 
-/// syslog, copied to standard error. A message is one line: control characters become spaces, and what is beyond 4 KiB
-/// is cut. syslog knows one name per process; the last of several logs to write its first message names it.
+/// syslog, copied to standard error, where it is lost if nobody reads it any more. A message is one line: control
+/// characters become spaces, and what is beyond 4 KiB is cut. syslog knows one name per process; the last of
+/// several logs to write its first message names it.
 class ZENTAVO_EXPORT SyslogSystemLog final : public platform::SystemLog {
 public:
     /// `ident` stands before each line. Nothing is opened before the first message.

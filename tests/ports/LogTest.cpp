@@ -1,11 +1,13 @@
 // The logs of the Linux port, seen from outside through the process's own streams.
 
+#include <csignal>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include "ports/linux/StdoutConsole.h"
 #include "ports/linux/SyslogSystemLog.h"
@@ -51,6 +53,33 @@ TEST(LogTest, LinesOfSeveralThreadsNeverMix) {
         ASSERT_EQ(line, std::string(100, line.empty() ? '?' : line.front()));
     }
     EXPECT_EQ(count, 4 * 200);
+}
+
+// As of "app | head" once head has seen enough.
+TEST(LogTest, AReaderThatIsGoneDoesNotEndTheHost) {
+    std::fflush(nullptr);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    const int streams[] = {dup(STDOUT_FILENO), dup(STDERR_FILENO)};
+    dup2(ends[1], STDOUT_FILENO);
+    dup2(ends[1], STDERR_FILENO);
+    linux_port::StdoutConsole().writeLine("nobody reads this");
+    linux_port::SyslogSystemLog("shop").write(platform::LogLevel::error, "nor this");
+    dup2(streams[0], STDOUT_FILENO);
+    dup2(streams[1], STDERR_FILENO);
+    std::clearerr(stdout);
+    for (const int file : {ends[1], streams[0], streams[1]}) {
+        close(file);
+    }
+
+    // What the host has its signals do is as it was.
+    sigset_t blocked{};
+    sigset_t waiting{};
+    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    sigpending(&waiting);
+    EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
+    EXPECT_EQ(sigismember(&waiting, SIGPIPE), 0);
 }
 
 } // namespace

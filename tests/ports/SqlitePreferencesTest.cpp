@@ -2,11 +2,14 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <thread>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "ports/linux/GenerationFile.h"
 #include "ports/memory/SeededRandom.h"
@@ -111,6 +114,18 @@ TEST_F(SqlitePreferencesTest, AGenerationFileOfAnyContentWillDo) {
     }
     const auto generation = GenerationFile::open(folder.path() / "shared.generation", true);
     EXPECT_NE(generation->settled(), std::nullopt) << "reads come from memory again";
+}
+
+TEST_F(SqlitePreferencesTest, WhatIsPrintedWithoutAStandardOutputIsNotWrittenIntoTheStore) {
+    std::fflush(stdout);
+    const int output = dup(STDOUT_FILENO);
+    close(STDOUT_FILENO);
+    const auto generation = GenerationFile::open(folder.path() / "shared.generation", true);
+    const bool isTaken = fcntl(STDOUT_FILENO, F_GETFD) != -1;
+    dup2(output, STDOUT_FILENO);
+    close(output);
+    EXPECT_NE(generation, nullptr);
+    EXPECT_FALSE(isTaken);
 }
 
 TEST_F(SqlitePreferencesTest, FilesAreTheOwnersAlone) {

@@ -47,6 +47,10 @@ TEST(PushLint, WhatCannotBeReadFailsWithThePlace) {
     const auto report = lint(push);
     EXPECT_THAT(report.failures, Contains("actionButtons.button2.clickAction: expected text, found nothing"));
     EXPECT_THAT(report.facts, IsEmpty());
+    // What is not even shown is told beside what cannot be read.
+    EXPECT_THAT(lint(Map{}).failures,
+                AllOf(Contains(StartsWith("\"alert\" holds no text")), Contains(HasSubstr("pushId"))));
+    EXPECT_THAT(lint(Map{{"content-available", true}}).failures, Not(Contains(HasSubstr("alert"))));
 }
 
 TEST(PushLint, UnknownFieldsAreNamedWhereverTheyAreAlsoInAPushThatFails) {

@@ -58,6 +58,13 @@ bool isShown(const Map& aps) {
                             : hasText(aps, "alert");
 }
 
+/// Whether the sender means a push without text to be silent, also where the rest of it cannot be read.
+bool isMeantToBeSilent(const Map& aps) {
+    const Value* available = aps.find("content-available");
+    const bool* silent = available != nullptr ? available->asBool() : nullptr;
+    return silent != nullptr && *silent;
+}
+
 class Linter {
 public:
     explicit Linter(PushReport& report) : report_(report) {}
@@ -67,11 +74,6 @@ public:
             say("Silent: nothing is shown, and no extension is asked.");
             return;
         }
-        if (!isShown) {
-            fail("\"alert\" holds no text: nothing is shown, and no extension is asked (a push that is meant to be "
-                 "silent "
-                 "says \"content-available\": true)");
-        }
         arrival(p);
         layout(p);
         click(p);
@@ -80,7 +82,6 @@ public:
     }
 
 private:
-    void fail(std::string text) { report_.failures.push_back(std::move(text)); }
     void warn(std::string text) { report_.warnings.push_back(std::move(text)); }
     void say(std::string text) { report_.facts.push_back(std::move(text)); }
 
@@ -289,6 +290,12 @@ PushReport lintPush(std::string_view text) {
     for (const std::string& path : unknownFields(*aps)) {
         report.warnings.push_back(quoted(path) + " is not a field that the SDK reads");
     }
+    const bool shown = isShown(*aps);
+    if (!shown && !isMeantToBeSilent(*aps)) {
+        report.failures.emplace_back(
+            "\"alert\" holds no text: nothing is shown, and no extension is asked (a push that "
+            "is meant to be silent says \"content-available\": true)");
+    }
     const auto payload = NotificationProperties::read(*aps);
     if (!payload) {
         std::string reason = payload.error().message;
@@ -298,7 +305,7 @@ PushReport lintPush(std::string_view text) {
             "reading stops there: a click opens and tracks nothing, and there is no rich template");
         return report;
     }
-    Linter(report).judge(*payload, isShown(*aps));
+    Linter(report).judge(*payload, shown);
     if (!report.failures.empty()) {
         report.facts.clear(); // what would happen does not
     }
