@@ -2,12 +2,14 @@
 
 #include <atomic>
 
+#include <asio/post.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/websocket/Client.h"
 #include "tests/websocket/Wire.h"
 #include "zentavo/websocket/Delivery.h"
+#include "zentavo/websocket/Link.h"
 
 namespace zentavo::websocket::test {
 namespace {
@@ -203,6 +205,45 @@ TEST(Time, aServerGivesUpOnClientsThatStaySilent) {
     ASSERT_TRUE(served.awaitClosed());
     EXPECT_EQ(served.closed.reason, "no answer to our ping");
     EXPECT_EQ(served.closes, 1) << "a connection that never opened is no event";
+}
+
+// A server that resets the connection as soon as it is there: writing may find out before reading does.
+TEST(End, isToldWhenNotEvenTheRequestCanBeWritten) {
+    struct ResetStream final : Stream {
+        ResetStream() : Stream(asio::ip::tcp::socket(IOThread::shared().context())) {}
+        void read(std::span<char>, std::shared_ptr<StreamEvents>) override {}
+        std::size_t writeNow(std::string_view) override { return 0; }
+        void write(std::string_view, std::shared_ptr<StreamEvents> events) override {
+            asio::post(IOThread::shared().context(), [events] {
+                events->onWritten(asio::error::broken_pipe, 0);
+                events->onRead(asio::error::eof, 0);
+            });
+        }
+    };
+    struct Greeter final : Link, std::enable_shared_from_this<Greeter> {
+        Greeter() : Link(Role::client, {}, nullptr) {}
+        void start() {
+            asio::post(IOThread::shared().context(), [link = shared_from_this()] {
+                link->turn([&] {
+                    link->attach(std::make_unique<ResetStream>());
+                    link->sendRaw("GET / HTTP/1.1\r\n\r\n");
+                    link->read();
+                });
+            });
+        }
+        std::shared_ptr<Link> self() override { return shared_from_this(); }
+        void takeHandshake(std::span<char>&) override {}
+        void deliverOpen() override {}
+        void deliverMessage(MessageKind, std::string_view) override {}
+        void deliverDrain() override {}
+        void deliverClose() override { told.set_value(closed()); }
+        std::promise<Closed> told;
+    };
+    const auto link = std::make_shared<Greeter>();
+    auto told = link->told.get_future();
+    link->start();
+    ASSERT_EQ(told.wait_for(10s), std::future_status::ready);
+    EXPECT_EQ(told.get().code, CloseCode::abnormal);
 }
 
 } // namespace

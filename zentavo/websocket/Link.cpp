@@ -212,10 +212,11 @@ void Link::onWritten(const asio::error_code& error, std::size_t size) {
         if (error) {
             // What the peer said last may still be there to read, and tells more than our failure to write.
             written_ = outgoing_.size();
-            if (phase_ != Phase::open) {
+            if (phase_ == Phase::lingering) {
                 die();
-            } else if (!closeTimed_) {
-                closeTimed_ = true;
+            } else if (phase_ == Phase::opening) {
+                arm(Wait::handshake, options_.closeTimeout);
+            } else if (!std::exchange(closeTimed_, true)) {
                 arm(Wait::close, options_.closeTimeout);
             }
             return;
