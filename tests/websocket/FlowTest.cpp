@@ -1,5 +1,6 @@
 // Time and back-pressure: who waits for whom, how long, and on which thread it is told.
 
+#include <algorithm>
 #include <atomic>
 
 #include <asio/post.hpp>
@@ -8,7 +9,9 @@
 
 #include "tests/websocket/Client.h"
 #include "tests/websocket/Wire.h"
+#include "zentavo/websocket/Deflate.h"
 #include "zentavo/websocket/Delivery.h"
+#include "zentavo/websocket/FrameWriter.h"
 #include "zentavo/websocket/Link.h"
 
 namespace zentavo::websocket::test {
@@ -103,6 +106,80 @@ TEST(Queue, aHostThatIsBehindHoldsUpItsPeerAndMissesNothing) {
     goOn.set_value();
     EXPECT_TRUE(story.await([&] { return received == count * 65536; })) << received;
     sender.join();
+}
+
+TEST(Queue, aHostThatIsBehindStillHearsTheAnswerToItsGoodbye) {
+    ClientOptions options;
+    options.closeTimeout = 2s;
+    const Door door;
+    const auto queue = std::make_shared<ThreadQueue>();
+    Story story;
+    WebSocketClient client(story.handlers(), queue);
+    ASSERT_TRUE(client.open(urlOf(door.port()), options).ok());
+    const Wire wire = door.accept();
+    wire.send(upgradeAnswer(wire.receiveHead()));
+    ASSERT_TRUE(story.await([&] { return story.opened; }));
+    std::promise<void> goOn;
+    queue->async([&] { goOn.get_future().wait(); });
+    wire.send(std::string("\x02\x7F\0\0\0\0\0\x20\0\0", 10) + std::string(2097152, 'x'));
+    wire.send(std::string("\x89\0\x80\0", 4));
+    ASSERT_TRUE(wire.receive().starts_with("\x8A")) << "the end of the message has come too";
+    client.close();
+    ASSERT_TRUE(wire.receive().starts_with("\x88"));
+    wire.send(std::string("\x88\0", 2));
+    wire.endSending();
+    EXPECT_EQ(wire.receiveAll(), "");
+    goOn.set_value();
+    ASSERT_TRUE(story.awaitClosed());
+    EXPECT_TRUE(story.closed.clean) << story.closed.reason;
+}
+
+// A few bytes that expand to a megabyte each, many in one read: the host gets them one by one.
+TEST(Queue, whatExpandsFarHoldsUpItsPeerToo) {
+    constexpr std::size_t count = 100;
+    struct Counts {
+        std::atomic<int> inBlock = 0;
+        std::atomic<int> most = 0;
+    };
+    struct CountingQueue final : platform::DispatchQueue {
+        void async(platform::Block block) override {
+            queue.async([counts = counts, block = std::move(block)] {
+                counts->inBlock = 0;
+                block();
+                counts->most = std::max(counts->most.load(), counts->inBlock.load());
+            });
+        }
+        platform::TimerId after(std::chrono::nanoseconds, platform::Block) override { return 0; }
+        bool cancel(platform::TimerId) override { return false; }
+        const std::shared_ptr<Counts> counts = std::make_shared<Counts>();
+        ThreadQueue queue;
+    };
+    const auto queue = std::make_shared<CountingQueue>();
+    const std::string big(std::size_t{1} << 20U, 'x');
+    Deflater deflater(15, false, 6);
+    std::string frames;
+    for (std::size_t i = 0; i < count; ++i) {
+        appendFrame(frames, {true, true, Opcode::binary, 0}, deflater.compress(big), std::nullopt);
+    }
+    ASSERT_LT(frames.size(), 200'000U);
+    ClientOptions options;
+    options.compression.emplace();
+    const Door door;
+    Story story;
+    ClientHandlers handlers = story.handlers();
+    std::size_t received = 0;
+    handlers.onMessage = [&](MessageKind, std::string_view content) {
+        ++queue->counts->inBlock;
+        story.tell([&] { received += content.size(); });
+    };
+    WebSocketClient client(handlers, queue);
+    ASSERT_TRUE(client.open(urlOf(door.port()), options).ok());
+    const Wire wire = door.accept();
+    wire.send(upgradeAnswer(wire.receiveHead(),
+                            "Sec-WebSocket-Extensions: permessage-deflate; server_no_context_takeover\r\n"));
+    wire.send(frames);
+    EXPECT_TRUE(story.await([&] { return received == count * big.size(); })) << received;
+    EXPECT_LE(queue->counts->most, 2);
 }
 
 // Runs what it was given when the test says so.
