@@ -67,6 +67,7 @@ TEST_F(EventTest, acknowledgesBothWays) {
     server(R"(427["why"])");
     server(R"(42["why"])");
     ASSERT_EQ(questions.size(), 2U);
+    EXPECT_FALSE(questions[0].acknowledge({"\xff"}).ok()) << "nobody can say that";
     EXPECT_TRUE(questions[0].acknowledge({"because", Binary{"\2"}}).ok());
     EXPECT_FALSE(questions[0].acknowledge().ok()) << "once";
     EXPECT_FALSE(questions[1].acknowledge) << "the server does not ask";

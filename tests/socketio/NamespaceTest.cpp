@@ -82,10 +82,69 @@ TEST_F(NamespaceTest, doesNotWaitForEverToBeJoined) {
     EXPECT_TRUE(main->connected());
 
     other->connect();
+    system.queues->advance(1s);
     EXPECT_THAT(takeSent(), ElementsAre("40/other,"));
     server(R"(40/other,{"sid":"b"})");
     system.queues->advance(3s);
     EXPECT_TRUE(other->connected());
+}
+
+// A server that is asked a second time before it has answered, or has seen the namespace left, ends the connection.
+TEST_F(NamespaceTest, asksAnewOnlyWhenTheServerIsReady) {
+    start();
+    const auto main = join();
+    const auto other = join("/other");
+    shake();
+    server(R"(40{"sid":"a"})");
+    other->disconnect();
+    takeSent();
+    other->setAuth({{{"token", "new"}}, nullptr});
+    other->connect();
+    EXPECT_THAT(takeSent(), ElementsAre());
+    server(R"(40/other,{"sid":"old"})");
+    EXPECT_THAT(takeSent(), ElementsAre("41/other,"));
+    server(R"(40/other,{"sid":"nonsense"})");
+    sockets->last().queued = 1'000'000;
+    system.queues->advance(1s);
+    EXPECT_THAT(takeSent(), ElementsAre()) << "it may not even have left";
+    sockets->last().queued = 0;
+    system.queues->advance(1s);
+    EXPECT_THAT(takeSent(), ElementsAre(R"(40/other,{"token":"new"})"));
+    server(R"(40/other,{"sid":"new"})");
+    EXPECT_EQ(other->id(), "new");
+    EXPECT_THAT(takeTold(), ElementsAre("connect", "/other connect"));
+    other->disconnect();
+    other->connect();
+    EXPECT_THAT(takeSent(), ElementsAre("41/other,"));
+    sockets->last().queued = 1'000'000;
+    system.queues->advance(5s);
+    EXPECT_THAT(takeSent(), ElementsAre(R"(40/other,{"token":"new"})")) << "though it is busy all the time";
+    sockets->last().queued = 0;
+    takeTold();
+
+    // A refusal of what nobody wants any more, and one change of mind more than there are answers.
+    const auto third = join("/third");
+    third->disconnect();
+    third->connect();
+    server(R"(44/third,{"message":"no"})");
+    EXPECT_THAT(takeSent(), ElementsAre("40/third,", "40/third,"));
+    third->disconnect();
+    third->connect();
+    run();
+    third->disconnect();
+    server(R"(40/third,{"sid":"old"})");
+    system.queues->advance(1s);
+    EXPECT_THAT(takeSent(), ElementsAre("41/third,"));
+    EXPECT_THAT(takeTold(), ElementsAre());
+
+    // With another connection all begins anew.
+    third->connect();
+    third->disconnect();
+    lose();
+    third->connect();
+    awaitAttempt();
+    shake();
+    EXPECT_THAT(takeSent(), ElementsAre("40", R"(40/other,{"token":"new"})", "40/third,"));
 }
 
 TEST_F(NamespaceTest, refusesWhatCannotBe) {

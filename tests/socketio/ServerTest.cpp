@@ -89,6 +89,15 @@ TEST_P(ServerTest, joinsNamespacesAndLeavesThem) {
     EXPECT_TRUE(story.comes("connect"));
     admin->disconnect();
     EXPECT_TRUE(story.comes("disconnect io client disconnect"));
+    admin->setAuth({{{"token", "secret"}}, nullptr});
+    for (int i = 0; i < 3; ++i) { // faster than the server can follow
+        admin->connect();
+        admin->disconnect();
+        admin->connect();
+        EXPECT_TRUE(story.comes("connect"));
+        admin->disconnect();
+        EXPECT_TRUE(story.comes("disconnect io client disconnect"));
+    }
     EXPECT_TRUE(main->connected());
     main->emit("kick");
     EXPECT_TRUE(story.comes("disconnect io server disconnect"));

@@ -1,13 +1,18 @@
 // Time and back-pressure: who waits for whom, how long, and on which thread it is told.
 
+#include <algorithm>
 #include <atomic>
 
+#include <asio/post.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/websocket/Client.h"
 #include "tests/websocket/Wire.h"
+#include "zentavo/websocket/Deflate.h"
 #include "zentavo/websocket/Delivery.h"
+#include "zentavo/websocket/FrameWriter.h"
+#include "zentavo/websocket/Link.h"
 
 namespace zentavo::websocket::test {
 namespace {
@@ -101,6 +106,80 @@ TEST(Queue, aHostThatIsBehindHoldsUpItsPeerAndMissesNothing) {
     goOn.set_value();
     EXPECT_TRUE(story.await([&] { return received == count * 65536; })) << received;
     sender.join();
+}
+
+TEST(Queue, aHostThatIsBehindStillHearsTheAnswerToItsGoodbye) {
+    ClientOptions options;
+    options.closeTimeout = 2s;
+    const Door door;
+    const auto queue = std::make_shared<ThreadQueue>();
+    Story story;
+    WebSocketClient client(story.handlers(), queue);
+    ASSERT_TRUE(client.open(urlOf(door.port()), options).ok());
+    const Wire wire = door.accept();
+    wire.send(upgradeAnswer(wire.receiveHead()));
+    ASSERT_TRUE(story.await([&] { return story.opened; }));
+    std::promise<void> goOn;
+    queue->async([&] { goOn.get_future().wait(); });
+    wire.send(std::string("\x02\x7F\0\0\0\0\0\x20\0\0", 10) + std::string(2097152, 'x'));
+    wire.send(std::string("\x89\0\x80\0", 4));
+    ASSERT_TRUE(wire.receive().starts_with("\x8A")) << "the end of the message has come too";
+    client.close();
+    ASSERT_TRUE(wire.receive().starts_with("\x88"));
+    wire.send(std::string("\x88\0", 2));
+    wire.endSending();
+    EXPECT_EQ(wire.receiveAll(), "");
+    goOn.set_value();
+    ASSERT_TRUE(story.awaitClosed());
+    EXPECT_TRUE(story.closed.clean) << story.closed.reason;
+}
+
+// A few bytes that expand to a megabyte each, many in one read: the host gets them one by one.
+TEST(Queue, whatExpandsFarHoldsUpItsPeerToo) {
+    constexpr std::size_t count = 100;
+    struct Counts {
+        std::atomic<int> inBlock = 0;
+        std::atomic<int> most = 0;
+    };
+    struct CountingQueue final : platform::DispatchQueue {
+        void async(platform::Block block) override {
+            queue.async([counts = counts, block = std::move(block)] {
+                counts->inBlock = 0;
+                block();
+                counts->most = std::max(counts->most.load(), counts->inBlock.load());
+            });
+        }
+        platform::TimerId after(std::chrono::nanoseconds, platform::Block) override { return 0; }
+        bool cancel(platform::TimerId) override { return false; }
+        const std::shared_ptr<Counts> counts = std::make_shared<Counts>();
+        ThreadQueue queue;
+    };
+    const auto queue = std::make_shared<CountingQueue>();
+    const std::string big(std::size_t{1} << 20U, 'x');
+    Deflater deflater(15, false, 6);
+    std::string frames;
+    for (std::size_t i = 0; i < count; ++i) {
+        appendFrame(frames, {true, true, Opcode::binary, 0}, deflater.compress(big), std::nullopt);
+    }
+    ASSERT_LT(frames.size(), 200'000U);
+    ClientOptions options;
+    options.compression.emplace();
+    const Door door;
+    Story story;
+    ClientHandlers handlers = story.handlers();
+    std::size_t received = 0;
+    handlers.onMessage = [&](MessageKind, std::string_view content) {
+        ++queue->counts->inBlock;
+        story.tell([&] { received += content.size(); });
+    };
+    WebSocketClient client(handlers, queue);
+    ASSERT_TRUE(client.open(urlOf(door.port()), options).ok());
+    const Wire wire = door.accept();
+    wire.send(upgradeAnswer(wire.receiveHead(),
+                            "Sec-WebSocket-Extensions: permessage-deflate; server_no_context_takeover\r\n"));
+    wire.send(frames);
+    EXPECT_TRUE(story.await([&] { return received == count * big.size(); })) << received;
+    EXPECT_LE(queue->counts->most, 2);
 }
 
 // Runs what it was given when the test says so.
@@ -203,6 +282,45 @@ TEST(Time, aServerGivesUpOnClientsThatStaySilent) {
     ASSERT_TRUE(served.awaitClosed());
     EXPECT_EQ(served.closed.reason, "no answer to our ping");
     EXPECT_EQ(served.closes, 1) << "a connection that never opened is no event";
+}
+
+// A server that resets the connection as soon as it is there: writing may find out before reading does.
+TEST(End, isToldWhenNotEvenTheRequestCanBeWritten) {
+    struct ResetStream final : Stream {
+        ResetStream() : Stream(asio::ip::tcp::socket(IOThread::shared().context())) {}
+        void read(std::span<char>, std::shared_ptr<StreamEvents>) override {}
+        std::size_t writeNow(std::string_view) override { return 0; }
+        void write(std::string_view, std::shared_ptr<StreamEvents> events) override {
+            asio::post(IOThread::shared().context(), [events] {
+                events->onWritten(asio::error::broken_pipe, 0);
+                events->onRead(asio::error::eof, 0);
+            });
+        }
+    };
+    struct Greeter final : Link, std::enable_shared_from_this<Greeter> {
+        Greeter() : Link(Role::client, {}, nullptr) {}
+        void start() {
+            asio::post(IOThread::shared().context(), [link = shared_from_this()] {
+                link->turn([&] {
+                    link->attach(std::make_unique<ResetStream>());
+                    link->sendRaw("GET / HTTP/1.1\r\n\r\n");
+                    link->read();
+                });
+            });
+        }
+        std::shared_ptr<Link> self() override { return shared_from_this(); }
+        void takeHandshake(std::span<char>&) override {}
+        void deliverOpen() override {}
+        void deliverMessage(MessageKind, std::string_view) override {}
+        void deliverDrain() override {}
+        void deliverClose() override { told.set_value(closed()); }
+        std::promise<Closed> told;
+    };
+    const auto link = std::make_shared<Greeter>();
+    auto told = link->told.get_future();
+    link->start();
+    ASSERT_EQ(told.wait_for(10s), std::future_status::ready);
+    EXPECT_EQ(told.get().code, CloseCode::abnormal);
 }
 
 } // namespace

@@ -131,6 +131,9 @@ TEST(Server, stopsAndSaysGoodbye) {
     const Door taken;
     EXPECT_FALSE(second.listen("127.0.0.1", taken.port()).ok());
     EXPECT_TRUE(second.listen("127.0.0.1", 0).ok()) << "an error is not the last word";
+    WebSocketServer third(echo());
+    third.stop();
+    EXPECT_FALSE(third.listen("127.0.0.1", 0).ok()) << "nobody would be let in";
     ServerOptions odd;
     odd.compression.emplace().client.windowBits = 16;
     EXPECT_FALSE(WebSocketServer(echo(), odd).listen("127.0.0.1", 0).ok());

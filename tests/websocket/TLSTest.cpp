@@ -1,14 +1,17 @@
 // wss: whom a client trusts, and what becomes of the others. Certificates are made for the run by the openssl program.
 
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 
+#include <asio/error.hpp>
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/websocket/Client.h"
 #include "tests/websocket/Wire.h"
-#include "zentavo/websocket/OpenSslLibrary.h"
+#include "zentavo/websocket/TLSEngine.h"
 
 namespace zentavo::websocket::test {
 namespace {
@@ -167,6 +170,48 @@ TEST_F(TLS, endsWithPeersThatDoNotSpeakIt) {
     ServerOptions broken = serving("here");
     broken.keyFile = file("elsewhere", ".key");
     EXPECT_FALSE(WebSocketServer(echo(), broken).listen("127.0.0.1", 0).ok()) << "a key of another certificate";
+}
+
+// Each request for new keys makes us answer. Who never reads the answers must not fill our memory with them.
+TEST_F(TLS, endsWithPeersThatAskForKeysAndTakeNone) {
+    const auto context = TLSContext::server(serving("here"));
+    ASSERT_TRUE(context.ok()) << context.error().message;
+    const OpenSslLibrary& library = (*context)->library();
+    const auto askForKeys =
+        reinterpret_cast<decltype(&SSL_key_update)>(dlsym(dlopen("libssl.so.3", RTLD_NOW), "SSL_key_update"));
+    const std::unique_ptr<SSL, decltype(&SSL_free)> peer(library.SSL_new((*context)->handle()), library.SSL_free);
+    BIO* const input = library.BIO_new(library.BIO_s_mem());
+    BIO* const output = library.BIO_new(library.BIO_s_mem());
+    library.SSL_set_bio(peer.get(), input, output);
+    library.SSL_set_accept_state(peer.get());
+    TLSEngine engine(**TLSContext::client(trusting("here")), "localhost");
+    std::string bytes;
+    const auto hear = [&] {
+        bytes.resize(library.BIO_ctrl_pending(output));
+        library.BIO_read(output, bytes.data(), static_cast<int>(bytes.size()));
+        engine.receive(bytes);
+    };
+    for (int i = 0; i < 3; ++i) {
+        engine.handshake();
+        engine.takeOutput(bytes);
+        library.BIO_write(input, bytes.data(), static_cast<int>(bytes.size()));
+        library.SSL_do_handshake(peer.get());
+        hear();
+    }
+    std::array<char, 100> into;
+    std::size_t size = 0;
+    ASSERT_EQ(engine.read(into, size), TLSEngine::Step::needsInput);
+    auto step = TLSEngine::Step::needsInput;
+    int asked = 0;
+    for (; step == TLSEngine::Step::needsInput && asked < 30'000; ++asked) {
+        ASSERT_EQ(askForKeys(peer.get(), SSL_KEY_UPDATE_REQUESTED), 1);
+        ASSERT_EQ(library.SSL_do_handshake(peer.get()), 1);
+        hear();
+        step = engine.read(into, size);
+    }
+    EXPECT_EQ(step, TLSEngine::Step::failed);
+    EXPECT_GT(asked, 3000) << "some answers may wait";
+    EXPECT_EQ(engine.error(), asio::error::no_buffer_space);
 }
 
 TEST(OpenSsl, thatIsMissingOrTooOldIsAnErrorWithItsName) {

@@ -12,7 +12,11 @@ Result<void> Acknowledge::Receiver::answer(Arguments arguments) {
     if (used_.exchange(true)) {
         return Error{"this event has been acknowledged already"};
     }
-    return space->acknowledge(id_, session_, std::move(arguments));
+    auto answered = space->acknowledge(id_, session_, std::move(arguments));
+    if (!answered) {
+        used_ = false; // the server still waits, and the host may have something else to say, or say it later
+    }
+    return answered;
 }
 
 Emitted Acknowledge::operator()(Arguments arguments) const {

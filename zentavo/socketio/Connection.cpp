@@ -6,6 +6,14 @@
 
 namespace zentavo::socketio {
 
+namespace {
+/// Between leaving a namespace and joining it again. A server looks at everything that one read brings before it lets go
+/// of what was left in it, and takes a join among that for a second one: it ends the connection.
+constexpr std::chrono::milliseconds apart{100};
+/// A connection that is busy all the time is never seen idle; by then the leave has left all the same.
+constexpr int mostPauses = 20;
+} // namespace
+
 Connection::Connection(EngineAddress address, ManagerOptions options, Services services, ManagerHandlers handlers)
     : address_(std::move(address)), options_(std::move(options)), services_(std::move(services)),
       handlers_(std::move(handlers)), budget_(options_.limits.maximumBuffered) {}
@@ -42,6 +50,10 @@ void Connection::remove(const Namespace& space) {
     if (found != spaces_.end() && found->second.get() == &space) {
         spaces_.erase(found);
     }
+    if (const auto question = asked_.find(space.name()); question != asked_.end()) {
+        question->second.stale = true;
+        question->second.next.clear();
+    }
     if (spaces_.empty()) {
         close();
     }
@@ -58,6 +70,7 @@ void Connection::close() {
         services_.queue->cancel(std::exchange(timer_, 0));
     }
     attempts_ = 0;
+    forgetQuestions();
     if (const auto engine = std::exchange(engine_, nullptr)) {
         engine->close();
     }
@@ -75,6 +88,60 @@ void Connection::send(std::vector<EngineFrame> frames) {
     if (const auto engine = engine_) {
         engine->send(std::move(frames));
     }
+}
+
+void Connection::ask(const std::string& name, std::vector<EngineFrame> frames) {
+    const auto [question, isFirst] = asked_.try_emplace(name);
+    if (isFirst) {
+        send(std::move(frames));
+    } else {
+        question->second.next = std::move(frames); // a server ends connections that ask twice at once
+    }
+}
+
+void Connection::sayLeft(const std::string& name) {
+    if (auto frames = writePacket({PacketType::disconnect, name, {}, {}, {}})) {
+        send(*std::move(frames));
+    }
+    asked_[name].stale = true;
+    pauseBeforeNext(name);
+}
+
+void Connection::pauseBeforeNext(const std::string& name) {
+    auto& question = asked_[name];
+    const bool last = ++question.pauses == mostPauses;
+    question.pause = services_.queue->after(apart, [weak = weak_from_this(), name, last] {
+        if (const auto self = weak.lock()) {
+            (last || self->writable()) ? self->askNext(name) : self->pauseBeforeNext(name);
+        }
+    });
+}
+
+void Connection::askNext(const std::string& name) {
+    if (auto question = asked_.extract(name); !question.mapped().next.empty()) {
+        ask(name, std::move(question.mapped().next));
+    }
+}
+
+bool Connection::answers(const Packet& packet) {
+    const auto question = asked_.find(packet.space);
+    if (question == asked_.end() || question->second.pause != 0) {
+        return false; // nobody asked
+    }
+    if (!question->second.stale) {
+        asked_.erase(question);
+        return true;
+    }
+    // Left before the server's answer came; only now can the server be told.
+    packet.type == PacketType::connect ? sayLeft(packet.space) : askNext(packet.space);
+    return false;
+}
+
+void Connection::forgetQuestions() {
+    for (const auto& [name, question] : asked_) {
+        services_.queue->cancel(question.pause);
+    }
+    asked_.clear();
 }
 
 void Connection::onEngineOpen() {
@@ -99,21 +166,19 @@ void Connection::onEngineMessage(std::string_view content, bool binary) {
     if (!packet->has_value()) {
         return;
     }
+    const auto type = (*packet)->type;
+    if ((type == PacketType::connect || type == PacketType::connectError) && !answers(**packet)) {
+        return;
+    }
     const auto found = spaces_.find((*packet)->space);
     if (found != spaces_.end()) {
         const auto space = found->second;
         space->receive(**std::move(packet));
-    } else if ((*packet)->type == PacketType::connect) {
-        // Left before the server's answer came; only now can the server be told.
-        auto frames = writePacket({PacketType::disconnect, (*packet)->space, {}, {}, {}});
-        if (auto held = budget_.take((*packet)->space.size() + 3); frames && held) {
-            frames->front().held = std::move(held);
-            send(*std::move(frames));
-        }
     }
 }
 
 void Connection::onEngineEnd(const Disconnection& how) {
+    forgetQuestions();
     const auto engine = std::exchange(engine_, nullptr);
     const bool handshaken = std::exchange(handshaken_, false);
     const auto message = std::string(text(how.reason)) + (how.detail.empty() ? "" : ": " + how.detail);

@@ -37,12 +37,30 @@ public:
     bool alive() { return engine_ && engine_->alive(); }
     bool writable() const { return engine_ && engine_->writable(); }
     void send(std::vector<EngineFrame> frames);
+    /// Asks the server to join the namespace `name`: now, or once it has answered what it was asked about it before, or
+    /// has had time to see it left.
+    void ask(const std::string& name, std::vector<EngineFrame> frames);
+    /// Tells the server that the namespace `name` is left.
+    void sayLeft(const std::string& name);
 
 private:
+    /// A join that the server has not answered yet, or a leave that it may not have seen.
+    struct Question {
+        bool stale = false;            ///< whoever asked has left
+        platform::TimerId pause = 0;   ///< there is no answer to wait for, only time …
+        int pauses = 0;                ///< … so many times `apart`
+        std::vector<EngineFrame> next; ///< to be asked after it
+    };
+
     void onEngineOpen() override;
     void onEngineMessage(std::string_view content, bool binary) override;
     void onEngineEnd(const Disconnection& how) override;
 
+    /// False when nobody waits for this answer any more.
+    bool answers(const Packet& packet);
+    void askNext(const std::string& name);
+    void pauseBeforeNext(const std::string& name);
+    void forgetQuestions();
     void open();
     void scheduleAttempt();
     void close();
@@ -59,6 +77,7 @@ private:
     std::atomic<bool> abandoned_ = false;
 
     std::map<std::string, std::shared_ptr<Namespace>, std::less<>> spaces_;
+    std::map<std::string, Question, std::less<>> asked_; ///< by namespace
     std::shared_ptr<Engine> engine_;
     std::unique_ptr<PacketDecoder> decoder_;
     bool handshaken_ = false; ///< the engine has been open

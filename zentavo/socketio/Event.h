@@ -32,7 +32,8 @@ public:
 
     /// Whether the server wants an answer.
     explicit operator bool() const noexcept { return receiver_ != nullptr; }
-    /// An error for what cannot be sent, for the second answer, and where none is wanted.
+    /// An error for what cannot be sent, after which another answer may be tried; for the second answer; and where none
+    /// is wanted.
     Emitted operator()(Arguments arguments = {}) const;
 
 private:

@@ -198,7 +198,7 @@ void Namespace::sendConnect(Map payload) {
         return;
     }
     if (const auto connection = connection_.lock()) {
-        connection->send(*std::move(frames));
+        connection->ask(name_, *std::move(frames));
     }
 }
 
@@ -355,9 +355,7 @@ void Namespace::leave(bool tellServer) {
     }
     const auto connection = connection_.lock();
     if (state_ == State::connected && connection && tellServer) {
-        if (auto frames = writePacket({PacketType::disconnect, name_, {}, {}, {}})) {
-            connection->send(*std::move(frames));
-        }
+        connection->sayLeft(name_);
     }
     if (state_ == State::connected) {
         lose({DisconnectReason::clientDisconnect, {}});

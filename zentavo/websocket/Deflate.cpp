@@ -11,6 +11,8 @@ namespace {
 
 constexpr std::string_view flushTail("\x00\x00\xFF\xFF", 4);
 constexpr std::size_t shortPart = 1024;
+// Room that one large message took is given back with the next one.
+constexpr std::size_t keptSize = std::size_t{4} << 20U;
 
 // zlib only reads through this pointer.
 Bytef* input(std::string_view bytes) { return reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data())); }
@@ -47,6 +49,8 @@ std::string_view Deflater::compress(std::string_view message) {
     const std::size_t bound = deflateBound(&stream, message.size()) + 32;
     if (out_.size() < bound) {
         out_.resize(bound);
+    } else if (out_.size() > keptSize && bound <= keptSize) {
+        out_ = std::string(bound, '\0');
     }
     std::size_t written = 0;
     std::string_view rest = message;

@@ -53,8 +53,7 @@ void Delivery::post(std::shared_ptr<DeliveryTarget> target) {
         return;
     }
     auto batch = std::make_shared<Batch>(std::exchange(batch_, {}));
-    // Events weigh something by themselves, or a peer that sends empty messages would never be held up.
-    const std::size_t size = batch->bytes.size() + batch->items.size() * sizeof(Item);
+    const std::size_t size = batch->size();
     outstanding_ += size;
     queue_->async([self = shared_from_this(), target = std::move(target), batch, size] {
         self->run(*batch, *target);

@@ -40,7 +40,7 @@ public:
     /// Sends off what has been collected.
     void post(std::shared_ptr<DeliveryTarget> target);
     /// The host is behind: nothing more should be read for now.
-    bool full() const noexcept { return outstanding_.load() > bound; }
+    bool full() const noexcept { return outstanding_.load() + batch_.size() > bound; }
 
     /// From now on nothing is called. Any thread.
     void detach() noexcept { detached_.store(true); }
@@ -54,8 +54,10 @@ private:
     struct Batch {
         std::vector<Item> items;
         std::string bytes;
+        /// Events weigh something by themselves, or a peer that sends empty messages would never be held up.
+        std::size_t size() const noexcept { return bytes.size() + items.size() * sizeof(Item); }
     };
-    /// Bytes that may wait on the host's queue, contents and items, besides those of one turn.
+    /// Bytes that may wait for the host, contents and items, besides the last message.
     static constexpr std::size_t bound = std::size_t{1} << 20U;
 
     void event(Kind kind, std::string_view content, DeliveryTarget& target);

@@ -20,14 +20,7 @@ constexpr std::size_t largeBuffer = 131072;
 Link::Link(Role role, const ConnectionOptions& options, std::shared_ptr<platform::DispatchQueue> queue)
     : options_(options), role_(role), timer_(IOThread::shared().context()) {
     delivery_ = std::make_shared<Delivery>(std::move(queue), [this] {
-        // Called by a block that holds this link.
-        asio::post(IOThread::shared().context(), [link = self()] {
-            link->turn([&] {
-                if (std::exchange(link->paused_, false)) {
-                    link->read();
-                }
-            });
-        });
+        resume(); // called by a block that holds this link
     });
 }
 
@@ -122,7 +115,15 @@ void Link::read() {
     if (reading_ || dead() || !stream_) {
         return;
     }
-    if (delivery_->full()) {
+    // Behind our goodbye nothing is delivered any more, and the answer to it may stand behind much.
+    const auto held = [this] { return delivery_->full() && !session_->closing(); };
+    while (!rest_.empty() && !held()) {
+        turn([&] { rest_ = session_->receive(rest_, *this); });
+    }
+    if (dead()) {
+        return;
+    }
+    if (!rest_.empty() || held()) {
         paused_ = true;
         return;
     }
@@ -158,15 +159,30 @@ void Link::onRead(const asio::error_code& error, std::size_t size) {
             takeHandshake(input);
         }
         if (phase_ == Phase::open) {
-            session_->receive(input, *this);
+            rest_ = session_->receive(input, *this);
         }
     });
+    if (rest_.empty()) {
+        fitBuffer(size);
+    }
+    read();
+}
+
+/// After a read of `size` bytes, all of which have been handled.
+void Link::fitBuffer(std::size_t size) {
     if (size == buffer_.size() && size < largeBuffer) {
         buffer_.resize(largeBuffer);
     } else if (std::exchange(quiet_, false) && size < smallBuffer && buffer_.size() > smallBuffer) {
         buffer_ = std::vector<char>(smallBuffer); // what came was little more than the answer to our ping
     }
-    read();
+}
+
+void Link::resume() {
+    asio::post(IOThread::shared().context(), [link = self()] {
+        if (std::exchange(link->paused_, false)) {
+            link->read();
+        }
+    });
 }
 
 void Link::onMessage(MessageKind kind, std::string_view content) { delivery_->message(kind, content, *this); }
@@ -212,10 +228,11 @@ void Link::onWritten(const asio::error_code& error, std::size_t size) {
         if (error) {
             // What the peer said last may still be there to read, and tells more than our failure to write.
             written_ = outgoing_.size();
-            if (phase_ != Phase::open) {
+            if (phase_ == Phase::lingering) {
                 die();
-            } else if (!closeTimed_) {
-                closeTimed_ = true;
+            } else if (phase_ == Phase::opening) {
+                arm(Wait::handshake, options_.closeTimeout);
+            } else if (!std::exchange(closeTimed_, true)) {
                 arm(Wait::close, options_.closeTimeout);
             }
             return;
@@ -242,6 +259,7 @@ void Link::settle() {
         closeTimed_ = true;
         goodbyeLeft_ = !writing_;
         patience_.beginGoodbye();
+        resume();
         arm(Wait::close, options_.closeTimeout);
     } else if (!goodbyeLeft_ && !writing_) {
         // Only now the other end can answer.

@@ -79,9 +79,13 @@ private:
     void onRead(const asio::error_code& error, std::size_t size) override;
     void onWritten(const asio::error_code& error, std::size_t size) override;
     void onMessage(MessageKind kind, std::string_view content) override;
+    /// However much a read expands to, about as much as may wait is handed on at a time.
+    bool enough() override { return delivery_->full(); }
     void onTimer(Wait wait);
 
     void finishTurn();
+    void resume();
+    void fitBuffer(std::size_t size);
     void flush();
     void advance(std::size_t size);
     bool nextOutput();
@@ -103,6 +107,7 @@ private:
 
     std::vector<char> buffer_;
     std::span<char> target_; ///< of the read under way: `buffer_`, or the room for a long message
+    std::span<char> rest_;   ///< of the last read: what has not been handled, since the host is behind
     bool reading_ = false;
     bool paused_ = false; ///< the host is behind
     bool quiet_ = false;  ///< nothing has come for a ping interval: a large buffer may go

@@ -112,14 +112,14 @@ Session::Session(Role role, const std::optional<DeflateAgreement>& compression, 
 
 Session::~Session() = default;
 
-void Session::receive(std::span<char> bytes, SessionHandler& handler) {
+std::span<char> Session::receive(std::span<char> bytes, SessionHandler& handler) {
     while (!finished()) {
         switch (parser_.next(bytes)) {
         case FrameParser::Step::needMore:
-            return;
+            return {};
         case FrameParser::Step::violation:
             fail(parser_.violation());
-            return;
+            return {};
         case FrameParser::Step::piece:
             break;
         }
@@ -129,6 +129,9 @@ void Session::receive(std::span<char> bytes, SessionHandler& handler) {
         case MessageAssembler::Outcome::message:
             if (!closing()) {
                 handler.onMessage(assembler_.kind(), assembler_.content());
+                if (handler.enough()) {
+                    return bytes;
+                }
             }
             break;
         case MessageAssembler::Outcome::ping: {
@@ -153,6 +156,7 @@ void Session::receive(std::span<char> bytes, SessionHandler& handler) {
             break;
         }
     }
+    return {};
 }
 
 std::span<char> Session::room() {

@@ -25,6 +25,8 @@ public:
     /// A ping has been answered already.
     virtual void onPing(std::string_view) {}
     virtual void onPong(std::string_view) {}
+    /// Asked after each message: true ends `receive` for now.
+    virtual bool enough() { return false; }
 };
 
 enum class Sent {
@@ -54,9 +56,10 @@ public:
             std::shared_ptr<platform::Random> random);
     ~Session();
 
-    /// Takes what the network brought; its bytes are unmasked in place. All frames in it are handled before it returns.
-    /// Bytes behind the peer's close frame, or behind a violation, are dropped.
-    void receive(std::span<char> bytes, SessionHandler& handler);
+    /// Takes what the network brought; its bytes are unmasked in place. All frames in it are handled before it returns,
+    /// unless the handler has had enough: then the rest is returned, which comes first in the next call. Bytes behind the
+    /// peer's close frame, or behind a violation, are dropped.
+    std::span<char> receive(std::span<char> bytes, SessionHandler& handler);
     /// Where the network would best put what it brings next, for `receive`: a long message then needs no copy. Empty
     /// where any place will do.
     std::span<char> room();

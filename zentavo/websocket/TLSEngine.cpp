@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include <asio/error.hpp>
+
 namespace zentavo::websocket {
 namespace {
 
@@ -15,6 +17,9 @@ public:
                          : library->describe(static_cast<unsigned long>(value));
     }
 };
+
+// More than what is written at a time, with the answers that TLS gives by itself in between.
+constexpr std::size_t mostUnsent = 262144;
 
 asio::error_code makeError(int value) {
     // Never destroyed: the I/O thread may outlive every static object.
@@ -84,6 +89,9 @@ TLSEngine::Step TLSEngine::handshake() {
 
 TLSEngine::Step TLSEngine::read(std::span<char> into, std::size_t& size) {
     size = 0;
+    if (!error_ && library_.BIO_ctrl_pending(output_) > mostUnsent) {
+        error_ = asio::error::no_buffer_space;
+    }
     while (!error_ && size < into.size()) {
         std::size_t more = 0;
         library_.ERR_clear_error();

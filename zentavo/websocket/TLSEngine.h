@@ -27,7 +27,8 @@ public:
         failed,     ///< for good; see `error`
     };
     Step handshake();
-    /// `size`: how much of `into` was filled, also where that is not all; then the step is `done`.
+    /// `size`: how much of `into` was filled, also where that is not all; then the step is `done`. Fails where more waits
+    /// to go out than we write: the other end makes TLS answer (a request for new keys does) and takes no answer.
     Step read(std::span<char> into, std::size_t& size);
     /// Takes all of it.
     Step write(std::string_view bytes);

@@ -160,6 +160,7 @@ void WebSocketServer::State::ended(const std::shared_ptr<ServerLink>& link) {
 }
 
 void WebSocketServer::State::stop(bool abandon) {
+    listened_ = true; // a port taken from now on would let nobody in
     if (abandon) {
         host_->gone.store(true);
     }

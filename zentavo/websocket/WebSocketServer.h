@@ -68,8 +68,8 @@ public:
     WebSocketServer(const WebSocketServer&) = delete;
     WebSocketServer& operator=(const WebSocketServer&) = delete;
 
-    /// Listens at a numeric address; port 0 takes a free one. The port, or why not. Once; after
-    /// an error it may be tried again.
+    /// Listens at a numeric address; port 0 takes a free one. The port, or why not. Once, and not
+    /// after `stop`; after an error it may be tried again.
     Result<std::uint16_t> listen(const std::string& address, std::uint16_t port);
     /// Serves an open TCP stream as one that came in by `listen`, without need for that: a host so has WebSocket at the
     /// port of its HTTP server. Nothing of the request may have been read. `socket` is a descriptor that the server owns
