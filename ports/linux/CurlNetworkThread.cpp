@@ -21,12 +21,6 @@ void CurlNetworkThread::start(std::shared_ptr<CurlTask> task) {
         return;
     }
     MutexLock lock(mutex_);
-    if (!refusal_.empty()) {
-        const auto reason = refusal_;
-        lock.unlock();
-        refuse(task, reason);
-        return;
-    }
     const bool canBegin = full_.empty() || origin(task->request->url) != full_;
     inbox_.push_back(std::move(task));
     ++open_;
@@ -41,6 +35,7 @@ void CurlNetworkThread::start(std::shared_ptr<CurlTask> task) {
     if (wake) {
         transfers_->wake();
     }
+    moreCame_.notify_one();
 }
 
 void CurlNetworkThread::cancel(std::shared_ptr<CurlTask> task) {
@@ -56,30 +51,32 @@ void CurlNetworkThread::cancel(std::shared_ptr<CurlTask> task) {
     }
 }
 
-void CurlNetworkThread::refuse(const std::shared_ptr<CurlTask>& task, const std::string& reason) {
-    task->request.reset();
-    task->queue()->async([task, reason] {
-        task->tell({{}, {}, platform::URLError{platform::URLErrorKind::other, reason}});
-    });
-}
-
-void CurlNetworkThread::refuseAll(const Error& error) {
+bool CurlNetworkThread::refuseAll(const Error& error) {
     MutexLock lock(mutex_);
-    refusal_ = error.message;
     const auto tasks = std::exchange(inbox_, {});
     cancelled_.clear();
     lock.unlock();
     for (const auto& task : tasks) {
-        refuse(task, error.message);
+        task->request.reset();
+        task->queue()->async([task, reason = error.message] {
+            task->tell({{}, {}, platform::URLError{platform::URLErrorKind::other, reason}});
+        });
     }
     over(tasks.size());
+    lock.lock();
+    while (inbox_.empty() && !ended_) {
+        moreCame_.wait(lock);
+    }
+    return !ended_;
 }
 
 void CurlNetworkThread::run() {
-    const auto library = CurlLibrary::open();
-    if (!library) {
-        refuseAll(library.error());
-        return;
+    auto library = CurlLibrary::open();
+    while (!library) {
+        if (!refuseAll(library.error())) {
+            return;
+        }
+        library = CurlLibrary::open();
     }
     if (libraryLoaded_) {
         libraryLoaded_();
@@ -158,6 +155,7 @@ void CurlNetworkThread::end(std::chrono::milliseconds bound) {
     if (wake) {
         transfers_->wake();
     }
+    moreCame_.notify_one();
     thread_.join(bound);
 }
 

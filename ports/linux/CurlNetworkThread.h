@@ -43,9 +43,9 @@ private:
     /// Unless something has come in, the thread counts as asleep from now on.
     bool fallAsleep();
     void over(std::size_t count);
-    /// Without libcurl every request fails, those that have come and those that will.
-    void refuseAll(const Error& error);
-    static void refuse(const std::shared_ptr<CurlTask>& task, const std::string& reason);
+    /// Without libcurl what has come fails. Returns when more comes, for which it is looked for again: what was missing
+    /// may have been memory or a file descriptor. False when it is time to end.
+    bool refuseAll(const Error& error);
 
     const std::function<void()> libraryLoaded_;
     std::atomic<bool> closed_ = false;
@@ -54,9 +54,9 @@ private:
 
     Mutex mutex_;
     ConditionVariable drained_;
+    ConditionVariable moreCame_; ///< while there is no libcurl to wake
     ServiceThread thread_;
     bool started_ ZENTAVO_GUARDED_BY(mutex_) = false;
-    std::string refusal_ ZENTAVO_GUARDED_BY(mutex_); ///< why nothing can be sent; empty while it can
     bool ended_ ZENTAVO_GUARDED_BY(mutex_) = false;
     bool asleep_ ZENTAVO_GUARDED_BY(mutex_) = false;
     /// While it sleeps: the origin whose requests need not wake it, or empty.

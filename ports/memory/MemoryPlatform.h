@@ -27,7 +27,7 @@ namespace zentavo::testing {
 /// A whole system inside one test: a still clock, queues that run by hand, a scripted network, a store in memory.
 ///
 ///     MemoryPlatform system;
-///     Zentavo sdk(system.platform());
+///     const auto sdk = std::make_shared<Zentavo>(system.platform());
 ///     …
 ///     system.queues->runUntilIdle();
 ///     EXPECT_EQ(system.session->count(), 1u);

@@ -6,6 +6,7 @@
 #include <string>
 #include <thread>
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -77,6 +78,21 @@ int run(const std::string& scenario) {
     } else if (scenario == "stuck") { // the network thread itself cannot end
         queue = std::make_shared<StuckQueue>();
         start("/1");
+    } else if (scenario == "shortage") { // no file descriptor is free when libcurl is looked for first
+        const auto isRefused = [](const std::string& path) {
+            std::promise<bool> refused;
+            start(path, [&](const platform::URLResult& result) { refused.set_value(result.error.has_value()); });
+            return refused.get_future().get();
+        };
+        rlimit plenty{};
+        getrlimit(RLIMIT_NOFILE, &plenty);
+        const int free = dup(STDIN_FILENO);
+        close(free);
+        const rlimit none{static_cast<rlim_t>(free), plenty.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+        const bool first = isRefused("/1");
+        setrlimit(RLIMIT_NOFILE, &plenty);
+        return first && !isRefused("/2") ? 0 : 1;
     } else if (scenario == "late") {
         std::promise<void> done;
         lateCaller.task = start("/1", [&](auto) { done.set_value(); });

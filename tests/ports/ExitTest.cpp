@@ -1,4 +1,4 @@
-// How a process that uses the platform ends, proved with real processes.
+// How a process that uses the platform ends, and what it survives, proved with real processes.
 
 #include <chrono>
 #include <cstdlib>
@@ -92,6 +92,11 @@ TEST_F(ExitTest, AServerThatHangsCostsLessThanASecond) {
 }
 
 TEST_F(ExitTest, NobodyWaitsForWhatHasFailed) { EXPECT_EQ(runWithin(700ms, "refused", closedPort()).code, 0); }
+
+TEST_F(ExitTest, AShortageThatPassesCostsOnlyWhatWasSentInIt) {
+    EXPECT_EQ(run("shortage").code, 0);
+    EXPECT_EQ(targets(), std::set<std::string>{"/2"});
+}
 
 TEST_F(ExitTest, ABlockMayExitTheProcess) {
     EXPECT_EQ(runWithin(1200ms, "completion").code, 7);

@@ -65,9 +65,9 @@ std::shared_ptr<CDPDeliveryJsonOperation> Zentavo::cdpDeliveryJsonOperation() {
 
 void Zentavo::handleTrackingURL(const URL& url, std::function<void()> completion) {
     entryPoint("handleTrackingURL", [&] {
-        baseOperation()->httpClient->get(url, [weak = weak_from_this(), completion = std::move(completion)](
+        // The instance lives until the answer, so that a click that got none is told again.
+        baseOperation()->httpClient->get(url, [self = weak_from_this().lock(), completion = std::move(completion)](
                                                   const std::optional<std::string>& data, const std::optional<Error>&) {
-            const auto self = weak.lock();
             if (self && data && storeClick(*self->state_, *data) && completion) {
                 completion();
             }

@@ -11,8 +11,9 @@
 namespace zentavo {
 
 /// One analytics event: built by the host, then handed to `Zentavo::track`. Account and visitor are filled in when it is
-/// made, from the instance that it is made for; a later change of configuration does not reach it. A plain value: copy
-/// it freely, but do not change one object on two threads.
+/// made, from the instance that it is made for; a later change of configuration does not reach it. (What is sent names
+/// the visitor of the moment in which it is tracked.) A plain value: copy it freely, but do not change one object on two
+/// threads.
 struct ZENTAVO_EXPORT CDPEvent {
     /// An event of the shared instance.
     explicit CDPEvent(std::string en, std::vector<Map> items = {}, Map userProps = {}, Map customerProps = {},
