@@ -8,11 +8,8 @@ function(zentavo_compile_options target)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
-  # Faults name their place: relative to the source tree, wherever it was built, and also where a compiler cache has the
-  # compiler told paths from the build folder on.
-  file(RELATIVE_PATH source_from_build ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
-  target_compile_options(${target} PRIVATE
-    -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${source_from_build}/=)
+  # Faults name their place: relative to the source tree, wherever it was built.
+  target_compile_options(${target} PRIVATE -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
   if(ZentavoFramework_IS_TOP_LEVEL OR ZENTAVO_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast)
     if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")

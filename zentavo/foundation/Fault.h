@@ -49,7 +49,6 @@ struct ContainedFault {
 ZENTAVO_EXPORT void reportFault(const char* entryPoint, std::exception_ptr current) noexcept;
 } // namespace detail
 
-#ifdef __cpp_exceptions // what is built without them is a host, and has no entry points
 /// Runs `body` as one of the SDK's entry points: a public call, a completion, a block on a queue. Whatever `body`
 /// throws ends here. Returns what `body` returns, or `otherwise` when it was left by a fault.
 template <class Body, class Otherwise>
@@ -69,6 +68,5 @@ void entryPoint(const char* name, Body&& body) {
         detail::reportFault(name, std::current_exception());
     }
 }
-#endif
 
 } // namespace zentavo
