@@ -41,14 +41,14 @@ TEST_F(SessionBusTest, WithoutABusCallsFailAndNothingElseHappens) {
 
 TEST_F(SessionBusTest, RunsBlocksInOrderAndTimersWhenTheyAreDue) {
     Seen<std::string> ran;
-    session->run([&] {
-        ran.add("a");
-        session->run([&] { ran.add("c"); });
-    });
-    session->run([&] { ran.add("b"); });
     Seen<std::string> due;
-    // From the bus's own thread: both wait before either is looked at.
+    // From the bus's own thread: all of them wait before any is looked at.
     session->run([&] {
+        session->run([&] {
+            ran.add("a");
+            session->run([&] { ran.add("c"); });
+        });
+        session->run([&] { ran.add("b"); });
         session->after(std::chrono::milliseconds(300), [&] { due.add("second"); });
         session->after(std::chrono::milliseconds(20), [&] { due.add("first"); });
     });
